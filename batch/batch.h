@@ -1,0 +1,289 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "batch/functions.h"
+#include "batch/platform.h"
+#include "batch/run_report.h"
+#include "batch/startup_record.h"
+#include "imagefiles/image_files.h"
+#include "pixels/bit_filter.h"
+#include "pixels/bit_region.h"
+
+namespace tessarine {
+
+/// One function row of Ltray. All columns are texts; column(1) to column(9) are three numbers,
+/// two colours, the option, the style word and the picked point's x and y.
+struct TrayRow {
+    std::string text;  ///< the function's catalogue name
+    int32_t Tag = 0;   ///< its id
+    std::array<std::string, 9> columns;
+
+    std::string& column(int k) { return columns.at(static_cast<size_t>(k - 1)); }
+    const std::string& column(int k) const { return columns.at(static_cast<size_t>(k - 1)); }
+};
+
+/// One entry of LSelectedFunctions, the chain as people see it.
+struct ChainEntry {
+    std::string text;
+    int32_t itemData = 0;  ///< 1-based index of its row in Ltray
+};
+
+/// One file of the Image Basket.
+struct BasketItem {
+    std::string text;
+    std::string smallIcon;  ///< the extension in lower case
+    std::string Tag;        ///< the full path
+    std::string column1;    ///< the folder
+};
+
+/// A slider with its label, value field and spin.
+struct SheetSlider {
+    bool visible = false;  ///< frFilter(i)
+    std::string label;     ///< lblFInfo(i)
+    std::string Tag;       ///< the step as text
+    int32_t min = 0;
+    int32_t max = 0;
+    int32_t value = 0;
+    std::string valueText;  ///< lblFilterV(i)
+    int32_t spinMin = 0;    ///< sbFilterV(i), turned over so that up means more
+    int32_t spinMax = 0;
+    int32_t spinValue = 0;
+    float step = 1.0F;
+    std::string format;
+    int32_t centreOffset = 0;
+};
+
+/// A progress bar.
+struct ProgressBar {
+    bool visible = false;
+    int32_t max = 100;
+    int32_t value = 0;
+};
+
+/// A list of texts of which one may be chosen; index -1 for none.
+struct ChoiceList {
+    std::vector<std::string> items;
+    int32_t index = -1;
+
+    /// The chosen item's text, empty where none is.
+    std::string text() const;
+};
+
+/// The whole program without a screen: the working state, the baskets, the picture holders, one
+/// plain member for each control whose value the logic reads, and the operations on them.
+///
+/// Except where told, operations run in skipping mode: a statement that fails is left out and
+/// nothing is thrown.
+class cBatch {
+  public:
+    explicit cBatch(Platform& platform);
+    cBatch(const cBatch&) = delete;
+    cBatch& operator=(const cBatch&) = delete;
+
+    // ---- The working state: one set, shared by sheet, preview and rows ----
+
+    int32_t functionId = 5;
+    std::array<int32_t, 3> funcParam{};
+    std::array<int32_t, 2> funcColor{};  ///< 0x00BBGGRR
+    bool funcOption = false;
+    std::string funcStyle;
+    float pickRelX = 0;  ///< the picked point as a fraction of the picture
+    float pickRelY = 0;
+    float pickX = 0;  ///< the picked point in preview pixels
+    float pickY = 0;
+    bool sheetReady = false;
+    PixelBuffer workBits;      ///< the latest result
+    PixelBuffer originalBits;  ///< the start of every rebuild
+    int32_t workWidth = 0;     ///< of the picture last taken in
+    int32_t workHeight = 0;
+    BitmapInfo workBitmapInfo;  ///< how workBits is described to the painting call
+    Rect workRect;
+    cBitRegion workRegion;
+    cBitFilter cFilter;
+    mFormat format;
+    StartupRecord startupRecord;
+
+    // ---- Baskets ----
+
+    std::vector<BasketItem> lvSelected;
+    std::vector<TrayRow> Ltray;
+    std::vector<ChainEntry> LSelectedFunctions;
+
+    // ---- Picture holders ----
+
+    PictureHolder iSrc;  ///< the run's picture between the steps
+    PictureHolder iOri;  ///< the built-in sample
+    PictureHolder iDst;  ///< the preview's result
+
+    // ---- Controls of the sheet ----
+
+    std::string CLab = "Functions Preview";
+    std::array<SheetSlider, 3> sbFilter;
+    int16_t highestSlider = 0;
+    bool frFactors = false;  ///< panels: visible or not
+    bool frOption = false;
+    bool frColor = false;
+    bool frBanks = false;
+    bool FrmGlass = false;
+    bool FrmCurtain = false;
+    bool FrResize = false;
+    bool FrRotate = false;
+    std::string lblOption;
+    int16_t chkOption = 0;  ///< tick boxes hold 0 or 1
+    std::array<uint32_t, 2> Col{0x000000FF, 0x000000C0};
+    std::array<bool, 2> ColVisible{};
+    bool pickEnabled = false;
+    bool tmrSelect = false;  ///< the timer runs
+    std::array<bool, 3> optRChannel{false, false, true};
+    std::array<bool, 3> optGChannel{false, true, false};
+    std::array<bool, 3> optBChannel{true, false, false};
+    std::array<int16_t, 3> chkInvt{};
+    std::array<int16_t, 3> chkKill{};
+    std::array<bool, 4> oo{true, false, false, false};
+    ChoiceList cbo;
+    std::array<bool, 4> Curt{true, false, false, false};
+    std::string txtW = "100";
+    std::string txtH = "100";
+    bool txtHVisible = false;   ///< hidden while keep proportions is ticked
+    bool txtHHVisible = true;   ///< "will be adjusted at runtime", shown in its place
+    int16_t chkKeepProportions = 1;
+    int16_t chkInterpolate = 1;
+    int16_t sbDegrees = 0;
+    std::string txtDegrees = "0";
+    int16_t chkAntialiasing = 0;
+
+    // ---- Controls of the last two steps ----
+
+    std::string txtDestination;
+    std::string txtName;
+    ChoiceList cboFormat;  ///< filled with the rows of the format table
+    int16_t chkOverwrite = 0;
+    int16_t chkShowDestination = 0;
+    ProgressBar pb;
+    std::string RTF;
+    bool stopRequested = false;
+
+    // ---- The window, as settings know it ----
+
+    enum class WindowState { normal, minimized, maximized };
+    WindowState windowState = WindowState::normal;
+    int32_t windowWidth = 640;  ///< pixels
+    int32_t windowHeight = 480;
+    int32_t bs11 = 0;  ///< positions of the splitters
+    int32_t bs12 = 0;
+    int32_t bs13 = 0;
+    int32_t bs14 = 0;
+    int32_t bs21 = 0;
+    std::string FT;  ///< path of the folder tree
+
+    // ---- Chain and dispatch ----
+
+    /// Computes a function from the sheet and shows it; -1 shows workBits without computing.
+    void PreviewFunction(int32_t id);
+    /// Loads row `rowIndex` (from 1) into the working state and applies `id` to cFilter.
+    void ApplyRow(int16_t id, int16_t rowIndex, bool forRun);
+    /// Restarts from originalBits, applies the chain and shows the result.
+    void RebuildChain();
+    void RebuildChainAndDraw();
+    /// Appends the previewed function to chain and pool; `name` is the tree node's text.
+    void AddFunction(const std::string& name);
+    /// Empties chain and pool and shows the sample; nothing where the chain is empty.
+    void ClearFunctions();
+
+    // ---- Pictures ----
+
+    /// Takes a picture in: workBits, originalBits, sizes and region are made anew from it.
+    void SetPicture(PictureHolder& picture);
+    /// A black picture; nothing happens for a side below 1.
+    void CreateBlank(int32_t dX, int32_t dY);
+
+    // ---- Sheet ----
+
+    /// Chooses the function of a tree index (from 1); a group is ignored.
+    void SelectNode(int16_t treeIndex);
+    void ShowSheet(int32_t id);
+    void SetSlider(int16_t index, const std::string& Label, float Min, float Max, float Step,
+                   float Default, const std::string& Format, bool Centered);
+    void SetOption(const std::string& Label, bool Default);
+    void EnablePick();
+    void ShowSwatches(int16_t hidden);
+
+    // What the sheet's controls do when a person changes them. Each previews, where told.
+
+    /// The slider was moved to a value.
+    void MoveSlider(int16_t index, int32_t value);
+    /// The spin beside the slider was set to a value.
+    void SpinSlider(int16_t index, int32_t value);
+    /// The text of a value field was changed.
+    void TypeSliderValue(int16_t index, const std::string& text);
+    void ChangeOption(int16_t ticked);
+    void ChangeSwatch(int16_t index, uint32_t colour);
+    /// Ticks box `index` of a column of frBanks: 0 red, 1 green, 2 blue.
+    void ChooseBank(int16_t column, int16_t index);
+    void ChangeInvert(int16_t index, int16_t ticked);
+    void ChangeKill(int16_t index, int16_t ticked);
+    void ChooseGlass(int16_t index);
+    void ChooseGlassStrength(int32_t index);
+    void ChooseCurtain(int16_t index);
+    void ChangeWidth(const std::string& text);
+    void ChangeHeight(const std::string& text);
+    void ChangeKeepProportions(int16_t ticked);
+    void ChangeInterpolate(int16_t ticked);
+    void ChangeDegrees(int32_t degrees);
+    void TypeDegrees(const std::string& text);
+    /// The buttons cmd45(0), cmd45(1), cmd90(0), cmd90(1): step is 45, -45, 90 or -90.
+    void StepDegrees(int32_t step);
+    void ChangeAntialiasing(int16_t ticked);
+
+    // ---- List files ----
+
+    void SaveFunctionList();
+    void LoadFunctionList();
+    void SaveList();
+
+    // ---- Settings and start-up ----
+
+    void LoadStartup();
+    void SaveStartup();
+    /// What the splash window's first tick does.
+    void Startup();
+    /// The window's loading, as far as it is logic.
+    void LoadWindow();
+    /// The window's closing: the settings are gathered and written.
+    void CloseWindow();
+
+    // ---- The run ----
+
+    void CmdBatchAll();
+    void CmdStop() { stopRequested = true; }
+    /// The run over the whole basket, failures passed over in silence.
+    void BatchAll();
+    /// What became of each picture of the last run.
+    RunReport report;
+
+    Platform& platform() { return platform_; }
+
+  private:
+    /// Reads the columns of a row into the working state; what does not convert stays.
+    void loadRow(const TrayRow& row);
+    void applyFunction(int32_t id, CallSite site);
+    void paintPreview();
+    void previewCurrent() { PreviewFunction(functionId); }
+    void append(const std::string& text);
+
+    Platform& platform_;
+};
+
+/// Reads a picture list that the person chooses through `dialog` into `list`.
+void LoadList(Platform& dialog, std::vector<BasketItem>& list);
+
+/// The built-in preview picture, 200 by 174.
+Bitmap samplePicture();
+
+}  // namespace tessarine

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "imagefiles/format_bridges.h"
+#include "imagefiles/picture.h"
+
+namespace tessarine {
+
+/// What came out of reading a file by the platform's picture loader.
+struct LoadedPicture {
+    Bitmap bitmap;
+    int16_t depth = 0;  ///< bits per pixel of the file's own image; 24 for a drawn metafile
+};
+
+/// Starts the file library and has its messages kept in `format.lastFormatError`. Every call is
+/// to be matched by one of the library's own FreeImage_DeInitialise.
+void InitImageLibrary(mFormat& format);
+
+/// Reads a picture file by the route that its extension names, and by nothing else: a file of
+/// another format under that extension is refused. Nothing is thrown.
+/// \param extension  in any case, without a dot
+/// \return the bitmap, and the figures in `format`; or nothing, with the figures as they were
+std::optional<Bitmap> LoadImageFile(mFormat& format, const std::string& path,
+                                    const std::string& extension);
+
+/// Whether an extension (lower case) goes to LoadPicture: "wmf", "emf", "dib", "gif".
+bool isPlatformExtension(const std::string& extension);
+
+/// The platform's picture loader. A metafile is drawn at the size that its header gives, at 96
+/// pixels an inch, on white.
+/// \throws StatementFailed where the file is missing or cannot be read as its extension says
+LoadedPicture LoadPicture(const std::string& path, const std::string& extension);
+
+/// A folder of mode 0700 of this process's own, under $TMPDIR or /tmp, that ends in "/". It is
+/// made on first use and removed, with all in it, at the process's end. Saving keeps its
+/// temporary file here; each load gets an empty folder of its own below it.
+std::string TempFolder();
+
+/// What became of a save. The run does not look at it; its report does.
+struct SaveOutcome {
+    enum class Status {
+        saved,
+        kept,    ///< the target existed and was not to be overwritten
+        failed,
+    };
+    Status status = Status::failed;
+    std::string message;  ///< what went wrong, in words; empty where nothing did
+    int64_t bytes = 0;    ///< size of the file written
+};
+
+/// Writes what is drawn on a picture holder to a file.
+/// \param extension    of the format row; decides the route
+/// \param path         the whole output name
+/// \param overwrite    an existing target is deleted before anything is tried; without it a
+///                     target that exists is left alone
+/// \param formatIndex  row of the format table
+/// Nothing is thrown. Outputs depend on the pixels alone.
+SaveOutcome SaveImageFile(mFormat& format, PictureHolder& picture, const std::string& extension,
+                          const std::string& path, bool overwrite, int16_t formatIndex);
+
+}  // namespace tessarine

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "pixels/failures.h"
+
+// The conversions of the pixel arithmetic. Integers wrap at 32 bits (the build says so to the
+// compiler); a float becomes an integer by rounding to nearest, ties to even.
+
+namespace tessarine {
+
+/// Rounds to the nearest 32-bit integer, ties to even. What does not fit, not-a-number included,
+/// gives the lowest integer on every machine.
+inline int32_t roundToInteger(double value) {
+    const double rounded = std::nearbyint(value);
+    if (rounded >= -2147483648.0 && rounded <= 2147483647.0) return static_cast<int32_t>(rounded);
+    return std::numeric_limits<int32_t>::min();
+}
+
+/// Limits an integer to the range of a byte.
+inline uint8_t clampToByte(int32_t value) {
+    return static_cast<uint8_t>(std::clamp(value, 0, 255));
+}
+
+/// Rounds to a byte.
+/// \throws StatementFailed where the rounded value is outside 0 to 255 or is not a number.
+inline uint8_t toByte(double value) {
+    const double rounded = std::nearbyint(value);
+    if (!(rounded >= 0.0 && rounded <= 255.0)) throw StatementFailed("no byte holds this value");
+    return static_cast<uint8_t>(rounded);
+}
+
+}  // namespace tessarine

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+namespace tessarine {
+
+/// One pixel as it lies in memory. Filters pass the fourth byte through.
+struct Pixel {
+    uint8_t blue = 0;
+    uint8_t green = 0;
+    uint8_t red = 0;
+    uint8_t fourth = 0;
+
+    friend bool operator==(const Pixel&, const Pixel&) = default;
+};
+static_assert(sizeof(Pixel) == 4);
+
+/// An image of width() by height() pixels inside a margin of two pixels on all four sides: the
+/// pixel block of a top-down 32-bit bitmap of (width + 4) by (height + 4) without row padding.
+/// The byte (channel, x, y) lies at ((y + 2) * (width + 4) + (x + 2)) * 4 + channel.
+///
+/// A value: copies are independent, and share their memory until one of them is written.
+class PixelBuffer {
+  public:
+    static constexpr int32_t margin = 2;
+
+    /// A buffer without dimensions: it holds no bytes, not even a margin.
+    PixelBuffer() = default;
+
+    /// A buffer with every byte 0.
+    /// \throws StatementFailed for a negative size, or where memory does not suffice.
+    PixelBuffer(int32_t width, int32_t height);
+
+    bool isDimensioned() const { return block_ != nullptr; }
+    int32_t width() const { return width_; }
+    int32_t height() const { return height_; }
+
+    /// Pixels from one row to the next: width() + 4.
+    ptrdiff_t stride() const { return ptrdiff_t{width_} + 2 * margin; }
+    /// All pixels, margin included; 0 for a buffer without dimensions.
+    size_t pixelCount() const;
+    size_t byteCount() const { return pixelCount() * sizeof(Pixel); }
+
+    /// The first pixel of the whole block, (-2, -2).
+    const Pixel* block() const { return block_.get(); }
+    /// The same for writing. Pointers from earlier calls on this buffer may go stale.
+    /// \throws StatementFailed where memory for a copy of its own is not to be had.
+    Pixel* writableBlock();
+
+    /// The pixel (0, y), from which x -2 to width() + 1 can be reached. y from -2 to height() + 1.
+    const Pixel* row(int32_t y) const { return block() + offsetOfRow(y); }
+
+    const Pixel& at(int32_t x, int32_t y) const { return row(y)[x]; }
+
+    /// Offset of the pixel (0, y) from the block's start, in pixels.
+    ptrdiff_t offsetOfRow(int32_t y) const { return (ptrdiff_t{y} + margin) * stride() + margin; }
+
+    /// Equal in size and in every byte, margin and fourth channel included.
+    friend bool operator==(const PixelBuffer& a, const PixelBuffer& b);
+
+  private:
+    int32_t width_ = 0;
+    int32_t height_ = 0;
+    std::shared_ptr<Pixel> block_;
+};
+
+}  // namespace tessarine

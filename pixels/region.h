@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace tessarine {
+
+/// A rectangle in whole pixels; right and bottom are exclusive.
+struct Rect {
+    int32_t left = 0;
+    int32_t top = 0;
+    int32_t right = 0;
+    int32_t bottom = 0;
+
+    bool isEmpty() const { return left >= right || top >= bottom; }
+    friend bool operator==(const Rect&, const Rect&) = default;
+};
+
+/// A set of pixels as rectangles in canonical form: sorted by top, then left; rectangles of one
+/// band share top and bottom, never touch each other, and two bands that touch differ in their
+/// rectangles. Two regions of the same pixels therefore have the same rectangles. Immutable.
+class Region {
+  public:
+    /// The empty region.
+    Region() = default;
+    /// One rectangle. Corners given in reverse order are put in order; no area gives the empty
+    /// region.
+    explicit Region(Rect rect);
+
+    /// Makes a region of a block: eight header words (32, 1, rectangle count, bytes of rectangle
+    /// data, box), then four words a rectangle. The rectangles may overlap and stand in any
+    /// order; those without area count for nothing. The box words are not read.
+    /// \return null where the words are no such block (too short, another type or header size).
+    static std::shared_ptr<const Region> fromBlock(std::span<const int32_t> words);
+    /// The region's own block.
+    std::vector<int32_t> block() const;
+
+    Region operator&(const Region& other) const;
+    Region operator^(const Region& other) const;
+    Region offset(int32_t dx, int32_t dy) const;
+
+    bool isEmpty() const { return rects_.empty(); }
+    /// The smallest rectangle around the region; all 0 for the empty region.
+    Rect box() const { return box_; }
+    bool contains(int32_t x, int32_t y) const;
+    std::span<const Rect> rects() const { return rects_; }
+    /// The rectangles of the band that holds row y, from left to right; empty where none does.
+    std::span<const Rect> band(int32_t y) const;
+
+    /// The region's border, `width` pixels wide at left and right and `height` pixels high at top
+    /// and bottom: the pixels of the region from which a step of that many pixels straight left,
+    /// right, up or down leaves the region.
+    Region frame(int32_t width, int32_t height) const;
+
+    friend bool operator==(const Region& a, const Region& b) { return a.rects_ == b.rects_; }
+
+  private:
+    std::vector<Rect> rects_;
+    Rect box_;
+};
+
+/// A region as its owner holds it; null stands for no region.
+using RegionHandle = std::shared_ptr<const Region>;
+
+}  // namespace tessarine
