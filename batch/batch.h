@@ -150,8 +150,8 @@ class cBatch {
     std::array<bool, 4> Curt{true, false, false, false};
     std::string txtW = "100";
     std::string txtH = "100";
-    bool txtHVisible = false;   ///< hidden while keep proportions is ticked
-    bool txtHHVisible = true;   ///< "will be adjusted at runtime", shown in its place
+    bool txtHVisible = false;  ///< hidden while keep proportions is ticked
+    bool txtHHVisible = true;  ///< "will be adjusted at runtime", shown in its place
     int16_t chkKeepProportions = 1;
     int16_t chkInterpolate = 1;
     int16_t sbDegrees = 0;
