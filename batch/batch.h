@@ -307,7 +307,16 @@ class cBatch {
     void forgetEarlierPictures();
     PictureReport processAlone(int32_t number, const std::string& destination);
 
+    void hideSheet();
+    void showPanel(Panel panel);
+    /// Fills the list of strengths for a choice of FrmGlass and selects the first.
+    void fillGlassStrengths(int16_t choice);
+    /// A value outside the slider's range is refused. \return whether the slider moved.
+    bool setSliderValue(int16_t index, int32_t value);
+
     Platform& platform_;
+    int16_t selectedNode_ = 0;   ///< tree index of the node last selected; 0 for none
+    bool choosingBank_ = false;  ///< a column of frBanks is being cleared
 };
 
 /// Reads a picture list that the person chooses through `dialog` into `list`.
