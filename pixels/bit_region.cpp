@@ -1,13 +1,9 @@
 #include "pixels/bit_region.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <fcntl.h>
-#include <new>
-#include <sys/stat.h>
-#include <system_error>
-#include <unistd.h>
 
+#include "pixels/byte_files.h"
+#include "pixels/byte_order.h"
 #include "pixels/failures.h"
 #include "pixels/numbers.h"
 
