@@ -43,7 +43,7 @@ std::string TempFolder();
 struct SaveOutcome {
     enum class Status {
         saved,
-        kept,    ///< the target existed and was not to be overwritten
+        kept,  ///< the target existed and was not to be overwritten
         failed,
     };
     Status status = Status::failed;
