@@ -22,7 +22,7 @@ struct Sample {
 constexpr Sample samples[] = {
     {"sample", {200, 174}, 8, 0, draw::toys},  // assets/sample.ppm
     {"mountains", {3600, 2400}, 2, 1.0, draw::mountains},
-    {"fruit", {1080, 810}, 4, 0, draw::fruit},
+    {"fruit", {1080, 810}, 3, 0, draw::fruit},
     {"sea", {1440, 960}, 3, 1.0, draw::seaAtDusk},
     {"aurora", {960, 640}, 3, 0.5, draw::aurora},
     {"milky-way", {960, 720}, 3, 1.0, draw::milkyWay},
@@ -30,7 +30,7 @@ constexpr Sample samples[] = {
     {"rose-window", {560, 560}, 4, 0, draw::stainedGlass},
     {"tartan", {600, 450}, 4, 0, draw::tartan},
     {"dunes", {640, 400}, 4, 0, draw::dunes},
-    {"toys", {800, 696}, 4, 0, draw::toys},
+    {"toys", {800, 696}, 3, 0, draw::toys},
 };
 
 }  // namespace

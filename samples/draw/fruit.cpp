@@ -50,13 +50,25 @@ double stalk(Vec3 q, double from, double to) {
     const double bend = 0.10 * (y - from) * (y - from);
     return length(q - Vec3{bend, y, 0}) - 0.035;
 }
-Vec3 grapeAt(int i) {
-    const double along = hash(i, 71);
-    const double spread = 0.34 * (1.05 - along);
-    const double turn = 2 * pi * hash(i, 72);
-    const double up = std::fabs(std::sin(turn)) * spread * 1.15;
-    return {-0.98 + 0.95 * along, 0.14 + up, 1.02 + 0.22 * along + std::cos(turn) * spread};
+struct Grape {
+    Vec3 at;
+    double radius;
+};
+std::array<Grape, 34> bunchOfGrapes() {
+    std::array<Grape, 34> bunch;
+    for (size_t i = 0; i < bunch.size(); ++i) {
+        const auto number = static_cast<int64_t>(i);
+        const double along = hash(number, 71);
+        const double spread = 0.34 * (1.05 - along);
+        const double turn = 2 * pi * hash(number, 72);
+        const double up = std::fabs(std::sin(turn)) * spread * 1.15;
+        bunch[i] = {
+            {-0.98 + 0.95 * along, 0.14 + up, 1.02 + 0.22 * along + std::cos(turn) * spread},
+            0.125 + 0.02 * hash(number, 73)};
+    }
+    return bunch;
 }
+const std::array<Grape, 34> grapes = bunchOfGrapes();
 
 Nearest nearestFruit(Vec3 p) {
     Nearest n;
@@ -81,11 +93,16 @@ Nearest nearestFruit(Vec3 p) {
     }
     for (const Place& place : pears) {
         const Vec3 q = leaned(p, place);
+        if (length(q) > 2.8) {
+            n.offer((length(q) - 2.3) * place.size, pear);
+            continue;
+        }
         n.offer(pearShape(q) * place.size, pear);
         n.offer(stalk(q, 1.4, 2.05) * place.size, stem);
     }
-    {
-        const Vec3 q = leaned(p, theLemon);
+    if (const Vec3 q = leaned(p, theLemon); length(q) > 1.9) {
+        n.offer((length(q) - 1.6) * theLemon.size, lemon);
+    } else {
         const double body = ellipsoid(q, {1.25, 0.95, 0.95});
         const double tips = length(Vec3{std::fabs(q.x) - 1.22, q.y, q.z}) - 0.14;
         const double peel = 0.012 * noise(std::atan2(q.y, q.z) * 9, q.x * 12, 5);
@@ -96,10 +113,8 @@ Nearest nearestFruit(Vec3 p) {
     if (aboutGrapes > 0.3) {
         n.offer(aboutGrapes, grape);
     } else {
-        for (int i = 0; i < 34; ++i) {
-            const Vec3 at = grapeAt(i);
-            n.offer(length(p - at) - (0.125 + 0.02 * hash(i, 73)), grape);
-        }
+        for (const Grape& g : grapes)
+            n.offer(length(p - g.at) - g.radius, grape);
     }
     // A folded cloth under the pears, hanging over the table's edge to the right.
     const double folds =
