@@ -229,6 +229,9 @@ class cBatch {
     void TypeSliderValue(int16_t index, const std::string& text);
     void ChangeOption(int16_t ticked);
     void ChangeSwatch(int16_t index, uint32_t colour);
+    /// A point of the preview was picked, in pixels of the picture taken in; the first swatch
+    /// takes its colour. Nothing happens while no point is asked for.
+    void PickPoint(float X, float Y);
     /// Ticks box `index` of a column of frBanks: 0 red, 1 green, 2 blue.
     void ChooseBank(int16_t column, int16_t index);
     void ChangeInvert(int16_t index, int16_t ticked);

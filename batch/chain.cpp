@@ -205,6 +205,25 @@ void cBatch::ClearFunctions() {
     restart();
 }
 
+void cBatch::PickPoint(float X, float Y) {
+    if (!pickEnabled) return;
+    X = std::max(std::min(X, static_cast<float>(workWidth - 1)), 0.0F);
+    Y = std::max(std::min(Y, static_cast<float>(workHeight - 1)), 0.0F);
+    pickRelX = X / static_cast<float>(workWidth);
+    pickRelY = Y / static_cast<float>(workHeight);
+    pickX = X;
+    pickY = Y;
+    const int32_t x = roundToInteger(X);
+    const int32_t y = roundToInteger(Y);
+    if (x < workBits.width() && y < workBits.height()) {
+        const Pixel& p = workBits.at(x, y);
+        Col[0] = p.red | static_cast<uint32_t>(p.green) << 8 | static_cast<uint32_t>(p.blue) << 16;
+        platform_.changed("Col(0)");
+    }
+    platform_.giveWay();
+    previewCurrent();
+}
+
 void cBatch::SetPicture(PictureHolder& picture) {
     workWidth = picture.width();
     workHeight = picture.height();
