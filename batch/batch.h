@@ -288,6 +288,8 @@ class cBatch {
     /// Works out the picked point from columns 8 and 9.
     void loadPoint(const TrayRow& row, bool forRun);
     void applyFunction(int32_t id, CallSite site);
+    /// Appends a row with the whole working state, and the chain entry that refers to it.
+    void appendRow(const std::string& name);
     /// originalBits, then every chain entry.
     void applyChain();
     /// The sample without any function.
