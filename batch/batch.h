@@ -17,6 +17,8 @@
 
 namespace tessarine {
 
+struct FunctionRecord;
+
 /// One function row of Ltray. All columns are texts; column(1) to column(9) are three numbers,
 /// two colours, the option, the style word and the picked point's x and y.
 struct TrayRow {
@@ -150,8 +152,8 @@ class cBatch {
     std::array<bool, 4> Curt{true, false, false, false};
     std::string txtW = "100";
     std::string txtH = "100";
-    bool txtHVisible = false;   ///< hidden while keep proportions is ticked
-    bool txtHHVisible = true;   ///< "will be adjusted at runtime", shown in its place
+    bool txtHVisible = false;  ///< hidden while keep proportions is ticked
+    bool txtHHVisible = true;  ///< "will be adjusted at runtime", shown in its place
     int16_t chkKeepProportions = 1;
     int16_t chkInterpolate = 1;
     int16_t sbDegrees = 0;
@@ -193,6 +195,11 @@ class cBatch {
     void RebuildChainAndDraw();
     /// Appends the previewed function to chain and pool; `name` is the tree node's text.
     void AddFunction(const std::string& name);
+    /// Takes entry `index` (from 0) out of the chain; its row stays in the pool.
+    void RemoveFunction(int32_t index);
+    /// Moves entry `index` (from 0) one place up or down, where there is one.
+    void MoveFunctionUp(int32_t index);
+    void MoveFunctionDown(int32_t index);
     /// Empties chain and pool and shows the sample; nothing where the chain is empty.
     void ClearFunctions();
 
@@ -224,6 +231,9 @@ class cBatch {
     void TypeSliderValue(int16_t index, const std::string& text);
     void ChangeOption(int16_t ticked);
     void ChangeSwatch(int16_t index, uint32_t colour);
+    /// A point of the preview was picked, in pixels of the picture taken in; the first swatch
+    /// takes its colour. Nothing happens while no point is asked for.
+    void PickPoint(float X, float Y);
     /// Ticks box `index` of a column of frBanks: 0 red, 1 green, 2 blue.
     void ChooseBank(int16_t column, int16_t index);
     void ChangeInvert(int16_t index, int16_t ticked);
@@ -245,6 +255,8 @@ class cBatch {
 
     void SaveFunctionList();
     void LoadFunctionList();
+    /// Takes a record of a function list into the working state and appends it to chain and pool.
+    void AppendRecord(const FunctionRecord& record);
     void SaveList();
 
     // ---- Settings and start-up ----
@@ -264,20 +276,56 @@ class cBatch {
     void CmdStop() { stopRequested = true; }
     /// The run over the whole basket, failures passed over in silence.
     void BatchAll();
+    /// The run with each picture by itself: it starts from its file and nothing else, one that
+    /// cannot be read gives no output, and an output stands under its name only when it is
+    /// complete. Reads the same members as BatchAll and shows nothing; txtDestination must be a
+    /// folder and a format row be chosen.
+    void BatchEach();
     /// What became of each picture of the last run.
     RunReport report;
 
     Platform& platform() { return platform_; }
 
   private:
-    /// Reads the columns of a row into the working state; what does not convert stays.
-    void loadRow(const TrayRow& row);
+    /// Reads columns 1 to 7 of a row into the working state; what does not convert stays.
+    void loadColumns(const TrayRow& row);
+    /// Works out the picked point from columns 8 and 9.
+    void loadPoint(const TrayRow& row, bool forRun);
     void applyFunction(int32_t id, CallSite site);
+    /// Appends a row with the whole working state, and the chain entry that refers to it.
+    void appendRow(const std::string& name);
+    /// originalBits, then every chain entry.
+    void applyChain();
+    /// The sample without any function.
+    void restart();
     void paintPreview();
     void previewCurrent() { PreviewFunction(functionId); }
+    /// Makes the picture of a holder the image that rows work on.
+    void takeIn(PictureHolder& picture);
+
+    /// Appends to the overview.
     void append(const std::string& text);
+    void openOverview(const std::string& destination);
+    /// Reads a file into iSrc, which keeps what it held where that fails.
+    /// \return whether a picture was read; its figures are in `entry` then
+    bool loadIntoSource(const std::string& path, PictureReport& entry);
+    void applyRows(bool withOverview);
+    void paintResultIntoSource();
+    void restorePreview();
+    /// Puts the working state back to what a new program has.
+    void forgetEarlierPictures();
+    PictureReport processAlone(int32_t number, const std::string& destination);
+
+    void hideSheet();
+    void showPanel(Panel panel);
+    /// Fills the list of strengths for a choice of FrmGlass and selects the first.
+    void fillGlassStrengths(int16_t choice);
+    /// A value outside the slider's range is refused. \return whether the slider moved.
+    bool setSliderValue(int16_t index, int32_t value);
 
     Platform& platform_;
+    int16_t selectedNode_ = 0;   ///< tree index of the node last selected; 0 for none
+    bool choosingBank_ = false;  ///< a column of frBanks is being cleared
 };
 
 /// Reads a picture list that the person chooses through `dialog` into `list`.

@@ -43,8 +43,8 @@ struct FunctionDef {
     int16_t treeIndex = 0;  ///< 1-based place in the tree; 0 where no node stands for it
     std::string_view name;  ///< as the tree shows it
     std::string_view header;
-    std::vector<SliderDef> sliders;
-    std::optional<OptionDef> option;
+    std::vector<SliderDef> sliders{};
+    std::optional<OptionDef> option{};
     Swatches swatches = Swatches::none;
     bool picksPoint = false;
     Panel panel = Panel::none;

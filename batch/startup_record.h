@@ -33,10 +33,10 @@ struct StartupRecord {
     FixedText destinationFolder;
     FixedText dialogFolder;
     int16_t formatRow = 0;
-    uint8_t overwriteFiles = 0;   ///< a tick box: 0 off, 1 on
-    int16_t maximized = 0;        ///< 0 or -1
-    int32_t windowWidth = 0;      ///< twips
-    int32_t windowHeight = 0;     ///< twips
+    uint8_t overwriteFiles = 0;  ///< a tick box: 0 off, 1 on
+    int16_t maximized = 0;       ///< 0 or -1
+    int32_t windowWidth = 0;     ///< twips
+    int32_t windowHeight = 0;    ///< twips
     int32_t splitterBs11 = 0;
     int32_t splitterBs13 = 0;
     int32_t splitterBs12 = 0;

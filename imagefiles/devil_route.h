@@ -1,15 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
 struct FIBITMAP;
 
 namespace tessarine {
-
-/// Runs something on DevIL, whose state is the whole process's: one caller at a time.
-void withDevil(const std::function<void()>& work);
 
 /// Reads a file by DevIL and hands it over through a temporary BMP file. DevIL goes by the
 /// extension of the path, or by its own number of a type, where that is not 0. The caller unloads

@@ -81,7 +81,8 @@ class cBitFilter {
     /// Adds a number to each channel, limited to 0 to 255. (skips)
     PixelBuffer ShiftRGB(int32_t rFactor, int32_t gFactor, int32_t bFactor);
     /// Each channel takes the source's channel number ...Bank (0 blue, 1 green, 2 red), inverted
-    /// where ...Inv, 0 where ...Kill. A bank outside 0 to 2 leaves its channel as it is. (skips)
+    /// where ...Inv, 0 where ...Kill. Any other bank counts bytes on from the pixel's first one,
+    /// and is 0 beyond the buffer. (skips)
     PixelBuffer SwapRGB(int32_t rBank, int32_t gBank, int32_t bBank, bool rInv, bool gInv,
                         bool bInv, bool rKill, bool gKill, bool bKill);
     /// The five other orders of the three channels, by number 1 to 5; any other number changes
@@ -99,16 +100,23 @@ class cBitFilter {
     /// source's values; the fourth bytes are not to be changed.
     template <class Change>
     PixelBuffer filterRows(OnFailure mode, Change change);
-    /// Adds up `ofRow(row)` over the rows of the whole image, without the region; reports where
-    /// `mode` is given.
+    /// Adds `ofRow(row)` over the rows of the whole image, without the region, to `start`;
+    /// `afterRow(y)` follows each row.
+    template <class Sum, class OfRow, class AfterRow>
+    Sum sumRows(Sum start, OfRow ofRow, AfterRow afterRow) const;
     template <class Sum, class OfRow>
-    Sum sumRows(Sum start, OfRow ofRow) const;
+    Sum sumRows(Sum start, OfRow ofRow) const {
+        return sumRows(start, ofRow, [](int32_t) {});
+    }
 
     /// The inclusive rectangle that a filter with this margin walks.
     void SetScanRect(int32_t margin);
     /// The report after row y: Progress((y * 100) \ maxY) where more than 10 ms have passed.
     void reportRow(int32_t y, OnFailure mode);
     void raiseProgress(int32_t percent);
+
+    /// Milliseconds that must have passed since the last report.
+    static constexpr int32_t reportInterval = 10;
 
     PixelBuffer bits_;
     int32_t maxX_ = 0;

@@ -18,9 +18,9 @@ std::shared_ptr<Pixel> adopt(void* memory) {
 
 PixelBuffer::PixelBuffer(int32_t width, int32_t height) : width_(width), height_(height) {
     if (width < 0 || height < 0) throw StatementFailed("a pixel buffer has no negative size");
-    block_ = adopt(std::calloc((static_cast<size_t>(width) + 2 * margin) *
-                                   (static_cast<size_t>(height) + 2 * margin),
-                               sizeof(Pixel)));
+    block_ = adopt(std::calloc(
+        (static_cast<size_t>(width) + 2 * margin) * (static_cast<size_t>(height) + 2 * margin),
+        sizeof(Pixel)));
 }
 
 size_t PixelBuffer::pixelCount() const {

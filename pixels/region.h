@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -21,8 +22,14 @@ struct Rect {
 /// A set of pixels as rectangles in canonical form: sorted by top, then left; rectangles of one
 /// band share top and bottom, never touch each other, and two bands that touch differ in their
 /// rectangles. Two regions of the same pixels therefore have the same rectangles. Immutable.
+///
+/// Coordinates take the whole 32-bit range. Operations whose result would need more than maxRects
+/// rectangles, or more memory than there is, throw StatementFailed.
 class Region {
   public:
+    /// The most rectangles of one region; their data then counts 256 MB.
+    static constexpr size_t maxRects = size_t{1} << 24;
+
     /// The empty region.
     Region() = default;
     /// One rectangle. Corners given in reverse order are put in order; no area gives the empty
@@ -32,13 +39,15 @@ class Region {
     /// Makes a region of a block: eight header words (32, 1, rectangle count, bytes of rectangle
     /// data, box), then four words a rectangle. The rectangles may overlap and stand in any
     /// order; those without area count for nothing. The box words are not read.
-    /// \return null where the words are no such block (too short, another type or header size).
+    /// \return null where the words are no such block (another type or header size, fewer words
+    /// than its count asks for), or where the region is not to be had.
     static std::shared_ptr<const Region> fromBlock(std::span<const int32_t> words);
     /// The region's own block.
     std::vector<int32_t> block() const;
 
     Region operator&(const Region& other) const;
     Region operator^(const Region& other) const;
+    /// The region moved; what would leave the 32-bit range is cut off.
     Region offset(int32_t dx, int32_t dy) const;
 
     bool isEmpty() const { return rects_.empty(); }
@@ -51,12 +60,16 @@ class Region {
 
     /// The region's border, `width` pixels wide at left and right and `height` pixels high at top
     /// and bottom: the pixels of the region from which a step of that many pixels straight left,
-    /// right, up or down leaves the region.
+    /// right, up or down leaves the region. A width or height of 0 gives no border there.
     Region frame(int32_t width, int32_t height) const;
 
     friend bool operator==(const Region& a, const Region& b) { return a.rects_ == b.rects_; }
 
   private:
+    /// Takes rectangles that are canonical already.
+    explicit Region(std::vector<Rect> canonical);
+    Region moved(int64_t dx, int64_t dy) const;
+
     std::vector<Rect> rects_;
     Rect box_;
 };

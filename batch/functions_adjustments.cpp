@@ -1,0 +1,66 @@
+#include "batch/batch.h"
+#include "batch/function_groups.h"
+
+namespace tessarine {
+
+std::vector<FunctionDef> adjustmentFunctions() {
+    return {
+        {.id = 1,
+         .name = "Brightness",
+         .header = "[Brightness]",
+         .sliders = {{"Level", -100, 250, 0}},
+         .call = [](cBatch& b, CallSite) { return b.cFilter.BRIGHTNESS(b.funcParam[0]); },
+         .sentence = "Adds the same number to red, green and blue of every pixel, which makes the "
+                     "picture brighter or, below 0, darker."},
+        {.id = 2,
+         .name = "Contrast",
+         .header = "[Contrast]",
+         .sliders = {{"Level", -100, 250, 0}},
+         .call = [](cBatch& b, CallSite) { return b.cFilter.Contrast(b.funcParam[0]); },
+         .sentence = "Spreads the colours apart around the picture's mean brightness or, below 0, "
+                     "draws them together."},
+        {.id = 4,
+         .name = "Gamma Correction",
+         .header = "[Gamma correction]",
+         .sliders = {{"Gamma", 0, 200, 100, true}},
+         .call = [](cBatch& b, CallSite) { return b.cFilter.GammaCorrection(b.funcParam[0]); },
+         .sentence = "Lightens the middle tones above 100 and darkens them below, while black and "
+                     "white stay; at 0 all becomes black."},
+        {.id = 15,
+         .name = "Reduction (Level)",
+         .header = "[Reduction]",
+         .sliders = {{"Level", 0, 255, 0}},
+         .call = [](cBatch& b, CallSite) { return b.cFilter.Reduction(b.funcParam[0]); },
+         .sentence = "Reduces each channel to a few levels, whose distance is one more than the "
+                     "chosen level."},
+        {.id = 68,
+         .name = "Flip Horizontally",
+         .header = "[Flip Horizontally]",
+         .sentence = "Mirrors the picture, so that left and right change places."},
+        {.id = 69,
+         .name = "Flip Vertically",
+         .header = "[Flip Vertically]",
+         .sentence = "Mirrors the picture, so that top and bottom change places."},
+        {.id = 59,
+         .name = "Resize",
+         .header = "[Resize]",
+         .panel = Panel::FrResize,
+         .sentence = "Gives each picture of a run another size in pixels, if wanted with its own "
+                     "proportions and smoothed; the preview keeps its size."},
+        {.id = 31,
+         .name = "Rotate",
+         .header = "[Rotate]",
+         .sliders = {{"Degrees", -180, 180, 0}},
+         .option = OptionDef{"Clean back", true},
+         .sentence = "Turns the content about the picture's centre without changing the picture's "
+                     "size, so that corners are cut; uncovered places become black or stay."},
+        {.id = 70,
+         .name = "Rotate Intelligently",
+         .header = "[Rotate Intelligently]",
+         .panel = Panel::FrRotate,
+         .sentence = "Turns the whole picture and makes it as large as it must be to lose nothing; "
+                     "the preview keeps its size."},
+    };
+}
+
+}  // namespace tessarine

@@ -1,0 +1,91 @@
+#include "batch/batch.h"
+#include "batch/function_groups.h"
+
+namespace tessarine {
+
+std::vector<FunctionDef> deformationFunctions() {
+    return {
+        {.id = 29,
+         .name = "Bend",
+         .header = "[Bend]",
+         .sliders = {{"Radius factor", -200, 200, 0}},
+         .option = OptionDef{"Clean back", true},
+         .sentence = "Bends the picture into a ring around its centre, the lower edge inside; "
+                     "uncovered places become black or stay."},
+        {.id = 40,
+         .name = "Curtain",
+         .header = "[Behind Curtain]",
+         .panel = Panel::FrmCurtain,
+         .sentence = "Draws the picture out into stripes, as if it lay behind a curtain."},
+        {.id = 36,
+         .name = "Flare",
+         .header = "[Light]",
+         .sliders = {{"Extension", 1, 100, 50},
+                     {"Intensity", 0, 500, 250},
+                     {"Definition", 0, 100, 0}},
+         .picksPoint = true,
+         .sentence = "Throws a round spot of light on the picked point, strongest at its centre."},
+        {.id = 30,
+         .name = "Fold",
+         .header = "[Fold]",
+         .sliders = {{"Horizontal factor", -100, 100, 0}, {"Vertical factor", -100, 100, 0}},
+         .option = OptionDef{"Clean back", true},
+         .sentence = "Narrows one end of the picture and widens the other, like a folded sheet; "
+                     "uncovered places become black or stay."},
+        {.id = 39,
+         .name = "Glass",
+         .header = "[Behind Glass]",
+         .panel = Panel::FrmGlass,
+         .sentence = "Ripples the picture, as if it lay behind patterned glass."},
+        {.id = 35,
+         .name = "Grid",
+         .header = "[Grid]",
+         .sliders = {{"Horizontal step", 1, 250, 25},
+                     {"Vertical step", 1, 250, 25},
+                     {"Opacity", 0, 255, 128}},
+         .option = OptionDef{"Force margins", true},
+         .swatches = Swatches::onlySecond,
+         .sentence = "Draws translucent lines over the picture, if wanted along its last row and "
+                     "column too."},
+        {.id = 27,
+         .name = "Lens",
+         .header = "[Lens]",
+         .sliders = {{"Diameter", 1, 100, 50}, {"Magnify factor", 0, 100, 50}},
+         .picksPoint = true,
+         .sentence = "Magnifies what lies around the picked point, as a round lens does."},
+        {.id = 38,
+         .name = "Scanliness",
+         .header = "[Scanlines]",
+         .sliders = {{"Opacity", 0, 255, 128}},
+         .sentence = "Darkens every second row, as on an old screen."},
+        {.id = 32,
+         .name = "Stretch",
+         .header = "[Stretch]",
+         .sliders = {{"Horizontal factor", -100, 100, 0}, {"Vertical factor", -100, 100, 0}},
+         .option = OptionDef{"Clean back", true},
+         .sentence = "Shrinks the content towards the picture's centre or, below 0, enlarges it; "
+                     "uncovered places become black or stay."},
+        {.id = 33,
+         .name = "Tile",
+         .header = "[Tile]",
+         .sliders = {{"Factor", 2, 50, 2}},
+         .sentence = "Fills the picture with small copies of itself, as many across and down as "
+                     "chosen."},
+        {.id = 34,
+         .name = "Twirl",
+         .header = "[Twirl]",
+         .sliders = {{"Level", -100, 100, 0}, {"Offset degrees", -180, 180, 0}},
+         .option = OptionDef{"Clean back", true},
+         .sentence = "Turns the picture about its centre, more and more with the distance from it; "
+                     "uncovered places become black or stay."},
+        {.id = 28,
+         .name = "Waves",
+         .header = "[Waves]",
+         .sliders = {{"Frequency", 0, 100, 25},
+                     {"Amplitude", 1, 100, 25},
+                     {"Start degree", 0, 360, 0}},
+         .sentence = "Moves the rows up and down in waves, as if the picture lay under water."},
+    };
+}
+
+}  // namespace tessarine

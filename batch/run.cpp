@@ -1,0 +1,214 @@
+#include <algorithm>
+#include <chrono>
+
+#include "batch/batch.h"
+#include "batch/texts.h"
+#include "imagefiles/format_table.h"
+
+// The run over the basket as the window does it: what fails is passed over, and the next
+// statement goes on with what stands.
+
+namespace tessarine {
+
+namespace {
+
+constexpr const char* lineEnd = "\r\n";
+
+template <class Items>
+auto& itemAt(Items& items, size_t index) {
+    if (index >= items.size()) throw StatementFailed("the list has no such item");
+    return items[index];
+}
+
+/// Extension of a format row; empty for a row that does not exist.
+std::string rowExtension(int32_t row) {
+    if (row < 0 || row >= formatRowCount) return {};
+    return std::string(formatTable()[static_cast<size_t>(row)].extension);
+}
+
+std::string inQuotes(const std::string& text) { return "'" + text + "'"; }
+
+/// A number of items as the run counts them: 0 where 16 bits do not hold it.
+int16_t countOf(size_t items) {
+    int16_t count = 0;
+    attempt([&] { count = toInteger16(static_cast<double>(items)); });
+    return count;
+}
+
+void noteSave(const SaveOutcome& outcome, PictureReport& entry) {
+    entry.bytes = outcome.bytes;
+    switch (outcome.status) {
+        case SaveOutcome::Status::saved:
+            entry.status = PictureReport::Status::saved;
+            break;
+        case SaveOutcome::Status::kept:
+            entry.status = PictureReport::Status::kept;
+            break;
+        case SaveOutcome::Status::failed:
+            entry.status = PictureReport::Status::failed;
+            entry.error = "cannot-write";
+            entry.message = outcome.message;
+            break;
+    }
+}
+
+}  // namespace
+
+void cBatch::CmdBatchAll() {
+    stopRequested = false;
+    report.clear();
+    BatchAll();
+}
+
+void cBatch::BatchAll() {
+    if (lvSelected.empty()) {
+        platform_.messageBox("No File(s) selected for Batch Processing!", Icon::information,
+                             "Tessarine");
+        return;
+    }
+    std::string destination = txtDestination;
+    if (!destination.ends_with(folderSeparator)) destination += folderSeparator;
+    if (!platform_.folderExists(destination)) {
+        platform_.messageBox("Invalid Folder Path", Icon::information);
+        return;
+    }
+    startupRecord.destinationFolder = destination;
+    if (!platform_.folderExists(destination)) {
+        platform_.messageBox("Please Specify a valid Destination Folder!", Icon::information,
+                             "Kestrovane");
+        return;
+    }
+    if (cboFormat.text().empty()) {
+        platform_.messageBox("Please specify a file format for all the processed file(s)!",
+                             Icon::information);
+        return;
+    }
+    const std::string extension = rowExtension(cboFormat.index);
+
+    workBits = {};
+    pb.max = static_cast<int32_t>(lvSelected.size());
+    openOverview(destination);
+    pb.visible = true;
+    platform_.changed("pb");
+
+    const int16_t count = countOf(lvSelected.size());
+    std::string path;
+    for (int32_t i = 1; i <= count; ++i) {
+        platform_.giveWay();
+        pb.value = i;
+        platform_.changed("pb");
+        if (stopRequested) break;
+        const auto start = std::chrono::steady_clock::now();
+
+        attempt([&] { path = itemAt(lvSelected, static_cast<size_t>(i - 1)).Tag; });
+        PictureReport entry;
+        entry.number = i;
+        entry.input = path;
+        const bool loaded = loadIntoSource(path, entry);
+        takeIn(iSrc);
+
+        append(std::string(lineEnd) + lineEnd + " Processing " + fileNameOf(path));
+        applyRows(true);
+        paintResultIntoSource();
+
+        const std::string name = txtName + std::to_string(i) + "." + extension;
+        entry.output = destination + name;
+        noteSave(SaveImageFile(format, iSrc, extension, destination + name, chkOverwrite != 0,
+                               static_cast<int16_t>(cboFormat.index)),
+                 entry);
+        iSrc.clearSurface();
+        append(std::string(lineEnd) + " Processed Image Saved as " + txtName + std::to_string(i) +
+               "." + extension);
+
+        if (!loaded) {
+            entry.status = PictureReport::Status::failed;
+            entry.error = "unreadable";
+            entry.message += (entry.message.empty() ? "" : "; ") +
+                             std::string("the picture before it was processed in its place");
+        }
+        entry.ms = std::chrono::duration_cast<std::chrono::milliseconds>(
+                       std::chrono::steady_clock::now() - start)
+                       .count();
+        report.add(std::move(entry));
+    }
+
+    append(std::string(lineEnd) + lineEnd + " Processing Completed!");
+    pb.visible = false;
+    platform_.changed("pb");
+    restorePreview();
+    if (chkShowDestination != 0) platform_.openPath(destination);
+}
+
+void cBatch::append(const std::string& text) {
+    RTF += text;
+    platform_.changed("RTF");
+}
+
+void cBatch::openOverview(const std::string& destination) {
+    // The block is inserted before the waiting line, and the label of its first line is lost
+    // when the waiting line replaces the whole text: the overview opens with the bare count.
+    RTF = std::to_string(lvSelected.size()) + lineEnd;
+    RTF += "Total Number of functions to be Applied: " + std::to_string(Ltray.size()) + lineEnd;
+    RTF += "Destination Folder: " + destination + lineEnd;
+    RTF += "Format Selected to save the processed images: " + inQuotes(cboFormat.text()) + lineEnd;
+    RTF += "Generic Name for the processed image: " + inQuotes(txtName) + lineEnd;
+    RTF += std::string(" Please Wait... Batch Image Processing in Progress!") + lineEnd + lineEnd;
+    platform_.changed("RTF");
+}
+
+bool cBatch::loadIntoSource(const std::string& path, PictureReport& entry) {
+    const std::string extension = lowerCase(extensionOf(path));
+    iSrc.autoRedraw = true;
+    // Where nothing was read the holder keeps its picture and its size, and the run takes that
+    // picture in once more.
+    const bool loaded = attempt([&] {
+        if (isPlatformExtension(extension)) {
+            LoadedPicture picture = LoadPicture(path, extension);
+            entry.depth = picture.depth;
+            iSrc.setPicture(std::move(picture.bitmap));
+            return;
+        }
+        std::optional<Bitmap> bitmap = LoadImageFile(format, path, extension);
+        if (!bitmap) throw StatementFailed("nothing was loaded");
+        entry.depth = format.loadedDepth;
+        iSrc.setSize(bitmap->width(), bitmap->height());
+        format.FreeImage_RenderBitmap(bitmap, &iSrc, 0, 0, -1, -1, false);
+        iSrc.keepDrawing();
+    });
+    platform_.changed("iSrc");
+    if (!loaded) return false;
+    entry.width = iSrc.width();
+    entry.height = iSrc.height();
+    return true;
+}
+
+void cBatch::applyRows(bool withOverview) {
+    const int16_t count = countOf(Ltray.size());
+    for (int32_t j = 1; j <= count; ++j) {
+        const auto row = static_cast<size_t>(j - 1);
+        attempt([&] {
+            ApplyRow(toInteger16(static_cast<double>(itemAt(Ltray, row).Tag)),
+                     static_cast<int16_t>(j), true);
+        });
+        if (!withOverview) continue;
+        append(std::string(lineEnd) + " Applied ");
+        attempt([&] { append(itemAt(Ltray, row).text); });
+    }
+}
+
+void cBatch::paintResultIntoSource() {
+    iSrc.clearPicture();
+    iSrc.autoRedraw = true;
+    attempt([&] { iSrc.paint(workBits, workBitmapInfo, iSrc.width(), iSrc.height()); });
+    attempt([&] { iSrc.keepDrawing(); });
+    platform_.changed("iSrc");
+}
+
+void cBatch::restorePreview() {
+    iSrc.setPicture(iOri.drawn());
+    takeIn(iSrc);
+    RebuildChain();
+    paintPreview();
+}
+
+}  // namespace tessarine
