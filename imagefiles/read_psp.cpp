@@ -165,9 +165,13 @@ Layer readLayer(ByteReader in, const Image& image) {
     if (layer.area.width() > 0xFFFF || layer.area.height() > 0xFFFF ||
         layer.area.width() * layer.area.height() > maxPixels)
         refuse("the picture is too large");
-    if (in.remaining() < 8) return layer;
-    nextChunk(in);
+    // Blocks of extensions may stand before and behind the chunk that counts the channels.
     while (in.remaining() >= 10) {
+        ByteReader ahead = in;
+        if (ahead.u32le() != signature) {
+            nextChunk(in);
+            continue;
+        }
         const BlockHead block = nextBlock(in);
         if (block.kind == channelBlock) readChannel(ByteReader(block.data), image, layer);
     }
@@ -211,7 +215,7 @@ void lay(const Image& image, const Layer& layer, Bitmap& bitmap) {
 }  // namespace
 
 /// DevIL knows neither the usual coding nor more than one layer. The layers are laid over white,
-/// each by its opacity; other ways of mixing are not known.
+/// each by its opacity; other ways of mixing are not known, nor are layers of drawn objects.
 std::optional<Decoded> takeOverPsp(Bytes file, const std::string&) {
     if (!startsWith(file, "Paint Shop Pro Image File\n\x1A")) refuse("this is no such picture");
     ByteReader in(file);
