@@ -21,15 +21,6 @@ std::string homeFolder() {
     return user != nullptr && user->pw_dir != nullptr ? user->pw_dir : "/";
 }
 
-/// A relative path in the variable stands for no place.
-fs::path configurationFolder() {
-    const char* given = std::getenv("XDG_CONFIG_HOME");
-    const fs::path base = given != nullptr && *given == folderSeparator
-                              ? fs::path(given)
-                              : fs::path(homeFolder()) / ".config";
-    return base / "tessarine";
-}
-
 }  // namespace
 
 bool Platform::folderExists(const std::string& path) {
@@ -46,13 +37,22 @@ bool Platform::fileExists(const std::string& path) {
 std::string Platform::programFolder() {
     const std::string own = executableFolder();
     if (!own.empty() && access(own.c_str(), W_OK | X_OK) == 0) return own;
-    const fs::path folder = configurationFolder();
+    return userConfigurationFolder();
+}
+
+uint32_t Platform::timeGetTime() { return systemClock(); }
+
+std::string userConfigurationFolder() {
+    const char* given = std::getenv("XDG_CONFIG_HOME");
+    // A relative path in the variable stands for no place.
+    const fs::path base = given != nullptr && *given == folderSeparator
+                              ? fs::path(given)
+                              : fs::path(homeFolder()) / ".config";
+    const fs::path folder = base / "tessarine";
     std::error_code error;
     fs::create_directories(folder, error);
     return folder.string();
 }
-
-uint32_t Platform::timeGetTime() { return systemClock(); }
 
 std::string executableFolder() {
     std::error_code error;
