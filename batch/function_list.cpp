@@ -43,6 +43,17 @@ void cBatch::SaveFunctionList() {
     attemptOnFile([&] { writeFunctionList(*path, records); });
 }
 
+void cBatch::AppendRecord(const FunctionRecord& record) {
+    attempt([&] { functionId = toInteger32(record.id); });
+    funcParam = record.parameters;
+    funcColor = record.colours;
+    funcOption = record.option != 0;
+    funcStyle = record.style;
+    pickX = record.x;
+    pickY = record.y;
+    appendRow(record.name);
+}
+
 void cBatch::LoadFunctionList() {
     const std::optional<std::string> path = platform_.openDialog("Functions List(*.qfk)|*.qfk");
     if (!path) return;
@@ -58,17 +69,7 @@ void cBatch::LoadFunctionList() {
         records = readFunctionList(*path);
         count = toInteger16(static_cast<double>(records.size()));
     });
-    for (int32_t i = 0; i < count; ++i) {
-        const FunctionRecord& record = records[static_cast<size_t>(i)];
-        attempt([&] { functionId = toInteger32(record.id); });
-        funcParam = record.parameters;
-        funcColor = record.colours;
-        funcOption = record.option != 0;
-        funcStyle = record.style;
-        pickX = record.x;
-        pickY = record.y;
-        appendRow(record.name);
-    }
+    for (int32_t i = 0; i < count; ++i) AppendRecord(records[static_cast<size_t>(i)]);
     if (!LSelectedFunctions.empty()) RebuildChainAndDraw();
 }
 

@@ -15,9 +15,13 @@ struct LoadedPicture {
     int16_t depth = 0;  ///< bits per pixel of the file's own image; 24 for a drawn metafile
 };
 
-/// Starts the file library and has its messages kept in `format.lastFormatError`. Every call is
-/// to be matched by one of the library's own FreeImage_DeInitialise.
+/// Starts the file library and has the messages of this thread's calls kept in
+/// `format.lastFormatError`. Every call is to be matched by one of CloseImageLibrary on the same
+/// thread, and `format` has to live until then.
 void InitImageLibrary(mFormat& format);
+
+/// The library's FreeImage_DeInitialise, safe beside other threads' calls.
+void CloseImageLibrary();
 
 /// Reads a picture file by the route that its extension names, and by nothing else: a file of
 /// another format under that extension is refused. Nothing is thrown.

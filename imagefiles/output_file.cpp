@@ -1,0 +1,68 @@
+#include "imagefiles/output_file.h"
+
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tessarine {
+
+OutputFile::~OutputFile() {
+    if (isOpen()) discard();
+}
+
+bool OutputFile::create(const std::string& path) {
+    if (isOpen()) discard();
+    path_ = path;
+    failure_.clear();
+    size_ = 0;
+    file_ = std::fopen(path.c_str(), "w+be");
+    if (file_ == nullptr) fail("cannot create the file");
+    return isOpen();
+}
+
+size_t OutputFile::write(const void* bytes, size_t count) {
+    const size_t taken = std::fwrite(bytes, 1, count, file_);
+    if (taken != count) fail("cannot write the file");
+    return taken;
+}
+
+size_t OutputFile::read(void* bytes, size_t count) {
+    const size_t got = std::fread(bytes, 1, count, file_);
+    if (got != count) fail("cannot read back the file");
+    return got;
+}
+
+bool OutputFile::seek(int64_t offset, int origin) {
+    if (fseeko(file_, offset, origin) == 0) return true;
+    fail("cannot write the file");
+    return false;
+}
+
+int64_t OutputFile::tell() const { return ftello(file_); }
+
+bool OutputFile::finish() {
+    if (!isOpen()) return false;
+    // Closing writes what is still buffered: a full disk may show here for the first time.
+    if (std::fflush(file_) != 0) fail("cannot write the file");
+    struct stat status {};
+    if (fstat(fileno(file_), &status) == 0) size_ = status.st_size;
+    const bool closed = std::fclose(file_) == 0;
+    file_ = nullptr;
+    if (!closed) fail("cannot close the file");
+    if (!failure_.empty()) unlink(path_.c_str());
+    return failure_.empty();
+}
+
+void OutputFile::discard() {
+    if (!isOpen()) return;
+    std::fclose(file_);
+    file_ = nullptr;
+    unlink(path_.c_str());
+}
+
+void OutputFile::fail(const std::string& what) {
+    if (failure_.empty()) failure_ = what + " " + path_ + ": " + std::strerror(errno);
+}
+
+}  // namespace tessarine

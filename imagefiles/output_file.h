@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+namespace tessarine {
+
+/// A file that is being written, by whatever library. It remembers the first thing that went
+/// wrong, so that a library that does not look at its own writes is found out at the end.
+class OutputFile {
+  public:
+    OutputFile() = default;
+    /// A file that was not finished is removed.
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    /// Makes the file, or empties one that stands there.
+    bool create(const std::string& path);
+    bool isOpen() const { return file_ != nullptr; }
+
+    /// \return how many bytes were taken; fewer than `count` is a failure.
+    size_t write(const void* bytes, size_t count);
+    size_t read(void* bytes, size_t count);
+    bool seek(int64_t offset, int origin = SEEK_SET);
+    int64_t tell() const;
+
+    /// Closes the file. Where anything failed since create(), it is removed.
+    /// \return whether all of it stands on the disk as far as the system says
+    bool finish();
+    /// Closes the file and removes it.
+    void discard();
+
+    /// The first failure in words; empty while there is none.
+    const std::string& failure() const { return failure_; }
+    /// Size in bytes of the finished file.
+    int64_t size() const { return size_; }
+
+  private:
+    void fail(const std::string& what);
+
+    std::string path_;
+    std::FILE* file_ = nullptr;
+    std::string failure_;
+    int64_t size_ = 0;
+};
+
+}  // namespace tessarine
