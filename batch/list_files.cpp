@@ -71,14 +71,17 @@ FunctionRecord FunctionRecord::fromBytes(std::string_view bytes) {
     return record;
 }
 
-std::vector<FunctionRecord> readFunctionList(const std::string& path) {
-    const std::string bytes = readBytes(path, mostBytes);
+std::vector<FunctionRecord> parseFunctionList(std::string_view bytes) {
     constexpr size_t length = FunctionRecord::bytesOnDisk;
     std::vector<FunctionRecord> records(recordCount(bytes.size(), length));
     for (size_t i = 0; i < records.size(); ++i) {
         records[i] = FunctionRecord::fromBytes(record(bytes, i, length));
     }
     return records;
+}
+
+std::vector<FunctionRecord> readFunctionList(const std::string& path) {
+    return parseFunctionList(readBytes(path, mostBytes));
 }
 
 void writeFunctionList(const std::string& path, std::span<const FunctionRecord> records) {
@@ -88,13 +91,16 @@ void writeFunctionList(const std::string& path, std::span<const FunctionRecord> 
     writeBytes(path, bytes);
 }
 
-std::vector<std::string> readPictureList(const std::string& path) {
-    const std::string bytes = readBytes(path, mostBytes);
+std::vector<std::string> parsePictureList(std::string_view bytes) {
     std::vector<std::string> pictures(recordCount(bytes.size(), pictureRecordBytes));
     for (size_t i = 0; i < pictures.size(); ++i) {
         pictures[i] = textOf(record(bytes, i, pictureRecordBytes));
     }
     return pictures;
+}
+
+std::vector<std::string> readPictureList(const std::string& path) {
+    return parsePictureList(readBytes(path, mostBytes));
 }
 
 void writePictureList(const std::string& path, std::span<const std::string> pictures) {

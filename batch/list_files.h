@@ -38,6 +38,10 @@ struct FunctionRecord {
 /// Bytes of one record of a picture list (qpkl): a path, padded with blanks or cut.
 inline constexpr size_t pictureRecordBytes = 150;
 
+/// The records of a list's bytes.
+std::vector<FunctionRecord> parseFunctionList(std::string_view bytes);
+std::vector<std::string> parsePictureList(std::string_view bytes);
+
 /// \throws std::system_error where the file cannot be opened or read
 std::vector<FunctionRecord> readFunctionList(const std::string& path);
 /// \throws std::system_error where the file cannot be opened or written

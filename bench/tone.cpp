@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -11,7 +12,8 @@
 #include "pixels/bit_filter.h"
 
 // The tone members on a picture of 12 megapixels, measured against copying its buffer: memory is
-// the bound that a filter of this kind can reach.
+// the bound that a filter of this kind can reach. The copy goes to memory in use; a filter's result
+// is fresh memory, which the system hands out page by page.
 
 namespace {
 
@@ -66,6 +68,7 @@ std::vector<Member> members() {
 /// The usual lines, and at the end each time as a multiple of the copy's.
 class RatioTable : public benchmark::ConsoleReporter {
   public:
+    RatioTable() : ConsoleReporter(isatty(STDOUT_FILENO) != 0 ? OO_ColorTabular : OO_Tabular) {}
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {

@@ -27,15 +27,19 @@ class File {
         struct stat status {};
         if (fstat(handle_, &status) != 0) fail(errno);
         if (status.st_size < 0 || static_cast<size_t>(status.st_size) > most) fail(EFBIG);
+        return readFirst(static_cast<size_t>(status.st_size));
+    }
+
+    std::string readFirst(size_t count) const {
         std::string bytes;
         try {
-            bytes.resize(static_cast<size_t>(status.st_size));
+            bytes.resize(count);
         } catch (const std::bad_alloc&) {
             fail(ENOMEM);
         }
         size_t done = 0;
-        while (done < bytes.size()) {
-            const ssize_t got = read(handle_, bytes.data() + done, bytes.size() - done);
+        while (done < count) {
+            const ssize_t got = read(handle_, bytes.data() + done, count - done);
             if (got < 0 && errno == EINTR) continue;
             if (got < 0) fail(errno);
             if (got == 0) break;
@@ -82,8 +86,8 @@ void writeBytes(const std::string& path, std::string_view bytes) {
     file.closeWritten();
 }
 
-std::string readOrMake(const std::string& path, size_t most) {
-    return File(path, O_RDWR | O_CREAT).readAll(most);
+std::string readFirstOrMake(const std::string& path, size_t count) {
+    return File(path, O_RDWR | O_CREAT).readFirst(count);
 }
 
 }  // namespace tessarine

@@ -20,9 +20,10 @@ std::string readBytes(const std::string& path, size_t most);
 /// \throws std::system_error where the file cannot be opened or written
 void writeBytes(const std::string& path, std::string_view bytes);
 
-/// Opens a file for reading and writing and reads all it holds; a missing file is made, empty.
-/// \throws std::system_error as readBytes
-std::string readOrMake(const std::string& path, size_t most);
+/// Opens a file for reading and writing and reads its first bytes, at most `count`; a missing
+/// file is made, empty.
+/// \throws std::system_error where the file cannot be opened or read
+std::string readFirstOrMake(const std::string& path, size_t count);
 
 /// Runs one statement on a file: as `attempt`, and a file that cannot be opened, read or written
 /// is a failing statement too.

@@ -43,7 +43,7 @@ Scene dunes(double aspect) {
             },
         .sky =
             [](Vec3 d) {
-                const Vec3 high = mix(srgb(0xF6D7B0), srgb(0x3F7FC0), smoothstep(0.0, 0.42, d.y));
+                const Vec3 high = mix(srgb(0xF6D7B0), srgb(0x4A88C4), smoothstep(0.01, 0.26, d.y));
                 const double cloud = fractal(d.x / (d.y + 0.12) * 0.9, 2.2 / (d.y + 0.12), 6, 930);
                 return mix(high, srgb(0xFFF0DC),
                            0.55 * smoothstep(0.52, 0.80, cloud) * smoothstep(0.02, 0.12, d.y));

@@ -55,7 +55,7 @@ bool peaks(double x, double y, double aspect, Vec3& colour) {
     };
     const double slope = (relief(0.004) - relief(-0.004)) / 0.008;
     const double light = saturate(0.50 + 0.10 * slope);
-    const double snow = smoothstep(0.33, 0.50, relief(0) + 0.34 - depth * 1.6);
+    const double snow = smoothstep(0.33, 0.50, relief(0) + 0.40 - depth * 1.6);
     const Vec3 rock = mix(srgb(0x38455E), srgb(0xA08F88), light);
     const Vec3 white = mix(srgb(0x6F8CBE), srgb(0xFFF3E4), light);
     colour = mix(rock, white, snow);
@@ -91,13 +91,14 @@ Vec3 land(double x, double y, double aspect) {
         if (r.trees > 0) top -= spruces(x, r.trees * 0.30, r.trees, number);
         if (y < top) continue;
         const double depth = std::max(0.0, y - top);
+        const double below = std::max(0.0, y - ground + 0.5 * r.trees);
         Vec3 side = srgb(r.near);
-        const double wood = fractal(x * 90, y * 60 + static_cast<double>(number), 3, 80 + number);
+        const double wood = fractal(x * 70, y * 70 + static_cast<double>(number), 3, 80 + number);
         side = side * (0.78 + 0.44 * wood);
         const double warm = std::exp(-3.0 * std::fabs(x / aspect - 0.66));
         side += srgb(0xC98E55) * (0.10 * warm * std::exp(-depth * 30));
         const double drift = fractal(x * 2.2 + static_cast<double>(number), y * 9, 5, 100 + number);
-        const double haze = smoothstep(0.02, 0.17, depth) * (0.55 + 0.75 * drift);
+        const double haze = smoothstep(0.02, 0.17, below) * (0.55 + 0.75 * drift);
         colour = mix(side, srgb(r.haze), saturate(haze) * (number < 6 ? 0.92 : 0.35));
     }
     return colour;
@@ -116,8 +117,6 @@ Scene mountains(double aspect) {
         const double up = shore - (y - shore) * 2.1 - bend * 2;
         Vec3 water = land(x + bend * 0.5, std::max(up, 0.0), aspect);
         water = mix(water * Vec3{0.80, 0.86, 0.90}, srgb(0x16323F), 0.20 + 0.30 * depth);
-        const double mist = smoothstep(0.16, 0.02, depth) * (0.3 + 0.5 * fractal(x * 3, 4, 4, 77));
-        water = mix(water, srgb(0xAEBFC4), 0.22 * mist);
         // Reeds in the corner stand before everything.
         const double reeds = smoothstep(0.36, 0.0, x);
         if (reeds > 0) {

@@ -70,7 +70,7 @@ Vec3 northernLight(double x, double y) {
         const Vec3 low = srgb(0x3DFFA2);
         const Vec3 high = srgb(0x8A4DFF);
         Vec3 tint = mix(low, high, smoothstep(0.05, 0.36, above));
-        tint = mix(tint, srgb(0xFF5FA8), 0.45 * smoothstep(0.014, -0.018, above));
+        tint = mix(tint, srgb(0xFF5FA8), 0.22 * smoothstep(0.014, -0.018, above));
         light += tint * (0.68 * c.strength * glow * rays * rays * folds);
     }
     return light;

@@ -169,6 +169,34 @@ TEST_F(Sheet, BuildingASheetPreviewsNothing) {
     EXPECT_EQ(previews(), 0);
 }
 
+/// A screen whose slider reports back that it was set up.
+class EchoingSlider : public Recorder {
+  public:
+    cBatch* batch = nullptr;
+    int echoes = 0;
+
+    void changed(std::string_view control) override {
+        Recorder::changed(control);
+        if (batch == nullptr || control != "sbFilter(0)") return;
+        ++echoes;
+        batch->ChangeSwatch(1, 0x112233);
+    }
+};
+
+TEST(SheetBuilding, WhatTheScreenReportsMeanwhilePreviewsNothing) {
+    EchoingSlider screen;
+    cBatch batch(screen);
+    batch.SelectNode(3);
+    screen.batch = &batch;
+    screen.giveWays = 0;
+    batch.ShowSheet(1);
+    EXPECT_EQ(screen.echoes, 1);
+    EXPECT_EQ(batch.Col[1], 0x112233U);
+    EXPECT_EQ(screen.giveWays, 0);
+    batch.ChangeSwatch(1, 0);
+    EXPECT_EQ(screen.giveWays, 1) << "with the sheet built, changes preview again";
+}
+
 TEST_F(Sheet, BuildingASheetTellsTheScreenWhatItChanged) {
     batch.ShowSheet(34);
     for (const char* control :
