@@ -38,9 +38,9 @@ std::vector<uint8_t> readBlocks(ByteReader& in) {
 /// pixels.
 class CodeReader {
   public:
+    /// \param firstBits  of a pixel, 1 to 11
     CodeReader(Bytes data, uint32_t firstBits)
         : data_(data), firstBits_(firstBits), clear_(1u << firstBits) {
-        if (firstBits < 1 || firstBits > 11) refuse("the coding of the frame makes no sense");
         restart();
     }
 
@@ -169,6 +169,7 @@ Decoded readFrame(ByteReader& in, const Screen& screen) {
     palette.resize(256);
 
     const uint32_t firstBits = in.u8();
+    if (firstBits < 1 || firstBits > 11) refuse("the coding of the frame makes no sense");
     const std::vector<uint8_t> data = readBlocks(in);
     // One code of at least 3 bits stands for at most 4096 pixels.
     if (uint64_t{width} * height / (4096 * 3) > data.size())
