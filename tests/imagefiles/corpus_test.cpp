@@ -194,7 +194,8 @@ constexpr Unread unread[] = {
 #include "corpus_unread.inc"
 };
 
-/// Files that no program here can judge: they open, and what they show was looked at.
+/// Files that no program here can judge, or that all of them misread: they open at this size, and
+/// what they show was looked at.
 struct Unjudged {
     const char* name;
     int32_t width;
