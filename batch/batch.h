@@ -17,6 +17,8 @@
 
 namespace tessarine {
 
+struct FunctionRecord;
+
 /// One function row of Ltray. All columns are texts; column(1) to column(9) are three numbers,
 /// two colours, the option, the style word and the picked point's x and y.
 struct TrayRow {
@@ -253,6 +255,8 @@ class cBatch {
 
     void SaveFunctionList();
     void LoadFunctionList();
+    /// Takes a record of a function list into the working state and appends it to chain and pool.
+    void AppendRecord(const FunctionRecord& record);
     void SaveList();
 
     // ---- Settings and start-up ----
@@ -288,6 +292,8 @@ class cBatch {
     /// Works out the picked point from columns 8 and 9.
     void loadPoint(const TrayRow& row, bool forRun);
     void applyFunction(int32_t id, CallSite site);
+    /// Appends a row with the whole working state, and the chain entry that refers to it.
+    void appendRow(const std::string& name);
     /// originalBits, then every chain entry.
     void applyChain();
     /// The sample without any function.

@@ -152,6 +152,10 @@ void cBatch::RebuildChainAndDraw() {
 
 void cBatch::AddFunction(const std::string& name) {
     attempt([&] { cFilter.Bits(workBits); });
+    appendRow(name);
+}
+
+void cBatch::appendRow(const std::string& name) {
     TrayRow row;
     row.text = name;
     row.Tag = functionId;

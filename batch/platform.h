@@ -87,4 +87,8 @@ class SilentPlatform : public Platform {
 /// The folder of the running program's file, without a separator at its end.
 std::string executableFolder();
 
+/// The user's own folder for settings, made if it is missing: $XDG_CONFIG_HOME/tessarine, by
+/// default ~/.config/tessarine.
+std::string userConfigurationFolder();
+
 }  // namespace tessarine

@@ -1,13 +1,9 @@
 #include "pixels/bit_region.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <fcntl.h>
-#include <new>
-#include <sys/stat.h>
-#include <system_error>
-#include <unistd.h>
 
+#include "pixels/byte_files.h"
+#include "pixels/byte_order.h"
 #include "pixels/failures.h"
 #include "pixels/numbers.h"
 
@@ -26,67 +22,6 @@ constexpr size_t unscaledWords = 4;
 constexpr size_t headerWords = 8;
 constexpr size_t bytesPerWord = 4;
 constexpr size_t mostBytes = headerWords * bytesPerWord + Region::maxRects * sizeof(Rect);
-
-[[noreturn]] void fail(int error, const std::string& path) {
-    throw std::system_error(error, std::generic_category(), path);
-}
-
-class File {
-  public:
-    File(const std::string& path, int flags)
-        : path_(path), handle_(open(path.c_str(), flags | O_CLOEXEC, 0666)) {
-        if (handle_ < 0) fail(errno, path);
-    }
-    ~File() {
-        if (handle_ >= 0) close(handle_);
-    }
-    File(const File&) = delete;
-    File& operator=(const File&) = delete;
-
-    size_t length() const {
-        struct stat status {};
-        if (fstat(handle_, &status) != 0) fail(errno, path_);
-        return static_cast<size_t>(status.st_size);
-    }
-
-    /// Reads as many of the bytes as the file has.
-    void readInto(std::vector<uint8_t>& bytes) const {
-        size_t done = 0;
-        while (done < bytes.size()) {
-            const ssize_t got = read(handle_, bytes.data() + done, bytes.size() - done);
-            if (got < 0 && errno == EINTR) continue;
-            if (got < 0) fail(errno, path_);
-            if (got == 0) return;
-            done += static_cast<size_t>(got);
-        }
-    }
-
-    void writeAll(const std::vector<uint8_t>& bytes) const {
-        size_t done = 0;
-        while (done < bytes.size()) {
-            const ssize_t put = write(handle_, bytes.data() + done, bytes.size() - done);
-            if (put < 0 && errno == EINTR) continue;
-            if (put < 0) fail(errno, path_);
-            done += static_cast<size_t>(put);
-        }
-    }
-
-    /// Closing tells of writes that were put off, on network file systems for one.
-    void closeWritten() {
-        const int handle = handle_;
-        handle_ = -1;
-        if (close(handle) != 0 && errno != EINTR) fail(errno, path_);
-    }
-
-  private:
-    std::string path_;
-    int handle_;
-};
-
-int32_t littleEndianWord(const uint8_t* bytes) {
-    return static_cast<int32_t>(uint32_t{bytes[0]} | uint32_t{bytes[1]} << 8 |
-                                uint32_t{bytes[2]} << 16 | uint32_t{bytes[3]} << 24);
-}
 
 Rect boxOf(const RegionHandle& region) { return region == nullptr ? Rect() : region->box(); }
 
@@ -193,35 +128,21 @@ bool cBitRegion::BoundRect(int32_t& LeftX, int32_t& TopY, int32_t& RightX, int32
 bool cBitRegion::IsEmptyRegion() const { return boxOf(region_).isEmpty(); }
 
 void cBitRegion::LoadFromFile(const std::string& FileName) {
-    const File file(FileName, O_RDONLY);
-    const size_t words = file.length() / bytesPerWord;
-    if (words * bytesPerWord > mostBytes) fail(EFBIG, FileName);
-    try {
-        std::vector<uint8_t> bytes(words * bytesPerWord);
-        file.readInto(bytes);
-        std::vector<int32_t> data(words);
-        for (size_t i = 0; i < words; ++i) {
-            data[i] = littleEndianWord(bytes.data() + i * bytesPerWord);
-        }
-        selectionData_ = std::move(data);
-    } catch (const std::bad_alloc&) {
-        fail(ENOMEM, FileName);
+    const std::string bytes = readBytes(FileName, mostBytes);
+    selectionData_.resize(bytes.size() / bytesPerWord);
+    for (size_t i = 0; i < selectionData_.size(); ++i) {
+        selectionData_[i] = littleEndianAt<int32_t>(bytes, i * bytesPerWord);
     }
     region_ = tessarine::Region::fromBlock(selectionData_);
     rescale();
 }
 
 void cBitRegion::SaveToFile(const std::string& FileName) const {
-    std::vector<uint8_t> bytes;
+    std::string bytes;
     bytes.reserve(selectionData_.size() * bytesPerWord);
-    for (const int32_t word : selectionData_) {
-        for (unsigned shift = 0; shift < 32; shift += 8) {
-            bytes.push_back(static_cast<uint8_t>(static_cast<uint32_t>(word) >> shift));
-        }
-    }
-    File file(FileName, O_WRONLY | O_CREAT);
-    file.writeAll(bytes);
-    file.closeWritten();
+    for (const int32_t word : selectionData_)
+        appendLittleEndian(bytes, word);
+    writeBytes(FileName, bytes);
 }
 
 void cBitRegion::ZoomFactor(float value) {

@@ -1,7 +1,9 @@
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "scenes.h"
 
@@ -18,26 +20,40 @@ struct Sample {
 };
 
 constexpr Sample samples[] = {
-    {"sample", {200, 174}, 8, 0, draw::toys},
+    {"sample", {200, 174}, 8, 0, draw::toys},  // assets/sample.ppm
+    {"mountains", {3600, 2400}, 2, 1.0, draw::mountains},
+    {"fruit", {1080, 810}, 3, 0, draw::fruit},
+    {"sea", {1440, 960}, 3, 1.0, draw::seaAtDusk},
+    {"aurora", {960, 640}, 3, 0.5, draw::aurora},
+    {"milky-way", {960, 720}, 3, 1.0, draw::milkyWay},
+    {"drops", {720, 540}, 4, 0, draw::drops},
+    {"rose-window", {560, 560}, 4, 0, draw::stainedGlass},
+    {"tartan", {600, 450}, 4, 0, draw::tartan},
+    {"dunes", {640, 400}, 4, 0, draw::dunes},
+    {"toys", {800, 696}, 3, 0, draw::toys},
 };
 
 }  // namespace
 
 int main(int argc, char** argv) try {
-    if (argc < 2 || argv[1][0] == '-') {
-        std::puts("usage: draw_samples FOLDER [NAME...]\nWrites FOLDER/NAME.ppm. Names:");
+    std::vector<std::string_view> words(argv + 1, argv + argc);
+    const bool quick = std::erase(words, "--quick") > 0;
+    if (words.empty() || words[0].starts_with('-')) {
+        std::puts(
+            "usage: draw_samples [--quick] FOLDER [NAME...]\n"
+            "Writes FOLDER/NAME.ppm for each NAME, or for all; with --quick, small and coarse.");
         for (const Sample& s : samples)
             std::printf("  %s\n", std::string(s.name).c_str());
-        return argc < 2 ? 2 : 0;
+        return words.empty() ? 2 : 0;
     }
     for (const Sample& s : samples) {
-        bool wanted = argc == 2;
-        for (int i = 2; i < argc; ++i)
-            wanted = wanted || s.name == argv[i];
-        if (!wanted) continue;
+        if (words.size() > 1 && std::find(words.begin() + 1, words.end(), s.name) == words.end()) {
+            continue;
+        }
         const double aspect = static_cast<double>(s.size.width) / s.size.height;
-        draw::paint(std::string(argv[1]) + "/" + std::string(s.name) + ".ppm", s.size, s.grid,
-                    s.scene(aspect), s.grain);
+        const draw::Size size = quick ? draw::Size{600, static_cast<int>(600 / aspect)} : s.size;
+        draw::paint(std::string(words[0]) + "/" + std::string(s.name) + ".ppm", size,
+                    quick ? 1 : s.grid, s.scene(aspect), s.grain);
         std::printf("%s\n", std::string(s.name).c_str());
         std::fflush(stdout);
     }

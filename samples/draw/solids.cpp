@@ -11,9 +11,10 @@ Vec3 eyeRay(Vec3 from, Vec3 at, double lens, double aspect, double x, double y) 
 
 double Solids::walk(Vec3 from, Vec3 direction, int& solid) const {
     double t = 0.001;
-    for (int i = 0; i < 200 && t < reach; ++i) {
+    for (int i = 1; t < reach; ++i) {
         const Nearest n = nearest(from + direction * t);
-        if (n.distance < 0.0004 * t + 0.0002) {
+        // A ray that creeps along a surface has as good as met it.
+        if (n.distance < 0.0004 * t + 0.0002 || (i > 300 && n.distance < 0.05)) {
             solid = n.solid;
             return t;
         }

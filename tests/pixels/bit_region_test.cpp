@@ -1,34 +1,26 @@
 #include "pixels/bit_region.h"
 
 #include <cmath>
-#include <fstream>
-#include <iterator>
 #include <limits>
 #include <set>
 #include <system_error>
 
 #include <gtest/gtest.h>
 
+#include "support/files.h"
 #include "support/paths.h"
 
 namespace tessarine {
 namespace {
 
+using tests::readAll;
 using tests::ScratchFolder;
+using tests::writeAll;
 
 RegionHandle handle(const std::vector<int32_t>& words) { return Region::fromBlock(words); }
 
 RegionHandle rectangle(int32_t left, int32_t top, int32_t right, int32_t bottom) {
     return std::make_shared<const Region>(Rect{left, top, right, bottom});
-}
-
-std::string readAll(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void writeAll(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
 }
 
 Rect boundsOf(const cBitRegion& region) {

@@ -52,6 +52,18 @@ inline PixelBuffer readPixmap(const std::string& path) {
     });
 }
 
+/// Writes the image area as a binary pixmap.
+inline void writePixmap(const std::string& path, const PixelBuffer& picture) {
+    std::ofstream file(path, std::ios::binary);
+    file << "P6\n" << picture.width() << " " << picture.height() << "\n255\n";
+    for (int32_t y = 0; y < picture.height(); ++y)
+        for (int32_t x = 0; x < picture.width(); ++x) {
+            const Pixel& p = picture.at(x, y);
+            file << static_cast<char>(p.red) << static_cast<char>(p.green)
+                 << static_cast<char>(p.blue);
+        }
+}
+
 /// The CRC-32 of the whole block, margin and fourth bytes included.
 inline uint32_t crcOf(const PixelBuffer& buffer) {
     uint32_t crc = 0xFFFFFFFFU;

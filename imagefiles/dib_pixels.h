@@ -1,0 +1,15 @@
+#pragma once
+
+#include "imagefiles/picture.h"
+
+struct FIBITMAP;
+
+namespace tessarine {
+
+/// The colours of a dib of any type that the file library makes, as people know the picture:
+/// 16 bits a channel to the nearest 8, floating-point channels from 0 to 1, palettes looked up,
+/// alpha dropped.
+/// \throws StatementFailed where memory does not suffice, or the type holds no picture
+Bitmap bitmapOfDib(FIBITMAP* dib);
+
+}  // namespace tessarine

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <FreeImage.h>
+
+#include "imagefiles/decoding.h"
+
+namespace tessarine {
+
+/// Reads what the row's library cannot read, or reads wrongly.
+/// \return nothing where the file is the library's to read or to refuse
+/// \throws StatementFailed where the file is of the row's format and cannot be read
+using TakeOver = std::optional<Decoded> (*)(Bytes file, const std::string& path);
+
+/// Which library reads an extension.
+enum class LoadRoute {
+    freeImage,  ///< by the loader of `format`
+    detected,   ///< by the loader that FreeImage finds for the content
+    devil,
+    none,  ///< by the row's take-over alone
+};
+
+/// One row of the extension table.
+struct ExtensionRow {
+    std::string_view extension;
+    LoadRoute route;
+    FREE_IMAGE_FORMAT format = FIF_UNKNOWN;
+    int flags = 0;
+    TakeOver takeOver = nullptr;
+};
+
+/// The row of an extension in lower case; nullptr where there is none.
+const ExtensionRow* findExtension(std::string_view extension);
+
+}  // namespace tessarine

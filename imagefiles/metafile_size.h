@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+
+namespace tessarine {
+
+constexpr double pixelsPerInch = 96;
+
+struct MetafileSize {
+    int32_t width = 0;
+    int32_t height = 0;
+};
+
+/// \throws StatementFailed where a side is below half a pixel, or the picture is too large
+MetafileSize checkedSize(double width, double height);
+
+/// The same at 96 pixels an inch.
+inline MetafileSize sizeOfInches(double width, double height) {
+    return checkedSize(width * pixelsPerInch, height * pixelsPerInch);
+}
+
+}  // namespace tessarine

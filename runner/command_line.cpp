@@ -1,0 +1,143 @@
+#include "runner/command_line.h"
+
+#include <iostream>
+#include <map>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "batch/texts.h"
+#include "imagefiles/format_table.h"
+#include "runner/refusal.h"
+
+namespace tessarine {
+
+namespace {
+
+/// Accepts only the letters r, g and b.
+std::string onlyChannels(const std::string& text) {
+    if (text.find_first_not_of("rgb") == std::string::npos && !text.empty()) return {};
+    return fmt::format("'{}' is no set of channels; expected letters of rgb", text);
+}
+
+}  // namespace
+
+std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
+    CommandLine line;
+    CLI::App app{
+        "Runs a chain of image functions over many pictures, without a window.\n"
+        "Every picture is saved as FOLDER/NAME<number>.<extension>.",
+        "tessarine-batch"};
+    app.set_version_flag("--version", std::string("tessarine-batch ") + TESSARINE_VERSION);
+
+    std::vector<std::string> paths, lists, froms, functionLists, applied;
+    std::string mode = "independent";
+    auto* const path =
+        app.add_option("PATH", paths, "Files, or folders (their accepted files, by name)")
+            ->group("Pictures");
+    app.add_flag("--recursive", line.recursive, "Folders with all below them")->group("Pictures");
+    auto* const list =
+        app.add_option("--pictures", lists, "A picture list (qpkl)")->type_name("FILE");
+    auto* const from =
+        app.add_option("--from", froms, "One path a line; - for standard input")->type_name("FILE");
+    app.add_flag("-0", line.nulBetweenPaths, "With --from: NUL between paths");
+    for (const char* name : {"--pictures", "--from", "-0"})
+        app.get_option(name)->group("Pictures");
+
+    auto* const functions =
+        app.add_option("--functions", functionLists, "A function list (qfk), its rows in order")
+            ->type_name("FILE");
+    auto* const apply =
+        app.add_option("--apply", applied, "One catalogue function, e.g. \"Contrast:Level=40\"")
+            ->type_name("\"NAME[:KEY=VALUE,...]\"");
+    app.add_option("--degrees", line.degrees, "The angle of Rotate Intelligently")
+        ->type_name("N")
+        ->check(CLI::Range(-180, 180));
+    app.add_option("--invert", line.invert, "Channels that Swap RGB inverts")
+        ->type_name("rgb")
+        ->check(onlyChannels);
+    app.add_option("--kill", line.kill, "Channels that Swap RGB sets to 0")
+        ->type_name("rgb")
+        ->check(onlyChannels);
+    for (const char* name : {"--functions", "--apply", "--degrees", "--invert", "--kill"})
+        app.get_option(name)->group("Functions");
+    // A value belongs to the option before it, and what follows is a path.
+    for (CLI::Option* option : {list, from, functions, apply})
+        option->expected(1)->take_all()->allow_extra_args(false);
+
+    app.add_option("--to", line.to, "Destination folder")->type_name("FOLDER");
+    app.add_option("--name", line.name, "Generic name, default Sample")->type_name("TEXT");
+    app.add_option("--format", line.format,
+                   "A row of --list-formats, by number, text or short name; default jpg-good")
+        ->type_name("ROW");
+    app.add_flag("--overwrite", line.overwrite, "Replace outputs that exist");
+    for (const char* name : {"--to", "--name", "--format", "--overwrite"})
+        app.get_option(name)->group("Saving");
+
+    app.add_option("--mode", mode, "Each picture by itself (default), or the window's run")
+        ->type_name("independent|window")
+        ->check(CLI::IsMember({"independent", "window"}));
+    app.add_option("--jobs", line.jobs, "Pictures in flight")
+        ->type_name("N")
+        ->check(CLI::PositiveNumber);
+    app.add_option("--threads", line.threads, "Threads a filter")
+        ->type_name("N")
+        ->check(CLI::PositiveNumber);
+    app.add_flag("--dry-run", line.dryRun, "Print what would be written, and write nothing");
+    app.add_flag("--quiet", line.quiet, "Say nothing but failures");
+    app.add_flag("--progress", line.progress, "A progress line even where none is usual");
+    app.add_option("--report", line.report, "JSON lines, one a picture; - for standard output")
+        ->type_name("FILE");
+    for (const char* name :
+         {"--mode", "--jobs", "--threads", "--dry-run", "--quiet", "--progress", "--report"})
+        app.get_option(name)->group("Running");
+    app.add_flag("--list-functions", line.listFunctions, "All functions with their inputs");
+    app.add_flag("--list-formats", line.listFormats, "All output formats");
+    for (const char* name : {"--list-functions", "--list-formats", "--help", "--version"})
+        app.get_option(name)->group("Asking");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& asked) {
+        app.exit(asked);
+        return std::nullopt;
+    } catch (const CLI::ParseError& wrong) {
+        throw Refusal(ExitStatus::commandLine, wrong.what());
+    }
+
+    // The library keeps the values of each option apart; their common order is in parse_order().
+    std::map<const CLI::Option*, size_t> taken;
+    for (const CLI::Option* option : app.parse_order()) {
+        const auto next = [&](const std::vector<std::string>& values) {
+            return values.at(taken[option]++);
+        };
+        if (option == path)
+            line.pictures.push_back({PictureSource::Kind::path, next(paths)});
+        else if (option == list)
+            line.pictures.push_back({PictureSource::Kind::list, next(lists)});
+        else if (option == from)
+            line.pictures.push_back({PictureSource::Kind::from, next(froms)});
+        else if (option == functions)
+            line.functions.push_back({FunctionSource::Kind::list, next(functionLists)});
+        else if (option == apply)
+            line.functions.push_back({FunctionSource::Kind::apply, next(applied)});
+    }
+    line.windowMode = mode == "window";
+    return line;
+}
+
+int16_t formatRowOf(const std::string& text) {
+    const std::string wanted = lowerCase(trimmed(text));
+    for (int16_t row = 0; row < formatRowCount; ++row) {
+        const FormatRow& format = formatTable()[static_cast<size_t>(row)];
+        if (wanted == std::to_string(row) || wanted == format.shortName ||
+            wanted == lowerCase(trimmed(format.text)))
+            return row;
+    }
+    throw Refusal(ExitStatus::commandLine,
+                  fmt::format("--format: '{}' is no output format; expected a row of "
+                              "--list-formats, such as 6 or jpg-good",
+                              text));
+}
+
+}  // namespace tessarine

@@ -1,0 +1,309 @@
+#include "runner/function_arguments.h"
+
+#include <charconv>
+#include <optional>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "batch/list_files.h"
+#include "batch/texts.h"
+#include "runner/refusal.h"
+
+// A function of the command line goes the way of the window: its sheet is shown, its inputs are
+// changed, and the function is added.
+
+namespace tessarine {
+
+namespace {
+
+constexpr std::array<std::string_view, 3> bankLetters{"B", "G", "R"};
+constexpr std::array<std::string_view, 3> bankColumns{"Red", "Green", "Blue"};
+constexpr std::array<std::string_view, 4> glassStyles{"Slanting", "Vertical", "Horizontal",
+                                                      "Squary"};
+constexpr std::array<std::string_view, 4> curtainStyles{"Horizontal", "Vertical", "Classy",
+                                                        "Whity"};
+constexpr int32_t largestSide = 32767;
+
+bool isKey(std::string_view label, const std::string& key) {
+    return lowerCase(label) == lowerCase(key);
+}
+
+[[noreturn]] void refuse(const std::string& message) {
+    throw Refusal(ExitStatus::commandLine, "--apply: " + message);
+}
+
+/// One KEY=VALUE of an argument, with the function that it belongs to for messages.
+struct Assignment {
+    const FunctionDef* function;
+    std::string key;
+    std::string value;
+
+    [[noreturn]] void wrongValue(const std::string& expected) const {
+        refuse(fmt::format("{}: '{}' is no value of {}; expected {}", function->name, value, key,
+                           expected));
+    }
+    int32_t number(int32_t lowest, int32_t highest) const {
+        int32_t result = 0;
+        const auto [end, failure] =
+            std::from_chars(value.data(), value.data() + value.size(), result);
+        if (failure != std::errc() || end != value.data() + value.size() || result < lowest ||
+            result > highest)
+            wrongValue(fmt::format("{} to {}", lowest, highest));
+        return result;
+    }
+    int16_t ticked() const {
+        for (const char* yes : {"on", "yes", "true", "1"})
+            if (isKey(yes, value)) return 1;
+        for (const char* no : {"off", "no", "false", "0"})
+            if (isKey(no, value)) return 0;
+        wrongValue("on or off");
+    }
+    /// RRGGBB, as a colour value with red in the low byte.
+    uint32_t colour() const {
+        uint32_t rgb = 0;
+        const auto [end, failure] =
+            std::from_chars(value.data(), value.data() + value.size(), rgb, 16);
+        if (failure != std::errc() || value.size() != 6 || end != value.data() + 6)
+            wrongValue("a colour as RRGGBB");
+        return (rgb & 0xFF) << 16 | (rgb & 0xFF00) | rgb >> 16;
+    }
+    template <size_t Count>
+    int16_t choice(const std::array<std::string_view, Count>& labels) const {
+        for (size_t i = 0; i < Count; ++i)
+            if (isKey(labels[i], value)) return static_cast<int16_t>(i);
+        wrongValue(fmt::format("{}", fmt::join(labels, ", ")));
+    }
+    bool hasChannel(char letter) const {
+        if (value.find_first_not_of("rgb") != std::string::npos) wrongValue("letters of rgb");
+        return value.find(letter) != std::string::npos;
+    }
+};
+
+bool hasSwatch(const FunctionDef& function, int k) {
+    if (function.swatches == Swatches::none) return false;
+    return function.swatches == Swatches::both ||
+           function.swatches == (k == 0 ? Swatches::onlyFirst : Swatches::onlySecond);
+}
+
+/// The inputs of the special panels. \return false for a key that the panel does not have
+bool assignToPanel(cBatch& batch, const Assignment& given) {
+    const std::string& key = given.key;
+    switch (given.function->panel) {
+        case Panel::frBanks:
+            for (size_t column = 0; column < bankColumns.size(); ++column)
+                if (isKey(bankColumns[column], key)) {
+                    batch.ChooseBank(static_cast<int16_t>(column), given.choice(bankLetters));
+                    return true;
+                }
+            for (int16_t i = 0; i < 3; ++i) {
+                const int16_t ticked = isKey("Invert", key) || isKey("Kill", key)
+                                           ? given.hasChannel("rgb"[i])
+                                           : int16_t{0};
+                if (isKey("Invert", key)) batch.ChangeInvert(i, ticked);
+                if (isKey("Kill", key)) batch.ChangeKill(i, ticked);
+            }
+            return isKey("Invert", key) || isKey("Kill", key);
+        case Panel::FrmGlass:
+            for (size_t style = 0; style < glassStyles.size(); ++style)
+                if (isKey(glassStyles[style], key)) {
+                    batch.ChooseGlass(static_cast<int16_t>(style));
+                    const std::vector<std::string>& strengths = batch.cbo.items;
+                    for (size_t i = 0; i < strengths.size(); ++i)
+                        if (isKey(strengths[i], given.value)) {
+                            batch.ChooseGlassStrength(static_cast<int32_t>(i));
+                            return true;
+                        }
+                    given.wrongValue(fmt::format("{}", fmt::join(strengths, ", ")));
+                }
+            return false;
+        case Panel::FrmCurtain:
+            for (size_t style = 0; style < curtainStyles.size(); ++style)
+                if (isKey(curtainStyles[style], key)) {
+                    if (given.ticked() == 0) given.wrongValue("on");
+                    batch.ChooseCurtain(static_cast<int16_t>(style));
+                    return true;
+                }
+            return false;
+        case Panel::FrResize:
+            if (isKey("Width", key))
+                batch.ChangeWidth(std::to_string(given.number(1, largestSide)));
+            else if (isKey("Height", key))
+                batch.ChangeHeight(std::to_string(given.number(1, largestSide)));
+            else if (isKey("Keep proportions", key))
+                batch.ChangeKeepProportions(given.ticked());
+            else if (isKey("Anti-Alias", key))
+                batch.ChangeInterpolate(given.ticked());
+            else
+                return false;
+            return true;
+        case Panel::FrRotate:
+            if (isKey("Degrees", key))
+                batch.ChangeDegrees(given.number(-180, 180));
+            else if (isKey("Antialiasing", key))
+                batch.ChangeAntialiasing(given.ticked());
+            else
+                return false;
+            return true;
+        case Panel::none:
+            break;
+    }
+    return false;
+}
+
+void assign(cBatch& batch, const Assignment& given) {
+    const FunctionDef& function = *given.function;
+    for (size_t i = 0; i < function.sliders.size(); ++i) {
+        const SliderDef& slider = function.sliders[i];
+        if (isKey(slider.label, given.key))
+            return batch.MoveSlider(static_cast<int16_t>(i), given.number(slider.min, slider.max));
+    }
+    if (function.option && isKey(function.option->label, given.key))
+        return batch.ChangeOption(given.ticked());
+    for (int16_t k = 0; k < 2; ++k)
+        if (hasSwatch(function, k) && isKey(fmt::format("Color{}", k), given.key))
+            return batch.ChangeSwatch(k, given.colour());
+    if (assignToPanel(batch, given)) return;
+
+    std::vector<std::string> keys;
+    for (const FunctionInput& input : inputsOf(function))
+        keys.push_back(input.key);
+    refuse(fmt::format("{} has no input '{}'; {}", function.name, given.key,
+                       keys.empty() ? std::string("it has none")
+                                    : fmt::format("expected one of {}", fmt::join(keys, ", "))));
+}
+
+/// The assignments behind "NAME:".
+std::vector<Assignment> assignmentsOf(const FunctionDef& function, std::string_view text) {
+    std::vector<Assignment> all;
+    while (!text.empty()) {
+        const size_t comma = text.find(',');
+        const std::string_view one = text.substr(0, comma);
+        text = comma == std::string_view::npos ? std::string_view() : text.substr(comma + 1);
+        const size_t equals = one.find('=');
+        if (equals == std::string_view::npos)
+            refuse(fmt::format("{}: '{}' is no input; expected KEY=VALUE", function.name, one));
+        all.push_back({&function, trimmed(one.substr(0, equals)), trimmed(one.substr(equals + 1))});
+    }
+    return all;
+}
+
+void applyArgument(cBatch& batch, const std::string& argument) {
+    const size_t colon = argument.find(':');
+    const std::string name = trimmed(argument.substr(0, colon));
+    const FunctionDef* function = findFunction(std::string_view(name));
+    if (function == nullptr || function->treeIndex == 0)
+        refuse(fmt::format("unknown function '{}'; expected a name of --list-functions", name));
+    std::vector<Assignment> all = assignmentsOf(
+        *function, colon == std::string::npos ? std::string_view()
+                                              : std::string_view(argument).substr(colon + 1));
+
+    batch.SelectNode(function->treeIndex);
+    // The point first: picking it sets the first colour, which an input may set otherwise.
+    if (function->picksPoint) {
+        float x = batch.pickX;
+        float y = batch.pickY;
+        const auto isPoint = [&](const Assignment& given) {
+            const bool isX = isKey("X", given.key);
+            if (!isX && !isKey("Y", given.key)) return false;
+            (isX ? x : y) =
+                static_cast<float>(given.number(0, (isX ? batch.workWidth : batch.workHeight) - 1));
+            return true;
+        };
+        if (std::erase_if(all, isPoint) > 0) batch.PickPoint(x, y);
+    }
+    for (const Assignment& given : all)
+        assign(batch, given);
+    batch.AddFunction(std::string(function->name));
+}
+
+void addFunctionList(cBatch& batch, const std::string& file) {
+    const auto refuseList = [&](const std::string& why) {
+        throw Refusal(ExitStatus::nothingStarts,
+                      fmt::format("--functions: '{}' is no function list: {}", file, why));
+    };
+    std::vector<FunctionRecord> records;
+    try {
+        records = readFunctionList(file);
+    } catch (const std::system_error& failure) {
+        refuseList(failure.code().message());
+    }
+    for (size_t i = 0; i < records.size(); ++i) {
+        int32_t id = -1;
+        attempt([&] { id = toInteger32(records[i].id); });
+        if (id < 0 || id > highestFunctionId)
+            refuseList(
+                fmt::format("record {} names the function '{}'; expected a number from 0 "
+                            "to {}",
+                            i + 1, trimmed(records[i].id), highestFunctionId));
+        batch.AppendRecord(records[i]);
+    }
+}
+
+}  // namespace
+
+std::vector<FunctionInput> inputsOf(const FunctionDef& function) {
+    std::vector<FunctionInput> inputs;
+    for (const SliderDef& slider : function.sliders)
+        inputs.push_back({std::string(slider.label),
+                          fmt::format("{} to {}", slider.min, slider.max),
+                          std::to_string(slider.initial)});
+    if (function.option)
+        inputs.push_back({std::string(function.option->label), "on or off",
+                          function.option->initial ? "on" : "off"});
+    for (int k = 0; k < 2; ++k)
+        if (hasSwatch(function, k))
+            inputs.push_back({fmt::format("Color{}", k), "RRGGBB", k == 0 ? "" : "C00000"});
+    if (function.picksPoint) {
+        inputs.push_back({"X", "0 to 199", "0"});
+        inputs.push_back({"Y", "0 to 173", "0"});
+    }
+    switch (function.panel) {
+        case Panel::frBanks:
+            for (std::string_view column : bankColumns)
+                inputs.push_back({std::string(column), "R, G or B", std::string(1, column[0])});
+            inputs.push_back({"Invert", "letters of rgb", ""});
+            inputs.push_back({"Kill", "letters of rgb", ""});
+            break;
+        case Panel::FrmGlass:
+            for (std::string_view style : glassStyles)
+                inputs.push_back({std::string(style),
+                                  style == "Slanting" ? "Light or Tight" : "Large, Light or Tight",
+                                  style == "Slanting" ? "Light" : ""});
+            break;
+        case Panel::FrmCurtain:
+            for (std::string_view style : curtainStyles)
+                inputs.push_back({std::string(style), "on", style == "Horizontal" ? "on" : ""});
+            break;
+        case Panel::FrResize:
+            inputs.push_back({"Width", fmt::format("1 to {}", largestSide), "100"});
+            inputs.push_back({"Height", fmt::format("1 to {}", largestSide), "100"});
+            inputs.push_back({"Keep proportions", "on or off", "on"});
+            inputs.push_back({"Anti-Alias", "on or off", "on"});
+            break;
+        case Panel::FrRotate:
+            inputs.push_back({"Degrees", "-180 to 180", "0"});
+            inputs.push_back({"Antialiasing", "on or off", "off"});
+            break;
+        case Panel::none:
+            break;
+    }
+    return inputs;
+}
+
+void addFunctions(cBatch& batch, const CommandLine& line) {
+    for (const FunctionSource& source : line.functions) {
+        if (source.kind == FunctionSource::Kind::list)
+            addFunctionList(batch, source.value);
+        else
+            applyArgument(batch, source.value);
+    }
+    if (line.degrees) batch.sbDegrees = *line.degrees;
+    for (size_t i = 0; i < 3; ++i) {
+        const char letter = "rgb"[i];
+        if (line.invert.find(letter) != std::string::npos) batch.chkInvt[i] = 1;
+        if (line.kill.find(letter) != std::string::npos) batch.chkKill[i] = 1;
+    }
+}
+
+}  // namespace tessarine

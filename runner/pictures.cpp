@@ -1,0 +1,137 @@
+#include "runner/pictures.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <string_view>
+#include <system_error>
+
+#include <fmt/format.h>
+
+#include "batch/list_files.h"
+#include "batch/texts.h"
+#include "runner/refusal.h"
+
+namespace tessarine {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What a folder gives: files of these extensions, and no others.
+constexpr std::array<std::string_view, 39> acceptedExtensions{
+    "bmp", "jpg", "jpeg", "cut",  "lbm",  "pcd", "pic", "png", "ppm", "pbm", "pgm", "sgi", "tga",
+    "vst", "vda", "icb",  "tif",  "tiff", "lif", "mng", "jng", "dcx", "psd", "pdd", "psp", "pix",
+    "pxr", "xpm", "rgb",  "rgba", "bw",   "gif", "wmf", "emf", "dib", "koa", "ras", "iff", "pcx"};
+
+bool isAccepted(const fs::path& path) {
+    const std::string extension = lowerCase(extensionOf(path.native()));
+    return std::find(acceptedExtensions.begin(), acceptedExtensions.end(), extension) !=
+           acceptedExtensions.end();
+}
+
+BasketItem basketItem(const std::string& path) {
+    const std::string extension = extensionOf(path);
+    std::string name = fileNameOf(path);
+    if (!extension.empty()) name.resize(name.size() - extension.size() - 1);
+    return {name, lowerCase(extension), path, folderOf(path)};
+}
+
+void addFolder(const std::string& folder, bool recursive, std::vector<BasketItem>& basket) {
+    std::vector<std::string> files;
+    std::vector<std::string> folders;
+    std::error_code failure;
+    for (fs::directory_iterator at(folder, failure), end; !failure && at != end;
+         at.increment(failure)) {
+        std::error_code ignored;
+        if (at->is_directory(ignored)) {
+            if (!at->is_symlink(ignored)) folders.push_back(at->path().native());
+        } else if (isAccepted(at->path())) {
+            files.push_back(at->path().native());
+        }
+    }
+    if (failure)
+        throw Refusal(ExitStatus::nothingStarts,
+                      fmt::format("the folder '{}' cannot be read: {}", folder, failure.message()));
+    std::sort(files.begin(), files.end());
+    for (const std::string& file : files)
+        basket.push_back(basketItem(file));
+    if (!recursive) return;
+    std::sort(folders.begin(), folders.end());
+    for (const std::string& below : folders)
+        addFolder(below, true, basket);
+}
+
+void addPath(const std::string& path, bool recursive, std::vector<BasketItem>& basket) {
+    std::error_code ignored;
+    if (fs::is_directory(path, ignored))
+        addFolder(path, recursive, basket);
+    else
+        basket.push_back(basketItem(path));
+}
+
+void addLines(std::istream& lines, const CommandLine& line, std::vector<BasketItem>& basket) {
+    std::string path;
+    while (std::getline(lines, path, line.nulBetweenPaths ? '\0' : '\n'))
+        if (!path.empty()) addPath(path, line.recursive, basket);
+}
+
+void addPathsFrom(const std::string& file, const CommandLine& line,
+                  std::vector<BasketItem>& basket) {
+    if (file == "-") return addLines(std::cin, line, basket);
+    std::ifstream lines(file, std::ios::binary);
+    if (!lines || fs::is_directory(file))
+        throw Refusal(ExitStatus::nothingStarts,
+                      fmt::format("--from: '{}' cannot be read; expected a file with one path a "
+                                  "line",
+                                  file));
+    addLines(lines, line, basket);
+}
+
+bool looksLikeAPath(const std::string& text) {
+    return !text.empty() && std::none_of(text.begin(), text.end(), [](char c) {
+        return static_cast<unsigned char>(c) < ' ';
+    });
+}
+
+void addList(const std::string& file, std::vector<BasketItem>& basket) {
+    const auto refuse = [&](const std::string& why) {
+        throw Refusal(ExitStatus::nothingStarts,
+                      fmt::format("--pictures: '{}' is no picture list: {}", file, why));
+    };
+    std::vector<std::string> paths;
+    try {
+        paths = readPictureList(file);
+    } catch (const std::system_error& failure) {
+        refuse(failure.code().message());
+    }
+    if (fs::file_size(file) % pictureRecordBytes != 0 ||
+        !std::all_of(paths.begin(), paths.end(), looksLikeAPath))
+        refuse(fmt::format("expected a path in each {} bytes", pictureRecordBytes));
+    for (const std::string& path : paths)
+        basket.push_back(basketItem(path));
+}
+
+}  // namespace
+
+std::vector<BasketItem> collectPictures(const CommandLine& line) {
+    std::vector<BasketItem> basket;
+    for (const PictureSource& source : line.pictures) {
+        switch (source.kind) {
+            case PictureSource::Kind::path:
+                addPath(source.value, line.recursive, basket);
+                break;
+            case PictureSource::Kind::list:
+                addList(source.value, basket);
+                break;
+            case PictureSource::Kind::from:
+                addPathsFrom(source.value, line, basket);
+                break;
+        }
+    }
+    return basket;
+}
+
+}  // namespace tessarine

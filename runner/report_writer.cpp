@@ -1,0 +1,76 @@
+#include "runner/report_writer.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "runner/refusal.h"
+
+namespace tessarine {
+
+namespace {
+
+/// One line; bytes of a path that are no UTF-8 become replacement characters.
+std::string oneLine(const nlohmann::ordered_json& object) {
+    return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+}  // namespace
+
+void RunCounts::count(PictureReport::Status status) {
+    switch (status) {
+        case PictureReport::Status::saved:
+            ++saved;
+            break;
+        case PictureReport::Status::kept:
+            ++kept;
+            break;
+        case PictureReport::Status::failed:
+            ++failed;
+            break;
+    }
+}
+
+ReportWriter::ReportWriter(const std::string& target) {
+    if (target.empty()) return;
+    file_ = target == "-" ? stdout : std::fopen(target.c_str(), "we");
+    if (file_ == nullptr)
+        throw Refusal(ExitStatus::nothingStarts, fmt::format("--report: '{}' cannot be written: {}",
+                                                             target, std::strerror(errno)));
+}
+
+ReportWriter::~ReportWriter() {
+    if (file_ != nullptr && file_ != stdout) std::fclose(file_);
+}
+
+void ReportWriter::write(const PictureReport& entry) {
+    writeLine(oneLine({{"number", entry.number},
+                       {"input", entry.input},
+                       {"output", entry.output},
+                       {"status", statusText(entry.status)},
+                       {"error", entry.error},
+                       {"message", entry.message},
+                       {"width", entry.width},
+                       {"height", entry.height},
+                       {"depth", entry.depth},
+                       {"ms", entry.ms},
+                       {"bytes", entry.bytes}}));
+}
+
+void ReportWriter::writeSummary(const RunCounts& counts, int64_t pictures, int64_t ms,
+                                bool interrupted) {
+    nlohmann::ordered_json summary = {{"pictures", pictures},       {"saved", counts.saved},
+                                      {"kept", counts.kept},        {"failed", counts.failed},
+                                      {"interrupted", interrupted}, {"ms", ms}};
+    writeLine(oneLine({{"summary", std::move(summary)}}));
+}
+
+void ReportWriter::writeLine(const std::string& line) {
+    if (file_ == nullptr) return;
+    std::fputs((line + "\n").c_str(), file_);
+    std::fflush(file_);
+}
+
+}  // namespace tessarine

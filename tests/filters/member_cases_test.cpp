@@ -1,0 +1,144 @@
+#include <cstdio>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "pixels/bit_filter.h"
+#include "support/cases.h"
+#include "support/comparison.h"
+#include "support/pictures.h"
+
+// Every call of a member in the table of cases gives the expected picture, byte for byte.
+
+namespace tessarine::tests {
+namespace {
+
+/// The arguments of a call as the table writes them.
+class Arguments {
+  public:
+    explicit Arguments(std::vector<std::string> texts) : texts_(std::move(texts)) {}
+    int32_t number(size_t k) const { return static_cast<int32_t>(std::stol(texts_.at(k))); }
+    bool truth(size_t k) const { return number(k) != 0; }
+
+  private:
+    std::vector<std::string> texts_;
+};
+
+using Member = std::function<PixelBuffer(cBitFilter&, const Arguments&)>;
+
+const std::map<std::string, Member>& members() {
+    using F = cBitFilter;
+    using A = Arguments;
+    static const std::map<std::string, Member> table = {
+        {"BRIGHTNESS", [](F& f, const A& a) { return f.BRIGHTNESS(a.number(0)); }},
+        {"Contrast", [](F& f, const A& a) { return f.Contrast(a.number(0)); }},
+        {"GammaCorrection", [](F& f, const A& a) { return f.GammaCorrection(a.number(0)); }},
+        {"Equalize", [](F& f, const A&) { return f.Equalize(); }},
+        {"SATURATION", [](F& f, const A& a) { return f.SATURATION(a.number(0)); }},
+        {"Invert", [](F& f, const A&) { return f.Invert(); }},
+        {"GreyScale", [](F& f, const A&) { return f.GreyScale(); }},
+        {"Threshold", [](F& f, const A& a) { return f.Threshold(a.number(0)); }},
+        {"Reduction", [](F& f, const A& a) { return f.Reduction(a.number(0)); }},
+        {"KillChannel",
+         [](F& f, const A& a) { return f.KillChannel(a.truth(0), a.truth(1), a.truth(2)); }},
+        {"ShiftRGB",
+         [](F& f, const A& a) { return f.ShiftRGB(a.number(0), a.number(1), a.number(2)); }},
+        {"SwapRGB",
+         [](F& f, const A& a) {
+             return f.SwapRGB(a.number(0), a.number(1), a.number(2), a.truth(3), a.truth(4),
+                              a.truth(5), a.truth(6), a.truth(7), a.truth(8));
+         }},
+        {"SwapBanks", [](F& f, const A& a) { return f.SwapBanks(a.number(0)); }},
+    };
+    return table;
+}
+
+/// A picture of the table as the members are given it.
+PixelBuffer readInput(const std::string& name) {
+    const PixelBuffer picture = readPixmap(casesFolder() + name);
+    return drawBuffer(picture.width(), picture.height(), [&](int32_t x, int32_t y) {
+        Pixel p = picture.at(x, y);
+        p.fourth = static_cast<uint8_t>((x * 7 + y * 13) & 255);
+        return p;
+    });
+}
+
+/// Rectangles "left,top,right,bottom" separated by ";"; the whole picture where there is none.
+RegionHandle readRegion(const std::string& text, const PixelBuffer& picture) {
+    if (text.empty()) return wholeRegion(picture);
+    std::vector<Rect> rects;
+    for (const std::string& part : split(text, ';')) {
+        const std::vector<std::string> n = split(part, ',');
+        rects.push_back(
+            {std::stoi(n.at(0)), std::stoi(n.at(1)), std::stoi(n.at(2)), std::stoi(n.at(3))});
+    }
+    return regionOf(rects);
+}
+
+TEST(MemberCases, EveryCallGivesTheExpectedPictureToTheByte) {
+    Tally tally("members");
+    int withoutMember = 0;
+    for (const CaseRow& row : readCases("members.tsv")) {
+        const std::string& call = row.at("call");
+        const size_t bracket = call.find('(');
+        const std::string name = call.substr(0, bracket);
+        const auto member = members().find(name);
+        if (member == members().end()) {
+            ++withoutMember;
+            continue;
+        }
+        const std::string texts = call.substr(bracket + 1, call.size() - bracket - 2);
+        const PixelBuffer picture = readInput(row.at("picture"));
+        const RegionHandle region = readRegion(row.at("region"), picture);
+
+        cBitFilter filter;
+        filter.Bits(picture);
+        filter.BitsRegion(region);
+        const PixelBuffer result = member->second(filter, Arguments(split(texts, ',')));
+
+        const PixelBuffer expected = readPixmap(casesFolder() + row.at("expected"));
+        const auto colours = samePicture(row.at("name"), result, expected);
+        EXPECT_TRUE(colours) << call << " on " << row.at("picture");
+        EXPECT_EQ(std::to_string(result.width()), row.at("width")) << row.at("name");
+        EXPECT_EQ(std::to_string(result.height()), row.at("height")) << row.at("name");
+        char crc[9];
+        std::snprintf(crc, sizeof crc, "%08x", crcOf(result));
+        EXPECT_EQ(crc, row.at("crc32")) << row.at("name") << ": margin or fourth channel";
+        EXPECT_TRUE(filter.Bits() == picture) << row.at("name") << ": the source has changed";
+        tally.count(name, colours && crc == row.at("crc32"));
+    }
+    EXPECT_GE(tally.all(), 26);
+    std::printf("%d calls of members that are not in this table\n", withoutMember);
+}
+
+TEST(MemberCases, AFailingComparisonLeavesActualExpectedAndDifferencePictures) {
+    const std::string name = "of-the-comparison-itself";
+    const PixelBuffer actual = drawBuffer(2, 1, [](int32_t x, int32_t) {
+        return x == 0 ? Pixel{1, 2, 3, 0} : Pixel{10, 20, 30, 0};
+    });
+    const PixelBuffer expected = drawBuffer(2, 1, [](int32_t x, int32_t) {
+        return x == 0 ? Pixel{1, 2, 3, 0} : Pixel{10, 21, 230, 0};
+    });
+    const auto path = [&](const char* what) {
+        return (failuresFolder() / (name + "-" + what + ".ppm")).string();
+    };
+
+    for (const char* what : {"actual", "expected", "difference"})
+        std::filesystem::remove(path(what));
+    EXPECT_TRUE(samePicture(name, actual, actual));
+    EXPECT_FALSE(std::filesystem::exists(path("actual")));
+    EXPECT_FALSE(samePicture(name, actual, expected));
+    EXPECT_EQ(readPixmap(path("actual")), actual);
+    EXPECT_EQ(readPixmap(path("expected")), expected);
+    // One level apart in green: 127 + 1 \ 2; 200 levels apart in red: 127 + 100.
+    EXPECT_EQ(readPixmap(path("difference")).at(0, 0), (Pixel{0, 0, 0, 0}));
+    EXPECT_EQ(readPixmap(path("difference")).at(1, 0), (Pixel{0, 127, 227, 0}));
+    for (const char* what : {"actual", "expected", "difference"})
+        std::filesystem::remove(path(what));
+}
+
+}  // namespace
+}  // namespace tessarine::tests
