@@ -235,7 +235,7 @@ class Evenness {
     explicit Evenness(const Bitmap& picture)
         : picture_(picture), width_(picture.width()), height_(picture.height()) {}
 
-    bool at(int32_t x, int32_t y) const { return evenAt(x, y, 8) && evenAt(x, y, 2); }
+    bool at(int32_t x, int32_t y) const { return evenAt(x, y, 4) && evenAt(x, y, 2); }
 
   private:
     /// Twice the deviation, in levels, of a pixel from the mean of two others; what rounding to
