@@ -21,7 +21,7 @@ need() {
 }
 
 shell_scripts() {
-    find "$root/script" "$root/.ci" "$root/samples" "$root/tests/house" -type f \
+    find "$root/script" "$root/.ci" "$root/samples" "$root/docs" "$root/tests/house" -type f \
         -exec grep -lE -m1 '^#!/usr/bin/env bash' {} +
 }
 
