@@ -111,10 +111,10 @@ Bitmap bitmapOfDib(FIBITMAP* dib) {
             fill<DWORD>(dib, bitmap, [](DWORD v) { return greyPixel(unitTo8(v / 4294967295.0)); });
             break;
         case FIT_INT16:
-            fillMeasuredGrey<SHORT>(dib, bitmap);
+            fillMeasuredGrey<int16_t>(dib, bitmap);
             break;
         case FIT_INT32:
-            fillMeasuredGrey<LONG>(dib, bitmap);
+            fillMeasuredGrey<int32_t>(dib, bitmap);
             break;
         case FIT_FLOAT:
             fillMeasuredGrey<float>(dib, bitmap);

@@ -47,7 +47,8 @@ struct BitmapInfo {
 /// which shows the picture until something is drawn on it.
 class PictureHolder {
   public:
-    /// Whether what is drawn is kept; off, the surface shows the picture alone.
+    /// Whether the owner wants drawings kept while the holder is hidden. The surface here keeps
+    /// them in either case, so that nothing else depends on it.
     bool autoRedraw = false;
 
     int32_t width() const { return width_; }

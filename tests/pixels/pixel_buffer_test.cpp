@@ -1,0 +1,107 @@
+#include "pixels/pixel_buffer.h"
+
+#include <limits>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "pixels/failures.h"
+#include "support/pictures.h"
+
+namespace tessarine::tests {
+namespace {
+
+TEST(PixelBuffer, HasTwoPixelsOfMarginOnEachSideOfTheImage) {
+    const PixelBuffer buffer(5, 3);
+    EXPECT_EQ(buffer.width(), 5);
+    EXPECT_EQ(buffer.height(), 3);
+    EXPECT_EQ(buffer.stride(), 5 + 4);
+    EXPECT_EQ(buffer.pixelCount(), 9U * 7U);
+    EXPECT_EQ(buffer.byteCount(), 9U * 7U * 4U);
+    EXPECT_EQ(&buffer.at(-2, -2), buffer.block());
+    EXPECT_EQ(&buffer.at(5 + 1, 3 + 1), buffer.block() + buffer.pixelCount() - 1);
+}
+
+TEST(PixelBuffer, ByteOfAChannelLiesWhereABitmapHasIt) {
+    PixelBuffer buffer(5, 3);
+    auto* bytes = reinterpret_cast<uint8_t*>(buffer.writableBlock());
+    for (size_t i = 0; i < buffer.byteCount(); ++i)
+        bytes[i] = static_cast<uint8_t>(i);
+    for (int32_t y = -2; y <= 4; ++y)
+        for (int32_t x = -2; x <= 6; ++x) {
+            const int32_t offset = ((y + 2) * (5 + 4) + (x + 2)) * 4;
+            EXPECT_EQ(buffer.at(x, y).blue, static_cast<uint8_t>(offset));
+            EXPECT_EQ(buffer.at(x, y).green, static_cast<uint8_t>(offset + 1));
+            EXPECT_EQ(buffer.at(x, y).red, static_cast<uint8_t>(offset + 2));
+            EXPECT_EQ(buffer.at(x, y).fourth, static_cast<uint8_t>(offset + 3));
+            EXPECT_EQ(&buffer.row(y)[x], &buffer.at(x, y));
+        }
+}
+
+TEST(PixelBuffer, NewOneHasEveryByte0) {
+    const PixelBuffer buffer(70, 40);
+    const auto* bytes = reinterpret_cast<const uint8_t*>(buffer.block());
+    for (size_t i = 0; i < buffer.byteCount(); ++i)
+        ASSERT_EQ(bytes[i], 0) << i;
+}
+
+TEST(PixelBuffer, WithoutAnImageKeepsItsMargin) {
+    const PixelBuffer none(0, 0);
+    EXPECT_TRUE(none.isDimensioned());
+    EXPECT_EQ(none.byteCount(), 4U * 4U * 4U);
+    const PixelBuffer flat(7, 0);
+    EXPECT_TRUE(flat.isDimensioned());
+    EXPECT_EQ(flat.byteCount(), 11U * 4U * 4U);
+}
+
+TEST(PixelBuffer, WithoutDimensionsHoldsNoByte) {
+    const PixelBuffer buffer;
+    EXPECT_FALSE(buffer.isDimensioned());
+    EXPECT_EQ(buffer.width(), 0);
+    EXPECT_EQ(buffer.height(), 0);
+    EXPECT_EQ(buffer.byteCount(), 0U);
+    EXPECT_EQ(buffer, PixelBuffer());
+    EXPECT_FALSE(buffer == PixelBuffer(0, 0));
+}
+
+TEST(PixelBuffer, OfANegativeSizeOrMoreThanMemoryHoldsFails) {
+    constexpr int32_t highest = std::numeric_limits<int32_t>::max();
+    EXPECT_THROW(PixelBuffer(-1, 5), StatementFailed);
+    EXPECT_THROW(PixelBuffer(5, -1), StatementFailed);
+    EXPECT_THROW(PixelBuffer(highest, highest), StatementFailed);
+}
+
+TEST(PixelBuffer, CopiesAreIndependentBothWays) {
+    PixelBuffer original(2, 2);
+    original.writableBlock()[original.offsetOfRow(0)] = {1, 2, 3, 4};
+    PixelBuffer copy = original;
+    EXPECT_EQ(copy.block(), original.block()) << "memory is shared until written";
+
+    copy.writableBlock()[copy.offsetOfRow(0)] = {5, 6, 7, 8};
+    EXPECT_EQ(original.at(0, 0), (Pixel{1, 2, 3, 4}));
+    EXPECT_EQ(copy.at(0, 0), (Pixel{5, 6, 7, 8}));
+
+    const PixelBuffer second = original;
+    original.writableBlock()[0] = {9, 9, 9, 9};
+    EXPECT_EQ(second.at(-2, -2), (Pixel{0, 0, 0, 0}));
+    EXPECT_EQ(second.at(0, 0), (Pixel{1, 2, 3, 4}));
+}
+
+TEST(PixelBuffer, WritingTheOnlyHolderKeepsItsPlace) {
+    PixelBuffer buffer(2, 2);
+    const Pixel* before = buffer.block();
+    { const PixelBuffer passing = buffer; }
+    EXPECT_EQ(buffer.writableBlock(), before);
+}
+
+TEST(PixelBuffer, EqualityCoversSizeMarginAndFourthBytes) {
+    const PixelBuffer buffer = randomBuffer(6, 4, 1);
+    PixelBuffer other = randomBuffer(6, 4, 1);
+    EXPECT_EQ(buffer, other);
+    other.writableBlock()[0].fourth = 1;
+    EXPECT_FALSE(buffer == other);
+    EXPECT_FALSE(PixelBuffer(6, 4) == PixelBuffer(4, 6));
+}
+
+}  // namespace
+}  // namespace tessarine::tests
