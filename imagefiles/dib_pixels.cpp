@@ -128,4 +128,15 @@ Bitmap bitmapOfDib(FIBITMAP* dib) {
     return bitmap;
 }
 
+Decoded decodeEmbedded(Bytes data, FREE_IMAGE_FORMAT format, int flags) {
+    // The library takes the address of bytes that may be written, and does not write them.
+    const std::unique_ptr<FIMEMORY, void (*)(FIMEMORY*)> memory(
+        FreeImage_OpenMemory(const_cast<BYTE*>(data.data()), static_cast<DWORD>(data.size())),
+        &FreeImage_CloseMemory);
+    const std::unique_ptr<FIBITMAP, void (*)(FIBITMAP*)> dib(
+        FreeImage_LoadFromMemory(format, memory.get(), flags), &FreeImage_Unload);
+    if (!dib) refuse("the picture inside the file cannot be read");
+    return {bitmapOfDib(dib.get()), static_cast<int16_t>(FreeImage_GetBPP(dib.get()))};
+}
+
 }  // namespace tessarine
