@@ -111,10 +111,10 @@ Bitmap bitmapOfDib(FIBITMAP* dib) {
             fill<DWORD>(dib, bitmap, [](DWORD v) { return greyPixel(unitTo8(v / 4294967295.0)); });
             break;
         case FIT_INT16:
-            fillMeasuredGrey<SHORT>(dib, bitmap);
+            fillMeasuredGrey<int16_t>(dib, bitmap);
             break;
         case FIT_INT32:
-            fillMeasuredGrey<LONG>(dib, bitmap);
+            fillMeasuredGrey<int32_t>(dib, bitmap);
             break;
         case FIT_FLOAT:
             fillMeasuredGrey<float>(dib, bitmap);
@@ -126,6 +126,17 @@ Bitmap bitmapOfDib(FIBITMAP* dib) {
             refuse("a dib of this type holds no picture");
     }
     return bitmap;
+}
+
+Decoded decodeEmbedded(Bytes data, FREE_IMAGE_FORMAT format, int flags) {
+    // The library takes the address of bytes that may be written, and does not write them.
+    const std::unique_ptr<FIMEMORY, void (*)(FIMEMORY*)> memory(
+        FreeImage_OpenMemory(const_cast<BYTE*>(data.data()), static_cast<DWORD>(data.size())),
+        &FreeImage_CloseMemory);
+    const std::unique_ptr<FIBITMAP, void (*)(FIBITMAP*)> dib(
+        FreeImage_LoadFromMemory(format, memory.get(), flags), &FreeImage_Unload);
+    if (!dib) refuse("the picture inside the file cannot be read");
+    return {bitmapOfDib(dib.get()), static_cast<int16_t>(FreeImage_GetBPP(dib.get()))};
 }
 
 }  // namespace tessarine

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "imagefiles/picture.h"
+#include <FreeImage.h>
 
-struct FIBITMAP;
+#include "imagefiles/decoding.h"
 
 namespace tessarine {
 
@@ -11,5 +11,9 @@ namespace tessarine {
 /// alpha dropped.
 /// \throws StatementFailed where memory does not suffice, or the type holds no picture
 Bitmap bitmapOfDib(FIBITMAP* dib);
+
+/// Reads a picture of the file library's that lies inside another file.
+/// \throws StatementFailed where the library cannot read it
+Decoded decodeEmbedded(Bytes data, FREE_IMAGE_FORMAT format, int flags);
 
 }  // namespace tessarine

@@ -1,6 +1,6 @@
+#include <algorithm>
 #include <array>
 #include <bit>
-#include <memory>
 #include <vector>
 
 #include <FreeImage.h>
@@ -210,17 +210,6 @@ void readRuns(ByteReader& in, const Header& header, Bitmap& bitmap) {
     }
 }
 
-Decoded readEmbedded(Bytes data, FREE_IMAGE_FORMAT format, int flags) {
-    // The library takes the address of bytes that may be written, and does not write them.
-    const std::unique_ptr<FIMEMORY, void (*)(FIMEMORY*)> memory(
-        FreeImage_OpenMemory(const_cast<BYTE*>(data.data()), static_cast<DWORD>(data.size())),
-        &FreeImage_CloseMemory);
-    const std::unique_ptr<FIBITMAP, void (*)(FIBITMAP*)> dib(
-        FreeImage_LoadFromMemory(format, memory.get(), flags), &FreeImage_Unload);
-    if (!dib) refuse("the picture inside the bitmap cannot be read");
-    return {bitmapOfDib(dib.get()), static_cast<int16_t>(FreeImage_GetBPP(dib.get()))};
-}
-
 bool isReadableDepth(const Header& header) {
     switch (header.compression) {
         case plain:
@@ -246,8 +235,8 @@ Decoded decodeBmp(Bytes file, bool fileHeader) {
     const Header header = readHeader(file, fileHeader);
     ByteReader in(file);
     in.seek(header.pixels);
-    if (header.compression == jpeg) return readEmbedded(in.rest(), FIF_JPEG, JPEG_ACCURATE);
-    if (header.compression == png) return readEmbedded(in.rest(), FIF_PNG, 0);
+    if (header.compression == jpeg) return decodeEmbedded(in.rest(), FIF_JPEG, JPEG_ACCURATE);
+    if (header.compression == png) return decodeEmbedded(in.rest(), FIF_PNG, 0);
     if (!isReadableDepth(header)) refuse("a bitmap of this depth and coding cannot be read");
     if (header.width < 1) refuse("the picture's size makes no sense");
 

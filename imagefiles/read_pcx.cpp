@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -79,10 +80,9 @@ void setCgaColours(Header& header) {
     const uint8_t choice = header.colours[3];
     const uint32_t bright = choice & 0x20 ? 8 : 0;
     const bool second = choice & 0x40;
-    const bool grey = choice & 0x80;
-    header.palette[1] = adapter[(second || grey ? 3 : 2) + bright];
-    header.palette[2] = adapter[(second && !grey ? 5 : 4) + bright];
-    header.palette[3] = adapter[(second || grey ? 7 : 6) + bright];
+    header.palette[1] = adapter[(second ? 3 : 2) + bright];
+    header.palette[2] = adapter[(second ? 5 : 4) + bright];
+    header.palette[3] = adapter[(second ? 7 : 6) + bright];
 }
 
 void setPalette(Header& header, Bytes file) {
@@ -111,7 +111,10 @@ void setPalette(Header& header, Bytes file) {
     }
     const bool noColours = std::all_of(header.colours.begin(), header.colours.begin() + 16,
                                        [&](uint8_t c) { return c == header.colours[0]; });
-    if (header.bits == 2 && header.planes == 1 && (header.version < 5 || noColours)) {
+    // Programs of that time left the third colour and all later ones empty.
+    const bool isCga = std::all_of(header.colours.begin() + 6, header.colours.end(),
+                                   [](uint8_t c) { return c == 0; });
+    if (header.bits == 2 && header.planes == 1 && (header.version < 5 || noColours || isCga)) {
         setCgaColours(header);
     } else if (header.version == 3 || noColours) {
         const std::array<Pixel, 16> adapter = adapterColours();

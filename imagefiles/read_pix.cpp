@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "imagefiles/decoders.h"
 
 namespace tessarine {

@@ -1,14 +1,25 @@
 #include <algorithm>
+#include <optional>
 #include <vector>
 #include <zlib.h>
 
 #include "imagefiles/decoders.h"
+#include "imagefiles/dib_pixels.h"
 
 namespace tessarine {
 
 namespace {
 
-enum Block : uint16_t { imageBlock = 0, paletteBlock = 2, layersBlock = 3, channelBlock = 5 };
+enum Block : uint16_t {
+    imageBlock = 0,
+    paletteBlock = 2,
+    layersBlock = 3,
+    channelBlock = 5,
+    compositeBlock = 9,
+    compositesBlock = 16,
+    compositeHeadBlock = 17,
+    jpegBlock = 18,
+};
 
 constexpr uint32_t signature = 0x004B427E;  // "~BK" and a 0
 
@@ -31,6 +42,7 @@ struct Layer {
     Area area;
     uint32_t opacity = 255;
     bool isVisible = true;
+    bool isPlain = true;  ///< pixels of its own, laid over what is below without a mode of mixing
     std::vector<uint8_t> index, red, green, blue, alpha;
 };
 
@@ -116,10 +128,13 @@ void readChannel(ByteReader in, const Image& image, Layer& layer) {
     ByteReader chunk = nextChunk(in);
     const uint32_t packed = chunk.u32le();
     chunk.skip(4);
-    const uint32_t use = chunk.u16le();      // 0 picture, 1 transparency, others masks
+    const uint32_t use = chunk.u16le();
     const uint32_t channel = chunk.u16le();  // 0 all in one, 1 red, 2 green, 3 blue
-    if (use > 1) return;
-    const uint32_t bits = image.depth < 8 && use == 0 ? image.depth : 8;
+    // 0 is a layer's picture and 8 the finished one, 1 and 9 their transparency; masks are left
+    // out.
+    const bool isPicture = use == 0 || use == 8;
+    if (!isPicture && use != 1 && use != 9) return;
+    const uint32_t bits = image.depth < 8 && isPicture ? image.depth : 8;
     // Rows of less than a byte a pixel are padded to four bytes.
     const uint64_t row = bits == 8 ? layer.area.width() : (layer.area.width() * bits + 31) / 32 * 4;
     std::vector<uint8_t> samples =
@@ -133,7 +148,7 @@ void readChannel(ByteReader in, const Image& image, Layer& layer) {
                                ((1u << bits) - 1));
         samples = std::move(wide);
     }
-    if (use == 1)
+    if (!isPicture)
         layer.alpha = std::move(samples);
     else
         (channel == 1   ? layer.red
@@ -154,20 +169,25 @@ Layer readLayer(ByteReader in, const Image& image) {
     ByteReader chunk = nextChunk(in);
     const uint32_t nameLength = chunk.u16le();
     chunk.skip(nameLength);
-    chunk.skip(1);
+    const uint32_t kind = chunk.u8();  // 1 and 2 have pixels; others are drawn or change colours
     const Area place = readArea(chunk);
     const Area saved = readArea(chunk);
     layer.opacity = chunk.u8();
-    chunk.skip(1);
+    const uint32_t mixing = chunk.u8();
+    layer.isPlain = kind <= 2 && mixing == 0;
     layer.isVisible = chunk.u8() & 1;
     layer.area = {place.left + saved.left, place.top + saved.top, place.left + saved.right,
                   place.top + saved.bottom};
     if (layer.area.width() > 0xFFFF || layer.area.height() > 0xFFFF ||
         layer.area.width() * layer.area.height() > maxPixels)
         refuse("the picture is too large");
-    if (in.remaining() < 8) return layer;
-    nextChunk(in);
+    // Blocks of extensions may stand before and behind the chunk that counts the channels.
     while (in.remaining() >= 10) {
+        ByteReader ahead = in;
+        if (ahead.u32le() != signature) {
+            nextChunk(in);
+            continue;
+        }
         const BlockHead block = nextBlock(in);
         if (block.kind == channelBlock) readChannel(ByteReader(block.data), image, layer);
     }
@@ -208,10 +228,73 @@ void lay(const Image& image, const Layer& layer, Bitmap& bitmap) {
     }
 }
 
+void makeWhite(Bitmap& bitmap) {
+    for (int32_t y = 0; y < bitmap.height(); ++y)
+        std::fill_n(bitmap.writableRow(y), bitmap.width(), greyPixel(255));
+}
+
+/// The picture as the program that wrote it had put it together from the layers, if it is there.
+std::optional<Bitmap> readComposite(ByteReader in, const Image& image) {
+    struct Head {
+        bool isWhole = false;
+        uint32_t compression = 0;
+    };
+    std::vector<Head> heads;
+    size_t next = 0;
+    nextChunk(in);
+    while (in.remaining() >= 10) {
+        const BlockHead block = nextBlock(in);
+        ByteReader data(block.data);
+        ByteReader chunk = nextChunk(data);
+        if (block.kind == compositeHeadBlock) {
+            const bool hasSize = chunk.u32le() == image.width && chunk.u32le() == image.height;
+            const uint32_t depth = chunk.u16le();
+            Head head;
+            head.compression = chunk.u16le();
+            chunk.skip(2 + 4);
+            head.isWhole = chunk.u16le() == 0 && hasSize && depth == 24;
+            heads.push_back(head);
+            continue;
+        }
+        const Head head = next < heads.size() ? heads[next++] : Head{};
+        if (!head.isWhole) continue;
+        if (block.kind == jpegBlock)
+            return decodeEmbedded(data.rest(), FIF_JPEG, JPEG_ACCURATE).bitmap;
+        if (block.kind != compositeBlock) continue;
+        Image whole = image;
+        whole.compression = head.compression;
+        whole.depth = 24;
+        Layer layer;
+        layer.area = {0, 0, image.width, image.height};
+        while (data.remaining() >= 10) {
+            const BlockHead channel = nextBlock(data);
+            if (channel.kind == channelBlock) readChannel(ByteReader(channel.data), whole, layer);
+        }
+        Bitmap bitmap = bitmapFor(image.width, image.height, block.data.size(), 65536);
+        makeWhite(bitmap);
+        lay(whole, layer, bitmap);
+        return bitmap;
+    }
+    return std::nullopt;
+}
+
+/// Lays the layers over white. \return whether that is all of the picture
+bool layAll(ByteReader layers, const Image& image, Bitmap& bitmap) {
+    makeWhite(bitmap);
+    bool isAll = true;
+    while (layers.remaining() >= 10) {
+        const Layer layer = readLayer(ByteReader(nextBlock(layers).data), image);
+        isAll = isAll && (layer.isPlain || !layer.isVisible);
+        lay(image, layer, bitmap);
+    }
+    return isAll;
+}
+
 }  // namespace
 
-/// DevIL knows neither the usual coding nor more than one layer. The layers are laid over white,
-/// each by its opacity; other ways of mixing are not known.
+/// DevIL knows neither the usual coding nor more than one layer. Layers of pixels are laid over
+/// white, each by its opacity. Where a picture has drawn objects or modes of mixing, the finished
+/// picture that its program stored beside the layers is shown.
 std::optional<Decoded> takeOverPsp(Bytes file, const std::string&) {
     if (!startsWith(file, "Paint Shop Pro Image File\n\x1A")) refuse("this is no such picture");
     ByteReader in(file);
@@ -220,28 +303,23 @@ std::optional<Decoded> takeOverPsp(Bytes file, const std::string&) {
     in.skip(2);
 
     Image image;
-    Decoded decoded;
-    bool drawn = false;
+    std::optional<Bytes> composites;
+    std::optional<Bytes> layers;
     while (in.remaining() >= 10) {
         const BlockHead block = nextBlock(in);
-        if (block.kind == imageBlock) {
-            readImage(ByteReader(block.data), image);
-            decoded.depth = static_cast<int16_t>(image.depth);
-        } else if (block.kind == paletteBlock) {
-            readPalette(ByteReader(block.data), image);
-        } else if (block.kind == layersBlock) {
-            decoded.bitmap = bitmapFor(image.width, image.height, file.size(), 65536);
-            for (int32_t y = 0; y < decoded.bitmap.height(); ++y)
-                std::fill_n(decoded.bitmap.writableRow(y), decoded.bitmap.width(), greyPixel(255));
-            ByteReader layers(block.data);
-            while (layers.remaining() >= 10) {
-                const BlockHead layer = nextBlock(layers);
-                lay(image, readLayer(ByteReader(layer.data), image), decoded.bitmap);
-            }
-            drawn = true;
-        }
+        if (block.kind == imageBlock) readImage(ByteReader(block.data), image);
+        if (block.kind == paletteBlock) readPalette(ByteReader(block.data), image);
+        if (block.kind == compositesBlock) composites = block.data;
+        if (block.kind == layersBlock) layers = block.data;
     }
-    if (!drawn) refuse("the file holds no picture");
+    if (!layers) refuse("the file holds no picture");
+    Decoded decoded{bitmapFor(image.width, image.height, file.size(), 65536),
+                    static_cast<int16_t>(image.depth)};
+    if (layAll(ByteReader(*layers), image, decoded.bitmap)) return decoded;
+    std::optional<Bitmap> composite;
+    if (composites) composite = readComposite(ByteReader(*composites), image);
+    if (!composite) refuse("the drawn layers of the picture cannot be shown");
+    decoded.bitmap = std::move(*composite);
     return decoded;
 }
 

@@ -7,6 +7,7 @@
 
 #include "imagefiles/decoders.h"
 #include "imagefiles/metafile_size.h"
+#include "imagefiles/wmf_fonts.h"
 
 namespace tessarine {
 
@@ -71,8 +72,10 @@ Decoded drawWmf(Bytes file) {
         WMF_OPT_FUNCTION | WMF_OPT_IGNORE_NONFATAL | WMF_OPT_NO_ERROR | WMF_OPT_NO_DEBUG;
     wmfAPI* created = nullptr;
     const wmf_error_t status = wmf_api_create(&created, flags, &options);
+    std::optional<WmfFonts> fonts;
     const std::unique_ptr<wmfAPI, Destroy> api(created);
     if (status != wmf_E_None || !api) refuse("metafiles cannot be drawn");
+    fonts.emplace(api.get());
 
     // The library may write to the block that it is given.
     std::vector<uint8_t> copy(file.begin(), file.end());
