@@ -22,6 +22,7 @@ std::optional<Decoded> takeOverCut(Bytes file, const std::string& path);
 std::optional<Decoded> takeOverDcx(Bytes file, const std::string& path);
 std::optional<Decoded> takeOverDds(Bytes file, const std::string& path);
 std::optional<Decoded> takeOverIff(Bytes file, const std::string& path);
+std::optional<Decoded> takeOverKoa(Bytes file, const std::string& path);
 std::optional<Decoded> takeOverLmp(Bytes file, const std::string& path);
 std::optional<Decoded> takeOverMdl(Bytes file, const std::string& path);
 std::optional<Decoded> takeOverAct(Bytes file, const std::string& path);

@@ -36,7 +36,7 @@ constexpr auto rows = std::to_array<ExtensionRow>({
     {"iff", LoadRoute::freeImage, FIF_IFF, 0, takeOverIff},
     {"jpg", LoadRoute::freeImage, FIF_JPEG, 2},
     {"jpeg", LoadRoute::freeImage, FIF_JPEG, 2},
-    {"koa", LoadRoute::freeImage, FIF_KOALA},
+    {"koa", LoadRoute::freeImage, FIF_KOALA, 0, takeOverKoa},
     {"lbm", LoadRoute::freeImage, FIF_LBM, 0, takeOverIff},
     {"mng", LoadRoute::freeImage, FIF_MNG},
     {"pcd", LoadRoute::freeImage, FIF_PCD, 0, takeOverPcd},

@@ -56,7 +56,7 @@ BlockHead nextBlock(ByteReader& in) {
     BlockHead head;
     head.kind = in.u16le();
     const uint32_t length = in.u32le();
-    head.data = in.take(std::min<uint64_t>(length, in.remaining()));
+    head.data = in.take(length);
     return head;
 }
 
@@ -137,9 +137,8 @@ void readChannel(ByteReader in, const Image& image, Layer& layer) {
     const uint32_t bits = image.depth < 8 && isPicture ? image.depth : 8;
     // Rows of less than a byte a pixel are padded to four bytes.
     const uint64_t row = bits == 8 ? layer.area.width() : (layer.area.width() * bits + 31) / 32 * 4;
-    std::vector<uint8_t> samples =
-        unpackChannel(in.take(std::min<uint64_t>(packed, in.remaining())), image.compression,
-                      static_cast<size_t>(row * layer.area.height()));
+    std::vector<uint8_t> samples = unpackChannel(in.take(packed), image.compression,
+                                                 static_cast<size_t>(row * layer.area.height()));
     if (bits < 8) {
         std::vector<uint8_t> wide;
         for (uint64_t y = 0; y < layer.area.height(); ++y)
@@ -182,7 +181,7 @@ Layer readLayer(ByteReader in, const Image& image) {
         layer.area.width() * layer.area.height() > maxPixels)
         refuse("the picture is too large");
     // Blocks of extensions may stand before and behind the chunk that counts the channels.
-    while (in.remaining() >= 10) {
+    while (in.remaining() > 0) {
         ByteReader ahead = in;
         if (ahead.u32le() != signature) {
             nextChunk(in);
@@ -242,7 +241,7 @@ std::optional<Bitmap> readComposite(ByteReader in, const Image& image) {
     std::vector<Head> heads;
     size_t next = 0;
     nextChunk(in);
-    while (in.remaining() >= 10) {
+    while (in.remaining() > 0) {
         const BlockHead block = nextBlock(in);
         ByteReader data(block.data);
         ByteReader chunk = nextChunk(data);
@@ -266,7 +265,7 @@ std::optional<Bitmap> readComposite(ByteReader in, const Image& image) {
         whole.depth = 24;
         Layer layer;
         layer.area = {0, 0, image.width, image.height};
-        while (data.remaining() >= 10) {
+        while (data.remaining() > 0) {
             const BlockHead channel = nextBlock(data);
             if (channel.kind == channelBlock) readChannel(ByteReader(channel.data), whole, layer);
         }
@@ -282,7 +281,7 @@ std::optional<Bitmap> readComposite(ByteReader in, const Image& image) {
 bool layAll(ByteReader layers, const Image& image, Bitmap& bitmap) {
     makeWhite(bitmap);
     bool isAll = true;
-    while (layers.remaining() >= 10) {
+    while (layers.remaining() > 0) {
         const Layer layer = readLayer(ByteReader(nextBlock(layers).data), image);
         isAll = isAll && (layer.isPlain || !layer.isVisible);
         lay(image, layer, bitmap);
@@ -305,7 +304,7 @@ std::optional<Decoded> takeOverPsp(Bytes file, const std::string&) {
     Image image;
     std::optional<Bytes> composites;
     std::optional<Bytes> layers;
-    while (in.remaining() >= 10) {
+    while (in.remaining() > 0) {
         const BlockHead block = nextBlock(in);
         if (block.kind == imageBlock) readImage(ByteReader(block.data), image);
         if (block.kind == paletteBlock) readPalette(ByteReader(block.data), image);

@@ -42,7 +42,8 @@ Decoded readModelTexture(Bytes file) {
 /// has been unpacked beside them.
 std::vector<uint8_t> gamePalette(const std::string& path) {
     const std::string name = std::filesystem::path(path).replace_filename("palette.lmp");
-    const std::vector<uint8_t> palette = readWholeFile(name);
+    std::vector<uint8_t> palette;
+    attempt([&] { palette = readWholeFile(name); });
     if (palette.size() != 768) refuse("the colours of the game are not there");
     return palette;
 }

@@ -73,7 +73,10 @@ Pixel colourOf(const std::string& name) {
     BYTE red = 0;
     BYTE green = 0;
     BYTE blue = 0;
-    if (!FreeImage_LookupX11Color(name.c_str(), &red, &green, &blue))
+    // "light blue" and "lightblue" are the same; the library knows the latter.
+    std::string joined = name;
+    std::erase(joined, ' ');
+    if (!FreeImage_LookupX11Color(joined.c_str(), &red, &green, &blue))
         refuse("the picture names an unknown colour");
     return rgbPixel(red, green, blue);
 }
