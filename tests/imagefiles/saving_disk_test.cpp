@@ -25,8 +25,13 @@ using Status = SaveOutcome::Status;
 
 /// Runs something in a process of its own. \return what it returned, 128 where it crashed
 int inChild(const std::function<int()>& work) {
+    // A process that ends like this one leaves its temp folder behind.
+    const ScratchFolder temporary;
     const pid_t child = fork();
-    if (child == 0) _exit(work());
+    if (child == 0) {
+        setenv("TMPDIR", temporary.path().c_str(), 1);
+        _exit(work());
+    }
     int status = 0;
     waitpid(child, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128;
