@@ -19,7 +19,7 @@ extern "C" void omp_set_num_threads(int count);
 namespace tessarine {
 namespace {
 
-using tests::bytesOf;
+using tests::readAll;
 using tests::readBy;
 using tests::ScratchFolder;
 
@@ -28,7 +28,7 @@ std::string encode(const Bitmap& picture, int32_t bits, const std::string& path)
     EXPECT_TRUE(file.create(path));
     writeGif(picture, bits, file);
     EXPECT_TRUE(file.finish());
-    return bytesOf(path);
+    return readAll(path);
 }
 
 Bitmap colourful(int32_t width, int32_t height) {

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <sys/wait.h>
@@ -10,6 +8,7 @@
 
 #include "imagefiles/format_table.h"
 #include "imagefiles/image_files.h"
+#include "support/files.h"
 #include "support/paths.h"
 #include "support/pictures.h"
 
@@ -47,11 +46,6 @@ inline std::optional<Bitmap> readBy(const std::string& command, const std::strin
     if (runShell("ppmtoppm < \"$1\"", scratch / "read", scratch / "pixmap") != 0)
         return std::nullopt;
     return Bitmap(readPixmap(scratch / "pixmap"));
-}
-
-inline std::string bytesOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 inline PictureHolder holding(Bitmap bitmap) {

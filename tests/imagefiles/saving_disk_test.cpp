@@ -18,15 +18,20 @@ namespace tessarine {
 namespace {
 
 namespace fs = std::filesystem;
-using tests::bytesOf;
+using tests::readAll;
 using tests::saveBy;
 using tests::ScratchFolder;
 using Status = SaveOutcome::Status;
 
 /// Runs something in a process of its own. \return what it returned, 128 where it crashed
 int inChild(const std::function<int()>& work) {
+    // A process that ends like this one leaves its temp folder behind.
+    const ScratchFolder temporary;
     const pid_t child = fork();
-    if (child == 0) _exit(work());
+    if (child == 0) {
+        setenv("TMPDIR", temporary.path().c_str(), 1);
+        _exit(work());
+    }
     int status = 0;
     waitpid(child, &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128;
@@ -128,9 +133,9 @@ TEST(SavedFiles, DependOnThePixelsAlone) {
     }
     for (const auto& entry : fs::directory_iterator(folder / "0")) {
         const std::string name = entry.path().filename().string();
-        const std::string expected = bytesOf(entry.path().string());
+        const std::string expected = readAll(entry.path().string());
         for (int i = 1; i < processes; ++i)
-            EXPECT_TRUE(bytesOf(folder / std::to_string(i) + "/" + name) == expected)
+            EXPECT_TRUE(readAll(folder / std::to_string(i) + "/" + name) == expected)
                 << name << " of process " << i;
     }
 }
@@ -145,7 +150,7 @@ TEST(SavedFiles, DoNotDependOnTheSaveBefore) {
                    folder / "before." + std::string(before.extension), true);
             ASSERT_EQ(saveBy(row, picture, folder / "a." + extension, true).status, Status::saved);
             ASSERT_EQ(saveBy(row, picture, folder / "b." + extension, true).status, Status::saved);
-            EXPECT_TRUE(bytesOf(folder / "a." + extension) == bytesOf(folder / "b." + extension))
+            EXPECT_TRUE(readAll(folder / "a." + extension) == readAll(folder / "b." + extension))
                 << row.text << " after " << before.text;
         }
 }

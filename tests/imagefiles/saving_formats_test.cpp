@@ -12,7 +12,7 @@
 namespace tessarine {
 namespace {
 
-using tests::bytesOf;
+using tests::readAll;
 using tests::readBy;
 using tests::saveBy;
 using tests::ScratchFolder;
@@ -77,7 +77,7 @@ std::string savedBytes(int row, const Bitmap& picture) {
     const ScratchFolder folder;
     const std::string path = folder / "a." + std::string(formatTable()[row].extension);
     EXPECT_EQ(saveBy(formatTable()[row], picture, path).status, Status::saved);
-    return bytesOf(path);
+    return readAll(path);
 }
 
 Bitmap coloured(int32_t width, int32_t height) {

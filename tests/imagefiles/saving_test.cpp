@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <sys/stat.h>
 
@@ -14,10 +13,11 @@ namespace tessarine {
 namespace {
 
 namespace fs = std::filesystem;
-using tests::bytesOf;
 using tests::holding;
+using tests::readAll;
 using tests::saveBy;
 using tests::ScratchFolder;
+using tests::writeAll;
 using Status = SaveOutcome::Status;
 
 const FormatRow& rowNamed(std::string_view shortName) {
@@ -30,10 +30,6 @@ Bitmap smallPicture() { return Bitmap(tests::randomBuffer(7, 5, 1)); }
 
 std::string saveTempName() { return TempFolder() + "t65s8s98"; }
 
-void writeText(const std::string& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
-
 TEST(Saving, EveryRowSavesAndTellsTheSize) {
     const ScratchFolder folder;
     for (const FormatRow& row : formatTable()) {
@@ -42,7 +38,7 @@ TEST(Saving, EveryRowSavesAndTellsTheSize) {
         const SaveOutcome outcome = saveBy(row, smallPicture(), path);
         EXPECT_EQ(outcome.status, Status::saved) << row.text << ": " << outcome.message;
         EXPECT_EQ(outcome.message, "");
-        EXPECT_EQ(outcome.bytes, static_cast<int64_t>(bytesOf(path).size())) << row.text;
+        EXPECT_EQ(outcome.bytes, static_cast<int64_t>(readAll(path).size())) << row.text;
         EXPECT_GT(outcome.bytes, 0) << row.text;
     }
 }
@@ -51,12 +47,12 @@ TEST(Saving, KeepsATargetThatExistsWhereItMayNotBeOverwritten) {
     const ScratchFolder folder;
     for (const FormatRow& row : formatTable()) {
         const std::string path = folder / "kept." + std::string(row.extension);
-        writeText(path, "old");
+        writeAll(path, "old");
         const auto date = fs::last_write_time(path) - std::chrono::hours(1);
         fs::last_write_time(path, date);
         const SaveOutcome outcome = saveBy(row, smallPicture(), path);
         EXPECT_EQ(outcome.status, Status::kept) << row.text;
-        EXPECT_EQ(bytesOf(path), "old") << row.text;
+        EXPECT_EQ(readAll(path), "old") << row.text;
         EXPECT_EQ(fs::last_write_time(path), date) << row.text;
     }
 }
@@ -84,12 +80,12 @@ TEST(Saving, OverwritingReplacesTheTargetByTheSameBytesAsANewFile) {
     const ScratchFolder folder;
     for (const FormatRow& row : formatTable()) {
         const std::string extension(row.extension);
-        writeText(folder / "old." + extension, std::string(100000, 'x'));
+        writeAll(folder / "old." + extension, std::string(100000, 'x'));
         ASSERT_EQ(saveBy(row, smallPicture(), folder / "old." + extension, true).status,
                   Status::saved);
         ASSERT_EQ(saveBy(row, smallPicture(), folder / "new." + extension, true).status,
                   Status::saved);
-        EXPECT_EQ(bytesOf(folder / "old." + extension), bytesOf(folder / "new." + extension))
+        EXPECT_EQ(readAll(folder / "old." + extension), readAll(folder / "new." + extension))
             << row.text;
     }
 }
@@ -97,7 +93,7 @@ TEST(Saving, OverwritingReplacesTheTargetByTheSameBytesAsANewFile) {
 TEST(Saving, AFailingSaveLosesTheOldTarget) {
     const ScratchFolder folder;
     for (const std::string name : {"a.gif", "a.jpg", "a.png"}) {
-        writeText(folder / name, "old");
+        writeAll(folder / name, "old");
         mFormat format;
         PictureHolder nothing;
         const std::string extension = name.substr(2);
@@ -142,13 +138,13 @@ TEST(Saving, ADeviceIsNeverReplaced) {
 
 TEST(Saving, ALinkIsReplacedAndNotFollowed) {
     const ScratchFolder folder;
-    writeText(folder / "precious", "old");
+    writeAll(folder / "precious", "old");
     fs::create_symlink(folder / "precious", folder / "a.jpg");
     fs::create_symlink(folder / "nowhere", folder / "b.jpg");
     EXPECT_EQ(saveBy(rowNamed("jpg-good"), smallPicture(), folder / "b.jpg").status, Status::kept);
     EXPECT_EQ(saveBy(rowNamed("jpg-good"), smallPicture(), folder / "a.jpg", true).status,
               Status::saved);
-    EXPECT_EQ(bytesOf(folder / "precious"), "old");
+    EXPECT_EQ(readAll(folder / "precious"), "old");
     EXPECT_FALSE(fs::is_symlink(folder / "a.jpg"));
     EXPECT_FALSE(fs::exists(folder / "nowhere"));
 }
@@ -157,7 +153,7 @@ TEST(Saving, AnExtensionOutsideTheTableWritesNothingButLosesTheOldTarget) {
     const ScratchFolder folder;
     for (const std::string extension : {"", "webp", "PNG", "jpeg", "tiff"}) {
         const std::string path = folder / "a." + extension;
-        writeText(path, "old");
+        writeAll(path, "old");
         mFormat format;
         PictureHolder holder = holding(smallPicture());
         EXPECT_EQ(SaveImageFile(format, holder, extension, path, true, 6).status, Status::failed)
@@ -191,7 +187,7 @@ TEST(Saving, TheTenOtherFormatsGoByExtensionAlone) {
     PictureHolder holder = holding(smallPicture());
     EXPECT_EQ(SaveImageFile(format, holder, "png", folder / "a.png", true, 17).status,
               Status::saved);
-    EXPECT_EQ(bytesOf(folder / "a.png").substr(1, 3), "PNG");
+    EXPECT_EQ(readAll(folder / "a.png").substr(1, 3), "PNG");
 }
 
 TEST(Saving, OddNamesAreWrittenAsTheyAre) {
@@ -206,7 +202,7 @@ TEST(Saving, OddNamesAreWrittenAsTheyAre) {
             fs::remove(path);
             const SaveOutcome outcome = saveBy(row, smallPicture(), path);
             EXPECT_EQ(outcome.status, Status::saved) << row.text << name << outcome.message;
-            EXPECT_EQ(static_cast<int64_t>(bytesOf(path).size()), outcome.bytes);
+            EXPECT_EQ(static_cast<int64_t>(readAll(path).size()), outcome.bytes);
         }
 }
 
@@ -221,8 +217,8 @@ TEST(Saving, CapitalsInThePathsExtensionChangeNothing) {
         ASSERT_EQ(
             saveBy(row, smallPicture(), folder / "a." + std::string(row.extension), true).status,
             Status::saved);
-        EXPECT_EQ(bytesOf(folder / "a." + capitals),
-                  bytesOf(folder / "a." + std::string(row.extension)))
+        EXPECT_EQ(readAll(folder / "a." + capitals),
+                  readAll(folder / "a." + std::string(row.extension)))
             << row.text;
     }
 }
