@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -257,26 +256,6 @@ TEST(GifEncoder, StaysWithinHalfADecibelOfLibimagequantOnPhotographs) {
         }
     }
     EXPECT_GT(count, 0);
-}
-
-TEST(GifEncoder, TwelveMegapixelsTakeLessThanTwoSeconds) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(NDEBUG)
-    GTEST_SKIP() << "times are told of the optimised build";
-#endif
-    const ScratchFolder folder;
-    // Waves under noise: as many colours as a photograph and none of them alike for long.
-    const Bitmap noise = colourful(256, 256);
-    const Bitmap picture(tests::drawBuffer(4000, 3000, [&](int32_t x, int32_t y) {
-        const Pixel& n = noise.row(y & 255)[x & 255];
-        const int32_t wave = 60 + (x >> 5) + static_cast<int32_t>(40 * std::sin(y / 200.0));
-        return Pixel{static_cast<uint8_t>(wave + n.blue % 24),
-                     static_cast<uint8_t>(wave / 2 + n.green % 24 + (y >> 6)),
-                     static_cast<uint8_t>(200 - wave / 2 + n.red % 24), 0};
-    }));
-    const std::clock_t start = std::clock();
-    encode(picture, 8, folder / "a.gif");
-    // The processor's time: the machine's other work does not count.
-    EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, 2.0);
 }
 
 }  // namespace
