@@ -69,7 +69,8 @@ void cBatch::LoadFunctionList() {
         records = readFunctionList(*path);
         count = toInteger16(static_cast<double>(records.size()));
     });
-    for (int32_t i = 0; i < count; ++i) AppendRecord(records[static_cast<size_t>(i)]);
+    for (int32_t i = 0; i < count; ++i)
+        AppendRecord(records[static_cast<size_t>(i)]);
     if (!LSelectedFunctions.empty()) RebuildChainAndDraw();
 }
 

@@ -11,8 +11,6 @@ namespace tessarine {
 
 namespace {
 
-int32_t brightness(const Pixel& p) { return (p.blue + p.green + p.red) / 3; }
-
 Pixel grey(uint8_t level) { return {level, level, level, 0}; }
 
 /// (Factor + 100) percent as a single.

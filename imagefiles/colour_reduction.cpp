@@ -165,58 +165,69 @@ void refine(ColourSet& chosen, const std::vector<Sample>& samples) {
     }
 }
 
-/// Finds the nearest of a set of colours, exactly. The colour cube is cut into cells of 8 levels
-/// a side, each with a list of the colours that can be nearest to anything in it.
+/// Finds the nearest of a set of colours, exactly. The colour cube is cut into cells of 4 levels
+/// a side. Each gets a list of the colours that can be nearest to anything in it, when it is first
+/// asked for: a picture visits few of the cells.
 class NearestColour {
   public:
-    explicit NearestColour(const std::vector<Colour>& colours) : colours_(colours) {
-        starts_.reserve(cells + 1);
-        std::array<int32_t, 256> closest;
-        for (int32_t cell = 0; cell < cells; ++cell) {
-            starts_.push_back(static_cast<uint32_t>(candidates_.size()));
-            // No colour that is farther from the whole cell than another from its farthest
-            // corner is ever nearest.
-            int32_t bound = std::numeric_limits<int32_t>::max();
-            for (size_t i = 0; i < colours.size(); ++i) {
-                int32_t farthest = 0;
-                closest[i] = 0;
-                reach(colours[i].red, cell >> 10, closest[i], farthest);
-                reach(colours[i].green, cell >> 5 & 31, closest[i], farthest);
-                reach(colours[i].blue, cell & 31, closest[i], farthest);
-                bound = std::min(bound, farthest);
-            }
-            for (size_t i = 0; i < colours.size(); ++i)
-                if (closest[i] <= bound) candidates_.push_back(static_cast<uint8_t>(i));
-        }
-        starts_.push_back(static_cast<uint32_t>(candidates_.size()));
-    }
+    explicit NearestColour(const std::vector<Colour>& colours)
+        : colours_(colours), lists_(size_t{1} << (3 * cellBits), noList) {}
 
     /// The place of the nearest colour, the first of equally near ones. Channels 0 to 255.
-    uint8_t operator()(const Colour& c) const {
-        const int32_t cell = (c.red >> 3) << 10 | (c.green >> 3) << 5 | c.blue >> 3;
+    uint8_t operator()(const Colour& c) {
+        const int32_t cell = (c.red >> cellShift) << (2 * cellBits) |
+                             (c.green >> cellShift) << cellBits | c.blue >> cellShift;
+        if (lists_[cell] == noList) makeList(c, cell);
+        const uint8_t* list = candidates_.data() + lists_[cell];
+        const uint8_t* last = list + 1 + *list;
         int32_t smallest = std::numeric_limits<int32_t>::max();
         uint8_t best = 0;
-        for (uint32_t k = starts_[cell]; k < starts_[cell + 1]; ++k) {
-            const Colour& candidate = colours_[candidates_[k]];
+        for (const uint8_t* i = list + 1; i <= last; ++i) {
+            const Colour& candidate = colours_[*i];
             const int32_t r = c.red - candidate.red;
             const int32_t g = c.green - candidate.green;
             const int32_t b = c.blue - candidate.blue;
             const int32_t distance = r * r + g * g + b * b;
             if (distance < smallest) {
                 smallest = distance;
-                best = candidates_[k];
+                best = *i;
             }
         }
         return best;
     }
 
   private:
-    static constexpr int32_t cells = 1 << 15;
+    static constexpr int cellBits = 6;
+    static constexpr int cellShift = 8 - cellBits;
+    static constexpr uint32_t noList = std::numeric_limits<uint32_t>::max();
 
-    /// Adds the squares of the smallest and largest distance of a level to a cell's range.
-    static void reach(int32_t level, int32_t place, int32_t& closest, int32_t& farthest) {
-        const int32_t low = place << 3;
-        const int32_t high = low + 7;
+    /// No colour that is farther from the whole cell than another from its farthest corner is ever
+    /// nearest.
+    void makeList(const Colour& inside, int32_t cell) {
+        std::array<int32_t, 256> closest;
+        int32_t bound = std::numeric_limits<int32_t>::max();
+        for (size_t i = 0; i < colours_.size(); ++i) {
+            int32_t farthest = 0;
+            closest[i] = 0;
+            reach(colours_[i].red, inside.red, closest[i], farthest);
+            reach(colours_[i].green, inside.green, closest[i], farthest);
+            reach(colours_[i].blue, inside.blue, closest[i], farthest);
+            bound = std::min(bound, farthest);
+        }
+        // A list is the number of its colours less 1, and their places.
+        const size_t start = candidates_.size();
+        lists_[cell] = static_cast<uint32_t>(start);
+        candidates_.push_back(0);
+        for (size_t i = 0; i < colours_.size(); ++i)
+            if (closest[i] <= bound) candidates_.push_back(static_cast<uint8_t>(i));
+        candidates_[start] = static_cast<uint8_t>(candidates_.size() - start - 2);
+    }
+
+    /// Adds the squares of the smallest and largest distance of a level to those of the cell that
+    /// `inside` lies in.
+    static void reach(int32_t level, int32_t inside, int32_t& closest, int32_t& farthest) {
+        const int32_t low = inside >> cellShift << cellShift;
+        const int32_t high = low + (1 << cellShift) - 1;
         const int32_t near = std::max({0, low - level, level - high});
         const int32_t far = std::max(std::abs(level - low), std::abs(level - high));
         closest += near * near;
@@ -224,7 +235,7 @@ class NearestColour {
     }
 
     const std::vector<Colour>& colours_;
-    std::vector<uint32_t> starts_;
+    std::vector<uint32_t> lists_;
     std::vector<uint8_t> candidates_;
 };
 
@@ -235,7 +246,7 @@ class Evenness {
     explicit Evenness(const Bitmap& picture)
         : picture_(picture), width_(picture.width()), height_(picture.height()) {}
 
-    bool at(int32_t x, int32_t y) const { return evenAt(x, y, 8) && evenAt(x, y, 2); }
+    bool at(int32_t x, int32_t y) const { return evenAt(x, y, 4) && evenAt(x, y, 2); }
 
   private:
     /// Twice the deviation, in levels, of a pixel from the mean of two others; what rounding to
@@ -287,7 +298,7 @@ Colour colourOf(const Pixel& pixel) { return {pixel.red, pixel.green, pixel.blue
 std::vector<uint8_t> mapPixels(const Bitmap& picture, const std::vector<Colour>& colours,
                                bool diffuse) {
     const int32_t width = picture.width();
-    const NearestColour nearest(colours);
+    NearestColour nearest(colours);
     const Evenness even(picture);
     std::vector<uint8_t> indices(static_cast<size_t>(width) * picture.height());
     std::vector<Remainder> here(static_cast<size_t>(width) + 2);

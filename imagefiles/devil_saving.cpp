@@ -151,6 +151,8 @@ void saveThroughDevil(const std::string& temporaryBmp, const std::string& path, 
         throw StatementFailed("the picture is too large for this format: a side has at most " +
                               std::to_string(longest) + " pixels");
 
+    // Telling the format of a small file by its content leaves errors of the guesses that failed.
+    takeError();
     const WritingTo writing(file);
     const bool said = ilSaveImage(path.c_str()) != 0;
     const std::string error = takeError();

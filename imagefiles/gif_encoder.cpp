@@ -31,7 +31,9 @@ struct FreeMap {
     void operator()(ColorMapObject* map) const { GifFreeMapObject(map); }
 };
 
-[[noreturn]] void failWith(int error) {
+/// The file knows better than the encoder why it took no more.
+[[noreturn]] void failWith(int error, const OutputFile& file) {
+    if (!file.failure().empty()) throw StatementFailed(file.failure());
     const char* why = GifErrorString(error);
     throw StatementFailed(std::string("cannot write the GIF file: ") +
                           (why != nullptr ? why : "unknown error"));
@@ -53,21 +55,21 @@ void writeGif(const Bitmap& picture, int32_t colourBits, OutputFile& file) {
 
     const std::unique_ptr<ColorMapObject, FreeMap> map(GifMakeMapObject(tableSize, nullptr));
     int error = E_GIF_ERR_NOT_ENOUGH_MEM;
-    if (map == nullptr) failWith(error);
+    if (map == nullptr) failWith(error, file);
     for (size_t i = 0; i < reduced.colours.size(); ++i)
         map->Colors[i] = {reduced.colours[i].red, reduced.colours[i].green,
                           reduced.colours[i].blue};
 
     std::unique_ptr<GifFileType, CloseEncoder> gif(EGifOpen(&file, &writeBytes, &error));
-    if (gif == nullptr) failWith(error);
+    if (gif == nullptr) failWith(error, file);
     if (EGifPutScreenDesc(gif.get(), width, height, colourBits, 0, map.get()) == GIF_ERROR ||
         EGifPutImageDesc(gif.get(), 0, 0, width, height, false, nullptr) == GIF_ERROR)
-        failWith(gif->Error);
+        failWith(gif->Error, file);
     for (int32_t y = 0; y < height; ++y) {
         GifPixelType* row = reduced.indices.data() + static_cast<size_t>(y) * width;
-        if (EGifPutLine(gif.get(), row, width) == GIF_ERROR) failWith(gif->Error);
+        if (EGifPutLine(gif.get(), row, width) == GIF_ERROR) failWith(gif->Error, file);
     }
-    if (EGifCloseFile(gif.release(), &error) == GIF_ERROR) failWith(error);
+    if (EGifCloseFile(gif.release(), &error) == GIF_ERROR) failWith(error, file);
     if (!file.failure().empty()) throw StatementFailed(file.failure());
 }
 

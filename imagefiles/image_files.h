@@ -55,7 +55,8 @@ struct SaveOutcome {
     int64_t bytes = 0;    ///< size of the file written
 };
 
-/// Writes what is drawn on a picture holder to a file.
+/// Writes what is drawn on a picture holder to a file; the rows that go through DevIL write its
+/// lasting picture. A file that did not become whole is removed again.
 /// \param extension    of the format row; decides the route
 /// \param path         the whole output name
 /// \param overwrite    an existing target is deleted before anything is tried; without it a

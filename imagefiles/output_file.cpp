@@ -22,24 +22,27 @@ bool OutputFile::create(const std::string& path) {
 }
 
 size_t OutputFile::write(const void* bytes, size_t count) {
+    if (count == 0 || !isOpen()) return 0;
     const size_t taken = std::fwrite(bytes, 1, count, file_);
     if (taken != count) fail("cannot write the file");
     return taken;
 }
 
 size_t OutputFile::read(void* bytes, size_t count) {
+    if (count == 0 || !isOpen()) return 0;
     const size_t got = std::fread(bytes, 1, count, file_);
     if (got != count) fail("cannot read back the file");
     return got;
 }
 
 bool OutputFile::seek(int64_t offset, int origin) {
+    if (!isOpen()) return false;
     if (fseeko(file_, offset, origin) == 0) return true;
     fail("cannot write the file");
     return false;
 }
 
-int64_t OutputFile::tell() const { return ftello(file_); }
+int64_t OutputFile::tell() const { return isOpen() ? ftello(file_) : -1; }
 
 bool OutputFile::finish() {
     if (!isOpen()) return false;

@@ -21,6 +21,9 @@ class OutputFile {
     bool create(const std::string& path);
     bool isOpen() const { return file_ != nullptr; }
 
+    // A library may go on although it was told that the file cannot be made: on a file that is
+    // not open these do nothing and fail.
+
     /// \return how many bytes were taken; fewer than `count` is a failure.
     size_t write(const void* bytes, size_t count);
     size_t read(void* bytes, size_t count);

@@ -1,14 +1,13 @@
 #include "pixels/bit_filter.h"
 
 #include <chrono>
+#include <cmath>
 
 #include "pixels/frame.h"
 
 namespace tessarine {
 
 namespace {
-
-int32_t brightness(const Pixel& p) { return (p.blue + p.green + p.red) / 3; }
 
 /// The larger of two, as a sum: what sumRows adds up for GetLMax.
 struct Largest {
@@ -73,6 +72,19 @@ int32_t cBitFilter::GetLMed() const {
         return sum;
     };
     return sumRows(int32_t{0}, ofRow) / count;
+}
+
+float cBitFilter::GetAngle(int32_t dX, int32_t dY) {
+    constexpr float pi = 3.141592F;
+    if (dX == 0) return static_cast<float>(dY >= 1 ? double{pi} / 2 : -double{pi} / 2);
+    const double angle = std::atan(static_cast<double>(dY) / dX);
+    return static_cast<float>(dX < 0 ? angle + double{pi} : angle);
+}
+
+void cBitFilter::PrepareBitmap(BitmapHeader& header, PixelBuffer& given, int32_t width,
+                               int32_t height) {
+    given = PixelBuffer(width, height);
+    header = {40, width + 2 * PixelBuffer::margin, -(height + 2 * PixelBuffer::margin), 1, 32};
 }
 
 PixelBuffer cBitFilter::NewDoc(uint8_t R, uint8_t G, uint8_t b) {

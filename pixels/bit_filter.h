@@ -14,6 +14,16 @@ namespace tessarine {
 /// Milliseconds since some fixed moment, wrapping at 32 bits.
 uint32_t systemClock();
 
+/// How a pixel buffer is described to a drawing interface: a top-down 32-bit bitmap that includes
+/// the margin.
+struct BitmapHeader {
+    int32_t size = 0;  ///< bytes of the header, 40
+    int32_t width = 0;
+    int32_t height = 0;  ///< negative: the first row is the top one
+    int16_t planes = 0;
+    int16_t bitCount = 0;
+};
+
 /// The filter engine: one image, the region of it that filters may touch, and the image functions.
 ///
 /// A filter member reads the image and returns a new buffer; the image itself stays. Outside the
@@ -27,6 +37,7 @@ uint32_t systemClock();
 class cBitFilter {
   public:
     /// Called on the caller's thread with the percentage done, measured against the whole height.
+    /// It must leave the object alone.
     std::function<void(int32_t& percent)> Progress;
     /// The clock that spaces the reports of Progress.
     std::function<uint32_t()> timeGetTime = systemClock;
@@ -50,6 +61,14 @@ class cBitFilter {
     /// Mean of (B + G + R) \ 3 over the whole image, truncated.
     /// \throws StatementFailed for an empty image.
     int32_t GetLMed() const;
+
+    /// The angle of (dX, dY) in radians as a single, from -pi / 2 to 3 pi / 2, with pi taken as
+    /// 3.141592. (0, 0) gives -pi / 2.
+    static float GetAngle(int32_t dX, int32_t dY);
+    /// Dimensions `given` for an image of width by height and describes it in `header`.
+    /// \throws StatementFailed for a negative size or for want of memory
+    static void PrepareBitmap(BitmapHeader& header, PixelBuffer& given, int32_t width,
+                              int32_t height);
 
     /// Fills the region's box, corners included, with one colour. Raises no Progress.
     PixelBuffer NewDoc(uint8_t R, uint8_t G, uint8_t b);

@@ -17,6 +17,9 @@ struct Pixel {
 };
 static_assert(sizeof(Pixel) == 4);
 
+/// (B + G + R) \ 3, the brightness by which tone filters go.
+inline int32_t brightness(const Pixel& p) { return (p.blue + p.green + p.red) / 3; }
+
 /// An image of width() by height() pixels inside a margin of two pixels on all four sides: the
 /// pixel block of a top-down 32-bit bitmap of (width + 4) by (height + 4) without row padding.
 /// The byte (channel, x, y) lies at ((y + 2) * (width + 4) + (x + 2)) * 4 + channel.

@@ -232,10 +232,8 @@ void addFunctionList(cBatch& batch, const std::string& file) {
         int32_t id = -1;
         attempt([&] { id = toInteger32(records[i].id); });
         if (id < 0 || id > highestFunctionId)
-            refuseList(
-                fmt::format("record {} names the function '{}'; expected a number from 0 "
-                            "to {}",
-                            i + 1, trimmed(records[i].id), highestFunctionId));
+            refuseList(fmt::format("record {} names no function; expected a number from 0 to {}",
+                                   i + 1, highestFunctionId));
         batch.AppendRecord(records[i]);
     }
 }

@@ -7,6 +7,7 @@
 
 #include "batch/batch.h"
 #include "batch/list_files.h"
+#include "support/cases.h"
 #include "support/files.h"
 #include "support/paths.h"
 #include "support/recorder.h"
@@ -380,8 +381,7 @@ TEST_F(FunctionList, WithoutADialogAMissingFileIsTold) {
 }
 
 TEST_F(FunctionList, ListsComeBackByteForByte) {
-    const std::filesystem::path lists = tests::sharedFolder() / "cases/lists";
-    if (!std::filesystem::exists(lists)) GTEST_SKIP() << "the sample lists are not here";
+    const std::filesystem::path lists = tests::casesFolder() + "lists";
     size_t count = 0;
     for (const auto& entry : std::filesystem::directory_iterator(lists)) {
         const std::string path = entry.path().string();
@@ -395,8 +395,7 @@ TEST_F(FunctionList, ListsComeBackByteForByte) {
 }
 
 TEST_F(FunctionList, LoadedListsAreSavedByteForByte) {
-    const std::filesystem::path lists = tests::sharedFolder() / "cases/lists";
-    if (!std::filesystem::exists(lists)) GTEST_SKIP() << "the sample lists are not here";
+    const std::filesystem::path lists = tests::casesFolder() + "lists";
     for (int i = 0; i < 20; ++i) {
         const std::string name = "chain-0" + std::string(i < 10 ? "0" : "") + std::to_string(i);
         const std::string path = (lists / (name + ".qfk")).string();

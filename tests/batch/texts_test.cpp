@@ -1,7 +1,6 @@
 #include "batch/texts.h"
 
 #include <bit>
-#include <clocale>
 #include <limits>
 #include <random>
 
@@ -104,17 +103,6 @@ TEST(Texts, ASingleIsWrittenAsShortAsItReadsBack) {
         ASSERT_EQ(toSingle(singleText(value)), value);
         ASSERT_LE(singleText(value).size(), 16U);
     }
-}
-
-TEST(Texts, NumbersDoNotDependOnTheLocale) {
-    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
-    if (std::setlocale(LC_NUMERIC, "de_DE.UTF-8") == nullptr) {
-        GTEST_SKIP() << "no locale with a decimal comma is installed";
-    }
-    EXPECT_EQ(toSingle("12.5"), 12.5F);
-    EXPECT_EQ(singleText(12.5F), "12.5");
-    EXPECT_THROW(toSingle("12,5"), StatementFailed);
-    std::setlocale(LC_NUMERIC, before.c_str());
 }
 
 TEST(Texts, TrimmingTakesBlanksAlone) {

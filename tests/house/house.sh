@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Checks of the house around the code: house.sh ROOT CHECK. Exit status 77 says that a tool for
-# the check is missing.
+# Checks of the house around the code: house.sh ROOT CHECK [RUNNER]. Exit status 77 says that a
+# tool for the check is missing.
 set -euo pipefail
 
 root=$1
@@ -21,7 +21,7 @@ need() {
 }
 
 shell_scripts() {
-    find "$root/script" "$root/.ci" "$root/samples" "$root/tests/house" -type f \
+    find "$root/script" "$root/.ci" "$root/samples" "$root/docs" "$root/tests/house" -type f \
         -exec grep -lE -m1 '^#!/usr/bin/env bash' {} +
 }
 
@@ -125,6 +125,18 @@ pixels/bad.h:1:#include "filters/lookup.h"'
         groff -man -Tutf8 -ww -z "$root/docs/man/tessarine-batch.1" 2>"$scratch/said" ||
             fail "groff refuses it: $(cat "$scratch/said")"
         [[ ! -s $scratch/said ]] || fail "$(cat "$scratch/said")"
+        ;;
+    manual_page_tells_every_option)
+        runner=$3
+        options=$("$runner" --help | grep -oE -- '(^| |,)--?[a-z0-9][a-z-]*' | tr -d ' ,' | sort -u)
+        [[ -n $options ]] || fail "the runner's --help tells no options"
+        sed 's/\\-/-/g' "$root/docs/man/tessarine-batch.1" >"$scratch/page"
+        for option in $options; do
+            # The short form of --help is the library's own.
+            [[ $option == -h ]] && continue
+            grep -qE -- "^\.(B|BI|BR) \"?$option( |$)" "$scratch/page" ||
+                fail "the manual page does not tell $option"
+        done
         ;;
     links_lead_somewhere)
         while IFS=: read -r page target; do

@@ -194,6 +194,29 @@ TEST(BitFilter, NewDocWithoutRegionOrBufferChangesNothing) {
     EXPECT_EQ(filter.NewDoc(1, 2, 3), picture) << "its owner has let go of the region";
 }
 
+TEST(BitFilter, AnglesGoOnceAroundWithARoundedPi) {
+    EXPECT_EQ(cBitFilter::GetAngle(1, 0), 0.0F);
+    EXPECT_EQ(cBitFilter::GetAngle(-1, 0), 3.141592F);
+    EXPECT_EQ(cBitFilter::GetAngle(0, 1), 3.141592F / 2);
+    EXPECT_EQ(cBitFilter::GetAngle(0, 0), -3.141592F / 2);
+    EXPECT_EQ(cBitFilter::GetAngle(0, -7), -3.141592F / 2);
+    EXPECT_FLOAT_EQ(cBitFilter::GetAngle(3, 3), 0.78539816F);
+    EXPECT_FLOAT_EQ(cBitFilter::GetAngle(-3, 3), 2.3561938F);
+    EXPECT_FLOAT_EQ(cBitFilter::GetAngle(-3, -3), 3.9269902F);
+}
+
+TEST(BitFilter, ABufferIsPreparedWithItsMarginAndDescribedTopDown) {
+    BitmapHeader header;
+    PixelBuffer buffer;
+    cBitFilter::PrepareBitmap(header, buffer, 10, 20);
+    EXPECT_EQ(buffer, PixelBuffer(10, 20));
+    EXPECT_EQ(header.size, 40);
+    EXPECT_EQ(header.width, 14);
+    EXPECT_EQ(header.height, -24);
+    EXPECT_EQ(header.planes, 1);
+    EXPECT_EQ(header.bitCount, 32);
+}
+
 TEST(BitFilter, TheSystemClockNeverRunsBackwards) {
     const uint32_t first = systemClock();
     const uint32_t second = systemClock();
