@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstdlib>
 #include <vector>
 
 #include <FreeImage.h>
@@ -268,8 +269,12 @@ std::optional<Decoded> takeOverBmp(Bytes file, const std::string&) {
     in.skip(14);
     const uint32_t size = in.u32le();
     if (size == 40) {
-        in.skip(12);
-        if (in.u32le() == plain) return std::nullopt;
+        const Header header = readHeader(file, true);
+        // The file library takes memory for any claim.
+        const uint64_t claim = static_cast<uint64_t>(std::abs(header.width)) *
+                               static_cast<uint64_t>(header.height) * header.bits / 8;
+        if (claim / 2 > file.size() + 65536) refuse("the file is too short for its picture");
+        if (header.compression == plain) return std::nullopt;
     }
     return decodeBmp(file, true);
 }

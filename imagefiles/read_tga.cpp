@@ -109,6 +109,9 @@ std::optional<Decoded> takeOverTga(Bytes file, const std::string&) {
     if (file.size() < 18) refuse("the file ends early");
     ByteReader in(file);
     const uint32_t kind = file[2] & 7;
+    // One byte stands for 128 pixels at most; the file library takes memory for any claim.
+    const uint64_t claim = uint64_t{file[12] + 256u * file[13]} * (file[14] + 256u * file[15]);
+    if (claim / 128 > file.size()) refuse("the file is too short for its picture");
     const bool startsAtRight = file[17] & 0x10;
     const bool hasGreyAlpha = kind == 3 && file[16] == 16;
     if (!startsAtRight && !hasGreyAlpha) return std::nullopt;
