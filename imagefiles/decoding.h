@@ -23,7 +23,7 @@ using Bytes = std::span<const uint8_t>;
 std::vector<uint8_t> readWholeFile(const std::string& path);
 
 /// The largest number of pixels that a decoder of this room makes.
-constexpr uint64_t maxPixels = uint64_t{1} << 28;
+constexpr uint64_t maxPixels = uint64_t{1} << 29;
 
 /// A black bitmap, once the claimed size is believable.
 /// \param dataBytes     bytes that the file has for its pixels

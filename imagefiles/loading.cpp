@@ -7,6 +7,7 @@
 #include "imagefiles/devil_route.h"
 #include "imagefiles/extension_table.h"
 #include "imagefiles/image_files.h"
+#include "imagefiles/image_library.h"
 #include "pixels/failures.h"
 
 namespace tessarine {
@@ -18,15 +19,6 @@ std::string inLowerCase(std::string text) {
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     return text;
 }
-
-/// The library is open from here to the end of the scope.
-class OpenLibrary {
-  public:
-    explicit OpenLibrary(mFormat& format) { InitImageLibrary(format); }
-    ~OpenLibrary() { CloseImageLibrary(); }
-    OpenLibrary(const OpenLibrary&) = delete;
-    OpenLibrary& operator=(const OpenLibrary&) = delete;
-};
 
 FIBITMAP* loadByLibrary(const ExtensionRow& row, const std::string& path,
                         FREE_IMAGE_FORMAT detected) {

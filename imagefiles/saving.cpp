@@ -17,6 +17,7 @@
 #include "imagefiles/format_table.h"
 #include "imagefiles/gif_encoder.h"
 #include "imagefiles/image_files.h"
+#include "imagefiles/image_library.h"
 #include "imagefiles/output_file.h"
 #include "pixels/failures.h"
 
@@ -39,15 +40,6 @@ void deleteFile(const std::string& path) {
     if (unlink(path.c_str()) != 0)
         throw StatementFailed("cannot delete " + path + ": " + std::strerror(errno));
 }
-
-/// The file library, in use as long as this lives.
-class LibraryInUse {
-  public:
-    explicit LibraryInUse(mFormat& format) { InitImageLibrary(format); }
-    ~LibraryInUse() { CloseImageLibrary(); }
-    LibraryInUse(const LibraryInUse&) = delete;
-    LibraryInUse& operator=(const LibraryInUse&) = delete;
-};
 
 /// DevIL with an image of its own bound, and nobody else on it.
 class DevilImage {
@@ -135,7 +127,7 @@ std::optional<SaveRoute> routeOf(const std::string& extension) {
 void save(mFormat& format, PictureHolder& picture, const std::string& extension,
           const std::string& saveTempName, const std::string& path, int16_t formatIndex,
           OutputFile& file) {
-    const LibraryInUse library(format);
+    const OpenLibrary library(format);
     std::optional<DevilImage> devil(std::in_place);
     const std::optional<SaveRoute> route = routeOf(extension);
     // The other routes take their time; a load through DevIL need not wait for them.
