@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -281,8 +282,13 @@ class cBatch {
     /// complete. Reads the same members as BatchAll and shows nothing; txtDestination must be a
     /// folder and a format row be chosen.
     void BatchEach();
-    /// What became of each picture of the last run.
+    /// What became of each picture of the last run, a run inside it included.
     RunReport report;
+    /// The extension of the chosen format row; empty for a row outside the table.
+    std::string formatExtension() const;
+    /// The name under which picture `number` is saved in a folder that ends in a separator.
+    std::string outputName(const std::string& destination, int32_t number,
+                           const std::string& extension) const;
 
     Platform& platform() { return platform_; }
 
@@ -303,17 +309,21 @@ class cBatch {
     /// Makes the picture of a holder the image that rows work on.
     void takeIn(PictureHolder& picture);
 
+    /// Whether rows are told in the overview.
+    enum class Overview { written, silent };
+
     /// Appends to the overview.
     void append(const std::string& text);
     void openOverview(const std::string& destination);
     /// Reads a file into iSrc, which keeps what it held where that fails.
-    /// \return whether a picture was read; its figures are in `entry` then
+    /// \return whether a picture was read; its figures, or why not, stand in `entry`
     bool loadIntoSource(const std::string& path, PictureReport& entry);
-    void applyRows(bool withOverview);
+    void applyRows(Overview overview);
     void paintResultIntoSource();
     void restorePreview();
-    /// Puts the working state back to what a new program has.
-    void forgetEarlierPictures();
+    struct RowState;
+    RowState rowState() const;
+    void restoreRowState(const RowState& state);
     PictureReport processAlone(int32_t number, const std::string& destination);
 
     void hideSheet();
@@ -324,9 +334,16 @@ class cBatch {
     bool setSliderValue(int16_t index, int32_t value);
 
     Platform& platform_;
+    int runsUnderWay_ = 0;
     int16_t selectedNode_ = 0;   ///< tree index of the node last selected; 0 for none
     bool choosingBank_ = false;  ///< a column of frBanks is being cleared
 };
+
+/// A folder's path with a separator at its end.
+std::string asFolder(std::string path);
+
+/// Milliseconds that have passed since a moment.
+int64_t millisecondsSince(std::chrono::steady_clock::time_point start);
 
 /// Reads a picture list that the person chooses through `dialog` into `list`.
 void LoadList(Platform& dialog, std::vector<BasketItem>& list);

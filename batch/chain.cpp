@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "batch/batch.h"
+#include "batch/items.h"
 #include "batch/texts.h"
 #include "imagefiles/format_table.h"
 #include "pixels/numbers.h"
@@ -23,13 +24,6 @@ std::string shownText(double value, const std::string& format) {
 
 /// Functions whose three numbers come from the sliders; the others' panels write them.
 bool readsSliders(int32_t id) { return id < 41 && id != 26 && id != 39 && id != 40; }
-
-template <class Items>
-auto& itemAt(Items& items, int64_t index) {
-    if (index < 0 || index >= static_cast<int64_t>(items.size()))
-        throw StatementFailed("the list has no such item");
-    return items[static_cast<size_t>(index)];
-}
 
 }  // namespace
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -26,6 +27,15 @@ struct OptionDef {
     std::string_view label;
     bool initial = false;
 };
+
+// The labels of the special panels' choices, in the order of their indices.
+inline constexpr std::array<std::string_view, 3> bankLabels{"B", "G", "R"};
+inline constexpr std::array<std::string_view, 4> glassStyles{"Slanting", "Vertical", "Horizontal",
+                                                             "Squary"};
+inline constexpr std::array<std::string_view, 4> curtainStyles{"Horizontal", "Vertical", "Classy",
+                                                               "Whity"};
+inline constexpr int32_t lowestDegrees = -180;
+inline constexpr int32_t highestDegrees = 180;
 
 /// Which colour swatches a sheet shows. The values are what ShowSwatches hides, where it hides.
 enum class Swatches : int16_t { none = -2, both = -1, onlySecond = 0, onlyFirst = 1 };

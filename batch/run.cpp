@@ -1,8 +1,9 @@
-#include <algorithm>
 #include <chrono>
 
 #include "batch/batch.h"
+#include "batch/items.h"
 #include "batch/texts.h"
+#include "imagefiles/draft.h"
 #include "imagefiles/format_table.h"
 
 // The run over the basket as the window does it: what fails is passed over, and the next
@@ -13,18 +14,6 @@ namespace tessarine {
 namespace {
 
 constexpr const char* lineEnd = "\r\n";
-
-template <class Items>
-auto& itemAt(Items& items, size_t index) {
-    if (index >= items.size()) throw StatementFailed("the list has no such item");
-    return items[index];
-}
-
-/// Extension of a format row; empty for a row that does not exist.
-std::string rowExtension(int32_t row) {
-    if (row < 0 || row >= formatRowCount) return {};
-    return std::string(formatTable()[static_cast<size_t>(row)].extension);
-}
 
 std::string inQuotes(const std::string& text) { return "'" + text + "'"; }
 
@@ -54,10 +43,32 @@ void noteSave(const SaveOutcome& outcome, PictureReport& entry) {
 
 }  // namespace
 
+std::string asFolder(std::string path) {
+    if (!path.ends_with(folderSeparator)) path += folderSeparator;
+    return path;
+}
+
+int64_t millisecondsSince(std::chrono::steady_clock::time_point start) {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now() - start).count();
+}
+
+std::string cBatch::formatExtension() const {
+    if (cboFormat.index < 0 || cboFormat.index >= formatRowCount) return {};
+    return std::string(formatTable()[static_cast<size_t>(cboFormat.index)].extension);
+}
+
+std::string cBatch::outputName(const std::string& destination, int32_t number,
+                               const std::string& extension) const {
+    return destination + txtName + std::to_string(number) + "." + extension;
+}
+
 void cBatch::CmdBatchAll() {
     stopRequested = false;
-    report.clear();
+    if (runsUnderWay_ == 0) report.clear();
+    ++runsUnderWay_;
     BatchAll();
+    --runsUnderWay_;
 }
 
 void cBatch::BatchAll() {
@@ -66,8 +77,7 @@ void cBatch::BatchAll() {
                              "Tessarine");
         return;
     }
-    std::string destination = txtDestination;
-    if (!destination.ends_with(folderSeparator)) destination += folderSeparator;
+    const std::string destination = asFolder(txtDestination);
     if (!platform_.folderExists(destination)) {
         platform_.messageBox("Invalid Folder Path", Icon::information);
         return;
@@ -83,7 +93,7 @@ void cBatch::BatchAll() {
                              Icon::information);
         return;
     }
-    const std::string extension = rowExtension(cboFormat.index);
+    const std::string extension = formatExtension();
 
     workBits = {};
     pb.max = static_cast<int32_t>(lvSelected.size());
@@ -100,7 +110,7 @@ void cBatch::BatchAll() {
         if (stopRequested) break;
         const auto start = std::chrono::steady_clock::now();
 
-        attempt([&] { path = itemAt(lvSelected, static_cast<size_t>(i - 1)).Tag; });
+        attempt([&] { path = itemAt(lvSelected, i - 1).Tag; });
         PictureReport entry;
         entry.number = i;
         entry.input = path;
@@ -108,27 +118,23 @@ void cBatch::BatchAll() {
         takeIn(iSrc);
 
         append(std::string(lineEnd) + lineEnd + " Processing " + fileNameOf(path));
-        applyRows(true);
+        applyRows(Overview::written);
         paintResultIntoSource();
 
-        const std::string name = txtName + std::to_string(i) + "." + extension;
-        entry.output = destination + name;
-        noteSave(SaveImageFile(format, iSrc, extension, destination + name, chkOverwrite != 0,
+        entry.output = outputName(destination, i, extension);
+        const std::string whyNotLoaded = entry.message;
+        noteSave(SaveImageFile(format, iSrc, extension, entry.output, chkOverwrite != 0,
                                static_cast<int16_t>(cboFormat.index)),
                  entry);
         iSrc.clearSurface();
-        append(std::string(lineEnd) + " Processed Image Saved as " + txtName + std::to_string(i) +
-               "." + extension);
+        append(std::string(lineEnd) + " Processed Image Saved as " + outputName({}, i, extension));
 
         if (!loaded) {
             entry.status = PictureReport::Status::failed;
             entry.error = "unreadable";
-            entry.message += (entry.message.empty() ? "" : "; ") +
-                             std::string("the picture before it was processed in its place");
+            entry.message = whyNotLoaded + "; the picture before it was processed in its place";
         }
-        entry.ms = std::chrono::duration_cast<std::chrono::milliseconds>(
-                       std::chrono::steady_clock::now() - start)
-                       .count();
+        entry.ms = millisecondsSince(start);
         report.add(std::move(entry));
     }
 
@@ -161,38 +167,46 @@ bool cBatch::loadIntoSource(const std::string& path, PictureReport& entry) {
     iSrc.autoRedraw = true;
     // Where nothing was read the holder keeps its picture and its size, and the run takes that
     // picture in once more.
-    const bool loaded = attempt([&] {
+    entry.error = "unreadable";
+    entry.message = whyNotReadable(path);
+    if (!entry.message.empty()) return false;
+    try {
         if (isPlatformExtension(extension)) {
             LoadedPicture picture = LoadPicture(path, extension);
             entry.depth = picture.depth;
             iSrc.setPicture(std::move(picture.bitmap));
-            return;
+        } else {
+            format.lastFormatError.clear();
+            std::optional<Bitmap> bitmap = LoadImageFile(format, path, extension);
+            if (!bitmap) throw StatementFailed(format.lastFormatError);
+            entry.depth = format.loadedDepth;
+            // The bitmap's own size: the figures of the last load hold 16 bits only.
+            iSrc.setSize(bitmap->width(), bitmap->height());
+            format.FreeImage_RenderBitmap(bitmap, &iSrc, 0, 0, -1, -1, false);
+            iSrc.keepDrawing();
         }
-        std::optional<Bitmap> bitmap = LoadImageFile(format, path, extension);
-        if (!bitmap) throw StatementFailed("nothing was loaded");
-        entry.depth = format.loadedDepth;
-        iSrc.setSize(bitmap->width(), bitmap->height());
-        format.FreeImage_RenderBitmap(bitmap, &iSrc, 0, 0, -1, -1, false);
-        iSrc.keepDrawing();
-    });
+    } catch (const StatementFailed& failure) {
+        entry.message = "no picture can be read from it as ." + extension;
+        if (*failure.what() != '\0') entry.message += std::string(": ") + failure.what();
+        return false;
+    }
     platform_.changed("iSrc");
-    if (!loaded) return false;
+    entry.error.clear();
     entry.width = iSrc.width();
     entry.height = iSrc.height();
     return true;
 }
 
-void cBatch::applyRows(bool withOverview) {
+void cBatch::applyRows(Overview overview) {
     const int16_t count = countOf(Ltray.size());
     for (int32_t j = 1; j <= count; ++j) {
-        const auto row = static_cast<size_t>(j - 1);
         attempt([&] {
-            ApplyRow(toInteger16(static_cast<double>(itemAt(Ltray, row).Tag)),
+            ApplyRow(toInteger16(static_cast<double>(itemAt(Ltray, j - 1).Tag)),
                      static_cast<int16_t>(j), true);
         });
-        if (!withOverview) continue;
+        if (overview == Overview::silent) continue;
         append(std::string(lineEnd) + " Applied ");
-        attempt([&] { append(itemAt(Ltray, row).text); });
+        attempt([&] { append(itemAt(Ltray, j - 1).text); });
     }
 }
 

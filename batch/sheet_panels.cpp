@@ -13,11 +13,6 @@ namespace tessarine {
 
 namespace {
 
-constexpr std::array<std::string_view, 4> glassCaptions{"Slanting", "Vertical", "Horizontal",
-                                                        "Squary"};
-constexpr int32_t lowestDegrees = -180;
-constexpr int32_t highestDegrees = 180;
-
 /// What a field of digits holds after a text was entered: an emptied one holds "0", and what is
 /// no digit is not accepted at all.
 void enterDigits(Platform& platform, std::string& field, const std::string& text,
@@ -107,7 +102,7 @@ void cBatch::fillGlassStrengths(int16_t choice) {
 void cBatch::ChooseGlass(int16_t index) {
     if (!hasIndex(oo, index)) return;
     chooseOnly(platform_, oo, index, "oo");
-    funcStyle = lowerCase(glassCaptions[static_cast<size_t>(index)]);
+    funcStyle = lowerCase(glassStyles[static_cast<size_t>(index)]);
     fillGlassStrengths(index);
     previewCurrent();
 }

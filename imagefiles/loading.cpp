@@ -5,6 +5,7 @@
 #include <FreeImage.h>
 
 #include "imagefiles/devil_route.h"
+#include "imagefiles/draft.h"
 #include "imagefiles/extension_table.h"
 #include "imagefiles/image_files.h"
 #include "imagefiles/image_library.h"
@@ -46,9 +47,18 @@ void keepFigures(mFormat& format, const std::optional<Bitmap>& bitmap, unsigned 
 std::optional<Bitmap> LoadImageFile(mFormat& format, const std::string& path,
                                     const std::string& extension) {
     const OpenLibrary library(format);
+    // A library that opens a pipe would wait for its writer.
+    const std::string unreadable = whyNotReadable(path);
+    if (!unreadable.empty()) {
+        format.SetFormatError(unreadable, false);
+        return std::nullopt;
+    }
     const FREE_IMAGE_FORMAT detected = FreeImage_GetFileType(path.c_str(), 16);
     const ExtensionRow* row = findExtension(inLowerCase(extension));
-    if (row == nullptr) return std::nullopt;
+    if (row == nullptr) {
+        format.SetFormatError("no format has this extension", false);
+        return std::nullopt;
+    }
 
     std::optional<Bitmap> bitmap;
     if (row->takeOver != nullptr) {
