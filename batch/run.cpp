@@ -3,7 +3,7 @@
 #include "batch/batch.h"
 #include "batch/items.h"
 #include "batch/texts.h"
-#include "imagefiles/draft.h"
+#include "imagefiles/disk.h"
 #include "imagefiles/format_table.h"
 
 // The run over the basket as the window does it: what fails is passed over, and the next

@@ -3,7 +3,7 @@
 
 #include "batch/batch.h"
 #include "batch/texts.h"
-#include "imagefiles/draft.h"
+#include "imagefiles/disk.h"
 
 // The run with each picture by itself.
 

@@ -5,7 +5,7 @@
 #include <FreeImage.h>
 
 #include "imagefiles/devil_route.h"
-#include "imagefiles/draft.h"
+#include "imagefiles/disk.h"
 #include "imagefiles/extension_table.h"
 #include "imagefiles/image_files.h"
 #include "imagefiles/image_library.h"

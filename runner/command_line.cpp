@@ -1,6 +1,5 @@
 #include "runner/command_line.h"
 
-#include <iostream>
 #include <map>
 
 #include <CLI/CLI.hpp>
@@ -18,6 +17,19 @@ namespace {
 std::string onlyChannels(const std::string& text) {
     if (text.find_first_not_of("rgb") == std::string::npos && !text.empty()) return {};
     return fmt::format("'{}' is no set of channels; expected letters of rgb", text);
+}
+
+// The library takes a word in brackets apart as a list of words. A mark before it keeps it whole.
+constexpr char mark = '\x01';
+
+std::string withMark(std::string word) {
+    if (word.starts_with('[') || word.starts_with(mark)) word.insert(word.begin(), mark);
+    return word;
+}
+
+std::string withoutMark(std::string word) {
+    if (word.starts_with(mark)) word.erase(word.begin());
+    return word;
 }
 
 }  // namespace
@@ -79,10 +91,10 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
         ->check(CLI::IsMember({"independent", "window"}));
     app.add_option("--jobs", line.jobs, "Pictures in flight")
         ->type_name("N")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(1, 1024));
     app.add_option("--threads", line.threads, "Threads a filter")
         ->type_name("N")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(1, 1024));
     app.add_flag("--dry-run", line.dryRun, "Print what would be written, and write nothing");
     app.add_flag("--quiet", line.quiet, "Say nothing but failures");
     app.add_flag("--progress", line.progress, "A progress line even where none is usual");
@@ -96,8 +108,14 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
     for (const char* name : {"--list-functions", "--list-formats", "--help", "--version"})
         app.get_option(name)->group("Asking");
 
+    for (CLI::Option* option : app.get_options())
+        if (option->get_expected_max() > 0) option->transform(withoutMark);
+    std::vector<std::string> words;
+    for (int i = argc; i-- > 1;)
+        words.push_back(withMark(argv[i]));
+
     try {
-        app.parse(argc, argv);
+        app.parse(std::move(words));
     } catch (const CLI::Success& asked) {
         app.exit(asked);
         return std::nullopt;
@@ -109,7 +127,11 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
     std::map<const CLI::Option*, size_t> taken;
     for (const CLI::Option* option : app.parse_order()) {
         const auto next = [&](const std::vector<std::string>& values) {
-            return values.at(taken[option]++);
+            const std::string& value = values.at(taken[option]++);
+            if (value.empty())
+                throw Refusal(ExitStatus::commandLine,
+                              option->get_name() + ": an empty text; expected a name");
+            return value;
         };
         if (option == path)
             line.pictures.push_back({PictureSource::Kind::path, next(paths)});

@@ -1,13 +1,16 @@
 #include "runner/function_arguments.h"
 
+#include <algorithm>
 #include <charconv>
-#include <optional>
+#include <filesystem>
+#include <map>
 #include <system_error>
 
 #include <fmt/format.h>
 
 #include "batch/list_files.h"
 #include "batch/texts.h"
+#include "imagefiles/disk.h"
 #include "runner/refusal.h"
 
 // A function of the command line goes the way of the window: its sheet is shown, its inputs are
@@ -17,12 +20,7 @@ namespace tessarine {
 
 namespace {
 
-constexpr std::array<std::string_view, 3> bankLetters{"B", "G", "R"};
 constexpr std::array<std::string_view, 3> bankColumns{"Red", "Green", "Blue"};
-constexpr std::array<std::string_view, 4> glassStyles{"Slanting", "Vertical", "Horizontal",
-                                                      "Squary"};
-constexpr std::array<std::string_view, 4> curtainStyles{"Horizontal", "Vertical", "Classy",
-                                                        "Whity"};
 constexpr int32_t largestSide = 32767;
 
 bool isKey(std::string_view label, const std::string& key) {
@@ -45,8 +43,8 @@ struct Assignment {
     }
     int32_t number(int32_t lowest, int32_t highest) const {
         int32_t result = 0;
-        const auto [end, failure] =
-            std::from_chars(value.data(), value.data() + value.size(), result);
+        const char* first = value.data() + (value.starts_with('+') ? 1 : 0);
+        const auto [end, failure] = std::from_chars(first, value.data() + value.size(), result);
         if (failure != std::errc() || end != value.data() + value.size() || result < lowest ||
             result > highest)
             wrongValue(fmt::format("{} to {}", lowest, highest));
@@ -75,7 +73,8 @@ struct Assignment {
         wrongValue(fmt::format("{}", fmt::join(labels, ", ")));
     }
     bool hasChannel(char letter) const {
-        if (value.find_first_not_of("rgb") != std::string::npos) wrongValue("letters of rgb");
+        if (value.empty() || value.find_first_not_of("rgb") != std::string::npos)
+            wrongValue("letters of rgb");
         return value.find(letter) != std::string::npos;
     }
 };
@@ -93,17 +92,20 @@ bool assignToPanel(cBatch& batch, const Assignment& given) {
         case Panel::frBanks:
             for (size_t column = 0; column < bankColumns.size(); ++column)
                 if (isKey(bankColumns[column], key)) {
-                    batch.ChooseBank(static_cast<int16_t>(column), given.choice(bankLetters));
+                    batch.ChooseBank(static_cast<int16_t>(column), given.choice(bankLabels));
                     return true;
                 }
-            for (int16_t i = 0; i < 3; ++i) {
-                const int16_t ticked = isKey("Invert", key) || isKey("Kill", key)
-                                           ? given.hasChannel("rgb"[i])
-                                           : int16_t{0};
-                if (isKey("Invert", key)) batch.ChangeInvert(i, ticked);
-                if (isKey("Kill", key)) batch.ChangeKill(i, ticked);
+            if (isKey("Invert", key)) {
+                for (int16_t i = 0; i < 3; ++i)
+                    batch.ChangeInvert(i, given.hasChannel("rgb"[i]) ? 1 : 0);
+                return true;
             }
-            return isKey("Invert", key) || isKey("Kill", key);
+            if (isKey("Kill", key)) {
+                for (int16_t i = 0; i < 3; ++i)
+                    batch.ChangeKill(i, given.hasChannel("rgb"[i]) ? 1 : 0);
+                return true;
+            }
+            return false;
         case Panel::FrmGlass:
             for (size_t style = 0; style < glassStyles.size(); ++style)
                 if (isKey(glassStyles[style], key)) {
@@ -139,7 +141,7 @@ bool assignToPanel(cBatch& batch, const Assignment& given) {
             return true;
         case Panel::FrRotate:
             if (isKey("Degrees", key))
-                batch.ChangeDegrees(given.number(-180, 180));
+                batch.ChangeDegrees(given.number(lowestDegrees, highestDegrees));
             else if (isKey("Antialiasing", key))
                 batch.ChangeAntialiasing(given.ticked());
             else
@@ -174,29 +176,89 @@ void assign(cBatch& batch, const Assignment& given) {
 }
 
 /// The assignments behind "NAME:".
-std::vector<Assignment> assignmentsOf(const FunctionDef& function, std::string_view text) {
+std::vector<Assignment> assignmentsOf(const FunctionDef& function, const std::string& text) {
     std::vector<Assignment> all;
-    while (!text.empty()) {
-        const size_t comma = text.find(',');
-        const std::string_view one = text.substr(0, comma);
-        text = comma == std::string_view::npos ? std::string_view() : text.substr(comma + 1);
+    size_t at = 0;
+    while (at <= text.size()) {
+        const size_t comma = std::min(text.find(',', at), text.size());
+        const std::string one = text.substr(at, comma - at);
+        at = comma + 1;
         const size_t equals = one.find('=');
-        if (equals == std::string_view::npos)
+        if (equals == std::string::npos)
             refuse(fmt::format("{}: '{}' is no input; expected KEY=VALUE", function.name, one));
-        all.push_back({&function, trimmed(one.substr(0, equals)), trimmed(one.substr(equals + 1))});
+        Assignment given{&function, trimmed(one.substr(0, equals)),
+                         trimmed(one.substr(equals + 1))};
+        for (const Assignment& other : all)
+            if (isKey(other.key, given.key))
+                refuse(fmt::format("{}: {} is given twice; expected it once", function.name,
+                                   given.key));
+        all.push_back(std::move(given));
     }
     return all;
 }
 
-void applyArgument(cBatch& batch, const std::string& argument) {
+/// What a sheet keeps from one visit to the next, as it was before the first.
+class SheetMemory {
+  public:
+    explicit SheetMemory(const cBatch& batch)
+        : Col_(batch.Col),
+          txtW_(batch.txtW),
+          txtH_(batch.txtH),
+          chkKeepProportions_(batch.chkKeepProportions),
+          chkInterpolate_(batch.chkInterpolate),
+          chkAntialiasing_(batch.chkAntialiasing) {}
+
+    /// Each function of the command line starts from these, whatever those before it were given.
+    void restore(cBatch& batch) const {
+        batch.Col = Col_;
+        batch.txtW = txtW_;
+        batch.txtH = txtH_;
+        batch.chkKeepProportions = chkKeepProportions_;
+        batch.chkInterpolate = chkInterpolate_;
+        batch.chkAntialiasing = chkAntialiasing_;
+        batch.pickX = batch.pickY = 0;
+    }
+
+  private:
+    std::array<uint32_t, 2> Col_;
+    std::string txtW_;
+    std::string txtH_;
+    int16_t chkKeepProportions_;
+    int16_t chkInterpolate_;
+    int16_t chkAntialiasing_;
+};
+
+/// Inputs that no row keeps: all rows of a run take what the sheet shows at the run.
+class RunWideInputs {
+  public:
+    /// \throws Refusal where another function of the run was given another value
+    void check(const Assignment& given) {
+        const bool runWide =
+            isKey("Invert", given.key) || isKey("Kill", given.key) ||
+            (isKey("Degrees", given.key) && given.function->panel == Panel::FrRotate);
+        if (!runWide) return;
+        const auto [known, isNew] = values_.emplace(lowerCase(given.key), given.value);
+        if (!isNew && known->second != given.value)
+            refuse(
+                fmt::format("{}: {} holds for the whole run and was '{}' before; expected one "
+                            "value",
+                            given.function->name, given.key, known->second));
+    }
+
+  private:
+    std::map<std::string, std::string> values_;
+};
+
+void applyArgument(cBatch& batch, const std::string& argument, RunWideInputs& runWide) {
     const size_t colon = argument.find(':');
     const std::string name = trimmed(argument.substr(0, colon));
     const FunctionDef* function = findFunction(std::string_view(name));
     if (function == nullptr || function->treeIndex == 0)
         refuse(fmt::format("unknown function '{}'; expected a name of --list-functions", name));
-    std::vector<Assignment> all = assignmentsOf(
-        *function, colon == std::string::npos ? std::string_view()
-                                              : std::string_view(argument).substr(colon + 1));
+    std::vector<Assignment> all;
+    if (colon != std::string::npos) all = assignmentsOf(*function, argument.substr(colon + 1));
+    for (const Assignment& given : all)
+        runWide.check(given);
 
     batch.SelectNode(function->treeIndex);
     // The point first: picking it sets the first colour, which an input may set otherwise.
@@ -222,12 +284,16 @@ void addFunctionList(cBatch& batch, const std::string& file) {
         throw Refusal(ExitStatus::nothingStarts,
                       fmt::format("--functions: '{}' is no function list: {}", file, why));
     };
+    const std::string unreadable = whyNotReadable(file);
+    if (!unreadable.empty()) refuseList(unreadable);
     std::vector<FunctionRecord> records;
     try {
         records = readFunctionList(file);
     } catch (const std::system_error& failure) {
         refuseList(failure.code().message());
     }
+    if (records.empty() || std::filesystem::file_size(file) % FunctionRecord::bytesOnDisk != 0)
+        refuseList(fmt::format("expected records of {} bytes", FunctionRecord::bytesOnDisk));
     for (size_t i = 0; i < records.size(); ++i) {
         int32_t id = -1;
         attempt([&] { id = toInteger32(records[i].id); });
@@ -290,11 +356,14 @@ std::vector<FunctionInput> inputsOf(const FunctionDef& function) {
 }
 
 void addFunctions(cBatch& batch, const CommandLine& line) {
+    const SheetMemory sheet(batch);
+    RunWideInputs runWide;
     for (const FunctionSource& source : line.functions) {
+        sheet.restore(batch);
         if (source.kind == FunctionSource::Kind::list)
             addFunctionList(batch, source.value);
         else
-            applyArgument(batch, source.value);
+            applyArgument(batch, source.value, runWide);
     }
     if (line.degrees) batch.sbDegrees = *line.degrees;
     for (size_t i = 0; i < 3; ++i) {

@@ -12,6 +12,7 @@
 
 #include "batch/list_files.h"
 #include "batch/texts.h"
+#include "imagefiles/disk.h"
 #include "runner/refusal.h"
 
 namespace tessarine {
@@ -48,7 +49,8 @@ void addFolder(const std::string& folder, bool recursive, std::vector<BasketItem
         std::error_code ignored;
         if (at->is_directory(ignored)) {
             if (!at->is_symlink(ignored)) folders.push_back(at->path().native());
-        } else if (isAccepted(at->path())) {
+        } else if (at->is_regular_file(ignored) && isAccepted(at->path()) &&
+                   !Draft::isDraft(at->path().filename().native())) {
             files.push_back(at->path().native());
         }
     }
@@ -90,25 +92,22 @@ void addPathsFrom(const std::string& file, const CommandLine& line,
     addLines(lines, line, basket);
 }
 
-bool looksLikeAPath(const std::string& text) {
-    return !text.empty() && std::none_of(text.begin(), text.end(), [](char c) {
-        return static_cast<unsigned char>(c) < ' ';
-    });
-}
-
 void addList(const std::string& file, std::vector<BasketItem>& basket) {
     const auto refuse = [&](const std::string& why) {
         throw Refusal(ExitStatus::nothingStarts,
                       fmt::format("--pictures: '{}' is no picture list: {}", file, why));
     };
+    const std::string unreadable = whyNotReadable(file);
+    if (!unreadable.empty()) refuse(unreadable);
     std::vector<std::string> paths;
     try {
         paths = readPictureList(file);
     } catch (const std::system_error& failure) {
         refuse(failure.code().message());
     }
+    const auto isEmpty = [](const std::string& path) { return path.empty(); };
     if (fs::file_size(file) % pictureRecordBytes != 0 ||
-        !std::all_of(paths.begin(), paths.end(), looksLikeAPath))
+        std::any_of(paths.begin(), paths.end(), isEmpty))
         refuse(fmt::format("expected a path in each {} bytes", pictureRecordBytes));
     for (const std::string& path : paths)
         basket.push_back(basketItem(path));

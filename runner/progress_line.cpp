@@ -1,8 +1,11 @@
 #include "runner/progress_line.h"
 
+#include <algorithm>
 #include <unistd.h>
 
 #include <fmt/format.h>
+
+#include "runner/messages.h"
 
 namespace tessarine {
 
@@ -29,13 +32,13 @@ void ProgressLine::update(int64_t done) {
     const std::chrono::duration<double> passed = now - start_;
     const double rate = static_cast<double>(done) / std::max(passed.count(), 1e-6);
     const double left = static_cast<double>(pictures_ - done) / std::max(rate, 1e-6);
-    fmt::print(stderr, "{}{} of {} pictures, {:.1f} a second, {} left{}", onTerminal_ ? "\r" : "",
-               done, pictures_, rate, clockText(left), onTerminal_ ? "\x1b[K" : "\n");
-    std::fflush(stderr);
+    writeToTerminal(fmt::format("{}{} of {} pictures, {:.1f} a second, {} left{}",
+                                onTerminal_ ? "\r" : "", done, pictures_, rate, clockText(left),
+                                onTerminal_ ? "\x1b[K" : "\n"));
 }
 
 void ProgressLine::clear() {
-    if (shown_ && onTerminal_) fmt::print(stderr, "\r\x1b[K");
+    if (shown_ && onTerminal_) writeToTerminal("\r\x1b[K");
 }
 
 }  // namespace tessarine

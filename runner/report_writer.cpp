@@ -59,18 +59,19 @@ void ReportWriter::write(const PictureReport& entry) {
                        {"bytes", entry.bytes}}));
 }
 
-void ReportWriter::writeSummary(const RunCounts& counts, int64_t pictures, int64_t ms,
+bool ReportWriter::writeSummary(const RunCounts& counts, int64_t pictures, int64_t ms,
                                 bool interrupted) {
     nlohmann::ordered_json summary = {{"pictures", pictures},       {"saved", counts.saved},
                                       {"kept", counts.kept},        {"failed", counts.failed},
                                       {"interrupted", interrupted}, {"ms", ms}};
     writeLine(oneLine({{"summary", std::move(summary)}}));
+    return whole_;
 }
 
 void ReportWriter::writeLine(const std::string& line) {
     if (file_ == nullptr) return;
-    std::fputs((line + "\n").c_str(), file_);
-    std::fflush(file_);
+    const bool taken = std::fputs((line + "\n").c_str(), file_) >= 0 && std::fflush(file_) == 0;
+    whole_ = whole_ && taken;
 }
 
 }  // namespace tessarine

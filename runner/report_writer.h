@@ -30,12 +30,14 @@ class ReportWriter {
     ReportWriter& operator=(const ReportWriter&) = delete;
 
     void write(const PictureReport& entry);
-    void writeSummary(const RunCounts& counts, int64_t pictures, int64_t ms, bool interrupted);
+    /// \return whether the whole report was taken
+    bool writeSummary(const RunCounts& counts, int64_t pictures, int64_t ms, bool interrupted);
 
   private:
     void writeLine(const std::string& line);
 
     std::FILE* file_ = nullptr;
+    bool whole_ = true;
 };
 
 }  // namespace tessarine

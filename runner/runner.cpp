@@ -1,89 +1,32 @@
 #include "runner/runner.h"
 
-#include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <filesystem>
-#include <map>
 #include <string>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <fmt/format.h>
 
 #include "batch/batch.h"
-#include "imagefiles/format_table.h"
 #include "runner/command_line.h"
-#include "runner/function_arguments.h"
 #include "runner/listings.h"
-#include "runner/pictures.h"
+#include "runner/messages.h"
+#include "runner/preparation.h"
 #include "runner/progress_line.h"
 #include "runner/refusal.h"
 #include "runner/report_writer.h"
+#include "runner/signals.h"
 #include "runner/terminal_platform.h"
 
 namespace tessarine {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-volatile std::sig_atomic_t interruption = 0;
-
-/// Interrupting a run stops it after the picture under way.
-void listenToSignals() {
-    struct sigaction action {};
-    action.sa_handler = [](int number) { interruption = number; };
-    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        ::sigaction(number, &action, nullptr);
-}
-
-std::string outputName(const cBatch& batch, size_t number) {
-    const FormatRow& row = formatTable()[static_cast<size_t>(batch.cboFormat.index)];
-    return fmt::format("{}{}{}.{}", batch.txtDestination, batch.txtName, number, row.extension);
-}
-
-/// Fills what the run reads, as a person would in the window's steps.
-/// \throws Refusal where that cannot make a run
-void setUp(cBatch& batch, const CommandLine& line) {
-    batch.cboFormat.index = formatRowOf(line.format);
-    addFunctions(batch, line);
-    if (line.to.empty())
-        throw Refusal(ExitStatus::commandLine, "--to is missing; expected the folder to save into");
-    std::error_code ignored;
-    if (!fs::is_directory(line.to, ignored))
-        throw Refusal(
-            ExitStatus::nothingStarts,
-            fmt::format("--to: there is no folder '{}'; expected one that exists", line.to));
-    batch.txtDestination = line.to;
-    if (!batch.txtDestination.ends_with(folderSeparator)) batch.txtDestination += folderSeparator;
-    batch.txtName = line.name;
-    batch.chkOverwrite = line.overwrite ? 1 : 0;
-    batch.lvSelected = collectPictures(line);
-    if (batch.lvSelected.empty())
-        throw Refusal(ExitStatus::nothingStarts,
-                      "there are no pictures; expected files, folders with pictures, --pictures or "
-                      "--from");
-}
-
-/// Refuses a run in which the output of one picture would replace another picture of the run.
-void protectSources(const cBatch& batch) {
-    if (batch.chkOverwrite == 0) return;
-    std::map<std::pair<dev_t, ino_t>, size_t> outputs;
-    struct stat file {};
-    for (size_t i = 1; i <= batch.lvSelected.size(); ++i)
-        if (::stat(outputName(batch, i).c_str(), &file) == 0)
-            outputs.emplace(std::pair(file.st_dev, file.st_ino), i);
-    if (outputs.empty()) return;
-    for (const BasketItem& item : batch.lvSelected) {
-        if (::stat(item.Tag.c_str(), &file) != 0) continue;
-        const auto found = outputs.find({file.st_dev, file.st_ino});
-        if (found == outputs.end()) continue;
-        throw Refusal(ExitStatus::nothingStarts,
-                      fmt::format("'{}' is a picture of this run and has the name of output {}; "
-                                  "expected another --name or --to",
-                                  item.Tag, found->second));
-    }
+/// Prints what was asked for.
+ExitStatus print(const std::string& text) {
+    if (writeToOutput(text)) return ExitStatus::done;
+    complain("standard output takes no more");
+    return ExitStatus::somePictures;
 }
 
 /// Says which functions of the chain this version does not carry out.
@@ -91,22 +34,24 @@ void warnOfMissingFunctions(const cBatch& batch) {
     for (const TrayRow& row : batch.Ltray) {
         const FunctionDef* function = findFunction(row.Tag);
         if (function == nullptr || function->call == nullptr)
-            fmt::print(stderr,
-                       "tessarine-batch: the function '{}' changes nothing in this version\n",
-                       row.text);
+            complain(fmt::format("the function '{}' changes nothing in this version", row.text));
     }
 }
 
-void printPlan(const cBatch& batch) {
+std::string planOf(const cBatch& batch) {
+    std::string plan;
     for (size_t i = 1; i <= batch.lvSelected.size(); ++i) {
-        const std::string output = outputName(batch, i);
+        const std::string& input = batch.lvSelected[i - 1].Tag;
+        const std::string output = batch.outputName(batch.txtDestination, static_cast<int32_t>(i),
+                                                    batch.formatExtension());
         std::error_code ignored;
-        const bool exists = fs::exists(output, ignored);
-        fmt::print("{} -> {}{}\n", batch.lvSelected[i - 1].Tag, output,
-                   !exists                   ? ""
-                   : batch.chkOverwrite == 0 ? " (exists, kept)"
-                                             : " (exists, replaced)");
+        plan += onOneLine(input) + " -> " + onOneLine(output);
+        if (!std::filesystem::exists(input, ignored)) plan += " (no such picture)";
+        if (std::filesystem::exists(output, ignored))
+            plan += batch.chkOverwrite == 0 ? " (exists, kept)" : " (exists, replaced)";
+        plan += "\n";
     }
+    return plan;
 }
 
 /// The overview with the line ends of a terminal.
@@ -126,13 +71,12 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
         report.write(entry);
         if (entry.status == PictureReport::Status::failed) {
             progress.clear();
-            fmt::print(stderr, "tessarine-batch: {}: {}: {}\n", entry.input, entry.error,
-                       entry.message);
+            complain(fmt::format("{}: {}: {}", entry.input, entry.error, entry.message));
         }
         progress.update(counts.all());
     };
     platform.onGiveWay = [&batch] {
-        if (interruption != 0) batch.stopRequested = true;
+        if (interrupted()) batch.stopRequested = true;
     };
 
     listenToSignals();
@@ -141,48 +85,54 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
         batch.CmdBatchAll();
     else
         batch.BatchEach();
-    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
+    const int64_t ms = millisecondsSince(start);
     progress.clear();
 
-    const bool interrupted = interruption != 0;
-    report.writeSummary(counts, pictures, static_cast<int64_t>(passed.count() * 1000), interrupted);
-    if (line.windowMode && !line.quiet)
-        fmt::print(line.report == "-" ? stderr : stdout, "{}", forTerminal(batch.RTF));
+    bool told = report.writeSummary(counts, pictures, ms, interrupted());
+    if (!told) complain(fmt::format("--report: '{}' could not be written whole", line.report));
+    if (line.windowMode && !line.quiet) {
+        // Standard output is the report's where it was asked for there.
+        if (line.report == "-")
+            writeToTerminal(forTerminal(batch.RTF));
+        else
+            told = print(forTerminal(batch.RTF)) == ExitStatus::done && told;
+    }
     if (!line.quiet)
-        fmt::print(stderr, "{} saved, {} kept, {} failed of {} pictures in {:.1f} seconds{}\n",
-                   counts.saved, counts.kept, counts.failed, pictures, passed.count(),
-                   interrupted ? ", interrupted" : "");
-    if (interrupted) return ExitStatus::interrupted;
-    return counts.failed > 0 ? ExitStatus::somePictures : ExitStatus::done;
+        writeToTerminal(
+            fmt::format("{} saved, {} kept, {} failed of {} pictures in {:.1f} seconds{}\n",
+                        counts.saved, counts.kept, counts.failed, pictures,
+                        static_cast<double>(ms) / 1000, interrupted() ? ", interrupted" : ""));
+    if (interrupted()) return ExitStatus::interrupted;
+    return counts.failed > 0 || !told ? ExitStatus::somePictures : ExitStatus::done;
 }
 
 ExitStatus runAsAsked(int argc, const char* const* argv) {
     const std::optional<CommandLine> line = readCommandLine(argc, argv);
     if (!line) return ExitStatus::done;
-    if (line->listFunctions) fmt::print("{}", functionListing());
-    if (line->listFormats) fmt::print("{}", formatListing());
-    if (line->listFunctions || line->listFormats) return ExitStatus::done;
+    if (line->listFunctions || line->listFormats)
+        return print((line->listFunctions ? functionListing() : std::string()) +
+                     (line->listFormats ? formatListing() : std::string()));
 
     TerminalPlatform platform;
     cBatch batch(platform);
-    setUp(batch, *line);
-    if (!line->windowMode) protectSources(batch);
+    prepareRun(batch, *line);
     if (!line->quiet) warnOfMissingFunctions(batch);
-    if (line->dryRun) {
-        printPlan(batch);
-        return ExitStatus::done;
-    }
+    if (line->dryRun) return print(planOf(batch));
     return run(batch, platform, *line);
 }
 
 }  // namespace
 
 int runProgram(int argc, const char* const* argv) {
+    openStandardFiles();
     try {
         return static_cast<int>(runAsAsked(argc, argv));
     } catch (const Refusal& refusal) {
-        fmt::print(stderr, "tessarine-batch: {}\n", refusal.what());
+        complain(refusal.what());
         return static_cast<int>(refusal.status());
+    } catch (const std::exception& failure) {
+        complain(failure.what());
+        return static_cast<int>(ExitStatus::nothingStarts);
     }
 }
 

@@ -1,11 +1,11 @@
 #include "runner/terminal_platform.h"
 
-#include <fmt/format.h>
+#include "runner/messages.h"
 
 namespace tessarine {
 
 void TerminalPlatform::messageBox(const std::string& text, Icon, const std::string& title) {
-    fmt::print(stderr, "{}: {}\n", title, text);
+    writeToTerminal(onOneLine(title + ": " + text) + "\n");
 }
 
 }  // namespace tessarine

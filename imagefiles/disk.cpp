@@ -1,4 +1,4 @@
-#include "imagefiles/draft.h"
+#include "imagefiles/disk.h"
 
 #include <cerrno>
 #include <cstdint>

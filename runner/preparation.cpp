@@ -1,0 +1,147 @@
+#include "runner/preparation.h"
+
+#include <filesystem>
+#include <limits>
+#include <map>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "runner/function_arguments.h"
+#include "runner/pictures.h"
+#include "runner/refusal.h"
+
+namespace tessarine {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr size_t longestFileName = 255;
+constexpr size_t most16Bits = std::numeric_limits<int16_t>::max();
+
+using FileIdentity = std::pair<dev_t, ino_t>;
+
+/// Which file a path leads to; nothing where there is none.
+std::optional<FileIdentity> identityOf(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) return std::nullopt;
+    return FileIdentity(status.st_dev, status.st_ino);
+}
+
+[[noreturn]] void refuseStart(const std::string& why) {
+    throw Refusal(ExitStatus::nothingStarts, why);
+}
+
+void setDestination(cBatch& batch, const std::string& folder) {
+    if (folder.empty())
+        throw Refusal(ExitStatus::commandLine, "--to is missing; expected the folder to save into");
+    std::error_code ignored;
+    if (!fs::is_directory(folder, ignored))
+        refuseStart(fmt::format("--to: there is no folder '{}'; expected one that exists", folder));
+    if (::access(folder.c_str(), W_OK | X_OK) != 0)
+        refuseStart(fmt::format("--to: the folder '{}' cannot be written to; expected one that can",
+                                folder));
+    batch.txtDestination = asFolder(folder);
+}
+
+void setName(cBatch& batch, const std::string& name, const std::string& extension) {
+    if (name.find(folderSeparator) != std::string::npos)
+        throw Refusal(ExitStatus::commandLine,
+                      fmt::format("--name: '{}' is no name; expected one without '{}'", name,
+                                  folderSeparator));
+    batch.txtName = name;
+    const auto pictures = static_cast<int32_t>(batch.lvSelected.size());
+    if (batch.outputName({}, pictures, extension).size() > longestFileName)
+        throw Refusal(ExitStatus::commandLine,
+                      fmt::format("--name: the names of the outputs have more than {} bytes; "
+                                  "expected a shorter one",
+                                  longestFileName));
+}
+
+/// The 16-bit counts of the window's run hold so many items and no more.
+void checkCounts(const cBatch& batch, bool windowMode) {
+    if (windowMode && batch.lvSelected.size() > most16Bits)
+        refuseStart(fmt::format("these are {} pictures; expected at most {} in window mode",
+                                batch.lvSelected.size(), most16Bits));
+    if (batch.Ltray.size() > most16Bits)
+        refuseStart(fmt::format("these are {} functions; expected at most {}", batch.Ltray.size(),
+                                most16Bits));
+}
+
+/// Refuses a run in which an output would replace a picture of the run.
+void protectPictures(const cBatch& batch, const std::string& extension) {
+    if (batch.chkOverwrite == 0) return;
+    std::map<FileIdentity, std::string> outputs;
+    for (size_t i = 1; i <= batch.lvSelected.size(); ++i) {
+        const std::string output =
+            batch.outputName(batch.txtDestination, static_cast<int32_t>(i), extension);
+        if (const auto identity = identityOf(output)) outputs.emplace(*identity, output);
+    }
+    if (outputs.empty()) return;
+    for (const BasketItem& item : batch.lvSelected) {
+        const auto identity = identityOf(item.Tag);
+        const auto found = identity ? outputs.find(*identity) : outputs.end();
+        if (found != outputs.end())
+            refuseStart(
+                fmt::format("'{}' is a picture of this run and has the name of its output "
+                            "'{}'; expected another --name or --to",
+                            item.Tag, found->second));
+    }
+}
+
+/// Refuses a report that would be written over a picture, a list or an output of the run.
+void protectFromReport(const cBatch& batch, const CommandLine& line, const std::string& extension) {
+    if (line.report.empty() || line.report == "-") return;
+    const auto refuse = [&](const std::string& what) {
+        refuseStart(fmt::format("--report: '{}' is {} of this run; expected another file",
+                                line.report, what));
+    };
+    std::error_code ignored;
+    const fs::path folder = fs::weakly_canonical(
+        fs::path(line.report).parent_path().empty() ? "." : fs::path(line.report).parent_path(),
+        ignored);
+    const std::string name = fs::path(line.report).filename();
+    const bool inDestination =
+        identityOf(folder.string()) && identityOf(folder.string()) == identityOf(line.to);
+    for (size_t i = 1; inDestination && i <= batch.lvSelected.size(); ++i)
+        if (name == batch.outputName({}, static_cast<int32_t>(i), extension)) refuse("an output");
+
+    const auto report = identityOf(line.report);
+    if (!report || !fs::is_regular_file(line.report, ignored)) return;
+    for (const BasketItem& item : batch.lvSelected)
+        if (identityOf(item.Tag) == report) refuse("a picture");
+    for (const PictureSource& source : line.pictures)
+        if (source.kind != PictureSource::Kind::path && identityOf(source.value) == report)
+            refuse("a picture list");
+    for (const FunctionSource& source : line.functions)
+        if (source.kind == FunctionSource::Kind::list && identityOf(source.value) == report)
+            refuse("a function list");
+}
+
+}  // namespace
+
+void prepareRun(cBatch& batch, const CommandLine& line) {
+    batch.cboFormat.index = formatRowOf(line.format);
+    addFunctions(batch, line);
+    setDestination(batch, line.to);
+    batch.chkOverwrite = line.overwrite ? 1 : 0;
+    batch.lvSelected = collectPictures(line);
+    if (batch.lvSelected.empty())
+        refuseStart(
+            "there are no pictures; expected files, folders with pictures, --pictures or --from");
+    const std::string extension = batch.formatExtension();
+    setName(batch, line.name, extension);
+    checkCounts(batch, line.windowMode);
+    if (!line.windowMode) protectPictures(batch, extension);
+    protectFromReport(batch, line, extension);
+    try {
+        TempFolder();
+    } catch (const StatementFailed& failure) {
+        refuseStart(failure.what());
+    }
+}
+
+}  // namespace tessarine

@@ -1,0 +1,17 @@
+#pragma once
+
+namespace tessarine {
+
+/// Has SIGINT, SIGTERM and SIGHUP ask the run to stop after the picture under way; a second one
+/// ends the program at once. A signal that was ignored when the program started stays ignored.
+/// Writing to a closed pipe or past a file limit fails instead of ending the program.
+void listenToSignals();
+
+/// Whether the run was asked to stop.
+bool interrupted();
+
+/// Gives standard input, output and error a place where they were closed, so that no picture file
+/// takes theirs.
+void openStandardFiles();
+
+}  // namespace tessarine
