@@ -1,91 +1,19 @@
-#include <algorithm>
-#include <chrono>
-#include <csignal>
 #include <filesystem>
-#include <random>
 #include <set>
-#include <sstream>
-#include <thread>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include "batch/functions.h"
 #include "batch/list_files.h"
-#include "support/paths.h"
-#include "support/pictures.h"
-#include "support/program.h"
+#include "runner_fixture.h"
 
 // The program as scripts and people call it.
 
 namespace tessarine::tests {
 namespace {
 
-namespace fs = std::filesystem;
 using nlohmann::json;
-
-PixelBuffer plain(int32_t width, int32_t height, Pixel pixel) {
-    return drawBuffer(width, height, [&](int32_t, int32_t) { return pixel; });
-}
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}
-
-class Runner : public testing::Test {
-  protected:
-    Runner() {
-        fs::create_directory(in);
-        fs::create_directory(out);
-        // A killed program leaves its temporary folder; here it goes with the test's own.
-        setenv("TMPDIR", scratch.path().c_str(), 1);
-    }
-    ~Runner() override { unsetenv("TMPDIR"); }
-
-    Finished run(std::vector<std::string> words, const std::string& input = {}) {
-        words.insert(words.begin(), TESSARINE_BATCH);
-        return runProgram(words, scratch.path().string(), input);
-    }
-    /// The same with a destination, to BMP.
-    Finished runTo(std::vector<std::string> words, const std::string& input = {}) {
-        words.insert(words.begin(), {"--to", out, "--format", "bmp"});
-        return run(std::move(words), input);
-    }
-    std::string picture(const std::string& name, const PixelBuffer& pixels) {
-        fs::create_directories(fs::path(in + "/" + name).parent_path());
-        writePixmap(in + "/" + name, pixels);
-        return in + "/" + name;
-    }
-    std::string grey(const std::string& name, uint8_t level) {
-        return picture(name, plain(6, 4, {level, level, level, 0}));
-    }
-    std::set<std::string> outputs() const {
-        std::set<std::string> names;
-        for (const auto& entry : fs::directory_iterator(out))
-            names.insert(entry.path().filename().string());
-        return names;
-    }
-    int levelOf(const std::string& output) const {
-        return readBitmapFile(out + "/" + output).at(0, 0).green;
-    }
-    /// A refusal: one line that holds all of `words`, the status, and nothing written.
-    void expectRefused(const Finished& end, int status, const std::vector<std::string>& words) {
-        EXPECT_EQ(end.status, status) << end.err;
-        EXPECT_EQ(linesOf(end.err).size(), 1U) << end.err;
-        EXPECT_EQ(end.out, "");
-        for (const std::string& word : words)
-            EXPECT_NE(end.err.find(word), std::string::npos) << word << " in " << end.err;
-        EXPECT_TRUE(outputs().empty());
-    }
-
-    const ScratchFolder scratch;
-    const std::string in = scratch / "in";
-    const std::string out = scratch / "out";
-};
 
 TEST_F(Runner, PicturesAreNumberedByTheirPlaceOnTheCommandLine) {
     const std::string a = grey("a.ppm", 10);
@@ -160,66 +88,6 @@ TEST_F(Runner, EveryFormatIsKnownByNumberTextAndShortName) {
                                                 "PNG - Portable Network Graphics1.png"}));
     EXPECT_EQ(run({"--to", out, a}).status, 0);
     EXPECT_TRUE(outputs().count("Sample1.jpg"));
-}
-
-TEST_F(Runner, AWrongCommandLineIsRefusedWithStatus2) {
-    const std::string a = grey("a.ppm", 10);
-    expectRefused(runTo({"--apply", "Blurr", a}), 2, {"Blurr", "--list-functions"});
-    expectRefused(runTo({"--apply", "Threshold", a}), 2, {"Threshold"});
-    expectRefused(runTo({"--apply", "Contrast:Level=251", a}), 2, {"251", "Level", "-100 to 250"});
-    expectRefused(runTo({"--apply", "Contrast:Level=4x", a}), 2, {"4x", "-100 to 250"});
-    expectRefused(runTo({"--apply", "Contrast:Depth=4", a}), 2, {"Depth", "Level"});
-    expectRefused(runTo({"--apply", "Contrast:Level", a}), 2, {"Level", "KEY=VALUE"});
-    expectRefused(runTo({"--apply", "Isolate:Color0=12345", a}), 2, {"12345", "RRGGBB"});
-    expectRefused(runTo({"--apply", "Lens:X=200", a}), 2, {"200", "0 to 199"});
-    expectRefused(runTo({"--apply", "Sketch:B/W=perhaps", a}), 2, {"perhaps", "on or off"});
-    expectRefused(runTo({"--degrees", "181", a}), 2, {"181"});
-    expectRefused(runTo({"--invert", "rx", a}), 2, {"rx", "rgb"});
-    expectRefused(run({"--to", out, "--format", "webp", a}), 2, {"webp", "--list-formats"});
-    expectRefused(run({"--to", out, "--format", "18", a}), 2, {"18"});
-    expectRefused(runTo({"--mode", "both", a}), 2, {"both"});
-    expectRefused(runTo({"--jobs", "0", a}), 2, {"--jobs"});
-    expectRefused(runTo({"--frobnicate", a}), 2, {"--frobnicate"});
-    expectRefused(run({a}), 2, {"--to"});
-}
-
-TEST_F(Runner, ARunThatCannotStartIsRefusedWithStatus3) {
-    const std::string a = grey("a.ppm", 10);
-    expectRefused(runTo({}), 3, {"no pictures"});
-    fs::create_directory(in + "/empty");
-    expectRefused(runTo({in + "/empty"}), 3, {"no pictures"});
-    expectRefused(run({"--to", scratch / "nowhere", a}), 3, {"nowhere"});
-    expectRefused(run({"--to", a, a}), 3, {"a.ppm"});
-    expectRefused(runTo({"--functions", scratch / "none.qfk", a}), 3, {"none.qfk"});
-    expectRefused(runTo({"--functions", a, a}), 3, {"a.ppm", "function list"});
-    expectRefused(runTo({"--pictures", scratch / "none.qpkl"}), 3, {"none.qpkl"});
-    expectRefused(runTo({"--pictures", a}), 3, {"a.ppm", "picture list"});
-    expectRefused(runTo({"--from", scratch / "none.txt"}), 3, {"none.txt"});
-    expectRefused(runTo({"--report", scratch / "no/where.json", a}), 3, {"where.json"});
-}
-
-TEST_F(Runner, AFunctionListWithAnUnknownFunctionIsRefused) {
-    const std::string a = grey("a.ppm", 10);
-    FunctionRecord record;
-    record.name = "Something";
-    record.id = "71";
-    writeFunctionList(in + "/list.qfk", std::vector<FunctionRecord>{record});
-    expectRefused(runTo({"--functions", in + "/list.qfk", a}), 3,
-                  {"list.qfk", "record 1", "0 to 70"});
-}
-
-TEST_F(Runner, AnOutputNeverReplacesAnotherPictureOfTheRun) {
-    const std::string first = in + "/Sample2.bmp";
-    EXPECT_EQ(run({"--to", in, "--format", "bmp", "--name", "Sample", grey("a.ppm", 10),
-                   grey("b.ppm", 20)})
-                  .status,
-              0);
-    const std::string before = readFile(first);
-    const Finished end =
-        run({"--to", in, "--format", "bmp", "--overwrite", first, in + "/Sample1.bmp"});
-    EXPECT_EQ(end.status, 3);
-    EXPECT_NE(end.err.find("Sample2.bmp"), std::string::npos);
-    EXPECT_EQ(readFile(first), before);
 }
 
 TEST_F(Runner, AnExistingTargetIsKeptUnlessToldOtherwise) {
@@ -379,47 +247,6 @@ TEST_F(Runner, ProgressTellsRateAndTimeLeft) {
     const Finished end = runTo({"--progress", a, a, a});
     EXPECT_NE(end.err.find("3 of 3 pictures"), std::string::npos) << end.err;
     EXPECT_NE(end.err.find(" a second, 0:00 left"), std::string::npos) << end.err;
-}
-
-TEST_F(Runner, AnInterruptedRunEndsWith130AndWholeOutputs) {
-    const std::string large = picture("large.ppm", randomBuffer(900, 700, 3));
-    std::vector<std::string> words{TESSARINE_BATCH,   "--to", out, "--format", "png", "--report",
-                                   scratch / "report"};
-    for (int i = 0; i < 200; ++i)
-        words.push_back(large);
-    const Running running(words, "/dev/null", scratch / "stdout", scratch / "stderr");
-    while (outputs().empty())
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    running.kill(SIGINT);
-    EXPECT_EQ(running.wait(), 130);
-    const std::vector<std::string> report = linesOf(readFile(scratch / "report"));
-    ASSERT_GE(report.size(), 2U);
-    EXPECT_LT(report.size(), 200U);
-    EXPECT_EQ(outputs().size(), report.size() - 1);
-    EXPECT_TRUE(json::parse(report.back()).at("summary").at("interrupted"));
-}
-
-TEST_F(Runner, AKilledRunLeavesNoPartialFileUnderAnOutputsName) {
-    const std::string large = picture("large.ppm", randomBuffer(500, 400, 3));
-    std::vector<std::string> words{TESSARINE_BATCH, "--to", out, "--format", "bmp", "--overwrite"};
-    for (int i = 0; i < 60; ++i)
-        words.push_back(large);
-    std::mt19937 random(11);
-    int outputsSeen = 0;
-    for (int round = 0; round < 50; ++round) {
-        fs::remove_all(out);
-        fs::create_directory(out);
-        const Running running(words, "/dev/null", scratch / "stdout", scratch / "stderr");
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % 250000));
-        running.kill(SIGKILL);
-        running.wait();
-        for (const std::string& name : outputs()) {
-            if (name.starts_with(".tessarine-")) continue;
-            EXPECT_EQ(fs::file_size(out + "/" + name), 54U + 500 * 400 * 3) << name;
-            ++outputsSeen;
-        }
-    }
-    EXPECT_GT(outputsSeen, 0);
 }
 
 }  // namespace

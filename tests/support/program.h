@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <csignal>
 #include <fcntl.h>
 #include <fstream>
 #include <spawn.h>
@@ -43,6 +44,13 @@ class Running {
     }
 
     void kill(int signal) const { ::kill(process_, signal); }
+
+    bool hasEnded() const {
+        siginfo_t info{};
+        return ::waitid(P_PID, static_cast<id_t>(process_), &info, WEXITED | WNOHANG | WNOWAIT) !=
+                   0 ||
+               info.si_pid != 0;
+    }
 
     /// The exit status, or the number of the signal that ended it, negative.
     int wait() const {
