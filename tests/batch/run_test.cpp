@@ -368,5 +368,151 @@ TEST_F(Run, ByItselfAPictureDependsOnItsFileAlone) {
     EXPECT_EQ(levelOf("Window2.bmp"), 30) << "in the window the number before it stands";
 }
 
+TEST_F(Run, AMissingFolderIsNotCreated) {
+    addGrey(10);
+    batch.txtDestination = out + "/none/below";
+    batch.CmdBatchAll();
+    EXPECT_TRUE(outputs().empty());
+    EXPECT_FALSE(batch.pb.visible);
+}
+
+TEST_F(Run, TheBarIsShownDuringTheRunAndCountsThePictures) {
+    struct Bar {
+        bool visible;
+        int32_t max;
+        int32_t value;
+        bool operator==(const Bar&) const = default;
+    };
+    std::vector<Bar> seen;
+    const auto look = [&] { seen.push_back({batch.pb.visible, batch.pb.max, batch.pb.value}); };
+    addGrey(10);
+    addGrey(20);
+    addNegative();
+    const int32_t before = batch.pb.value;
+    // One moment before each picture's number is shown, and one before each row.
+    platform.onGiveWay = {look, look, look, look};
+    platform.changes.clear();
+    EXPECT_FALSE(batch.pb.visible);
+    batch.CmdBatchAll();
+    EXPECT_EQ(seen,
+              (std::vector<Bar>{{true, 2, before}, {true, 2, 1}, {true, 2, 1}, {true, 2, 2}}));
+    EXPECT_FALSE(batch.pb.visible);
+    EXPECT_GE(platform.timesChanged("pb"), 4) << "shown, twice counted, hidden";
+}
+
+TEST_F(Run, AFormatOutsideTheTableGivesNamesThatEndInTheDot) {
+    addGrey(10);
+    batch.cboFormat.items.emplace_back("A row of its own");
+    batch.cboFormat.index = static_cast<int32_t>(batch.cboFormat.items.size()) - 1;
+    batch.CmdBatchAll();
+    EXPECT_TRUE(platform.boxes.empty()) << "the row has a text";
+    EXPECT_NE(batch.RTF.find("'A row of its own'"), std::string::npos);
+    EXPECT_TRUE(
+        batch.RTF.ends_with(" Processed Image Saved as Sample1.\r\n\r\n Processing "
+                            "Completed!"));
+    ASSERT_EQ(batch.report.entries().size(), 1U);
+    EXPECT_EQ(batch.report.entries()[0].output, out + "/Sample1.");
+    EXPECT_EQ(batch.formatExtension(), "");
+}
+
+TEST_F(Run, ALongDestinationIsStoredCutAndUsedWhole) {
+    std::string folder = out;
+    while (folder.size() < 300)
+        folder += "/" + std::string(60, 'f');
+    fs::create_directories(folder);
+    addGrey(10);
+    batch.txtDestination = folder;
+    batch.CmdBatchAll();
+    EXPECT_EQ(batch.startupRecord.destinationFolder.rightTrimmed(), folder.substr(0, 256));
+    EXPECT_TRUE(fs::exists(folder + "/Sample1.bmp"));
+}
+
+TEST_F(Run, UnreadableFilesAreNeverTold) {
+    writeFile(in + "/bad.png", "no picture");
+    addFile(in + "/bad.png");
+    addFile(in + "/gone.jpg");
+    addFile(in + "/bad.wmf");
+    addGrey(10);
+    batch.CmdBatchAll();
+    EXPECT_TRUE(platform.boxes.empty());
+    EXPECT_EQ(outputs().size(), 4U);
+}
+
+TEST_F(Run, AfterARunTheWorkPictureIsThePreviews) {
+    addGrey(10, 40, 30);
+    batch.CmdBatchAll();
+    EXPECT_EQ(batch.iSrc.width(), 200);
+    EXPECT_EQ(batch.iSrc.height(), 174);
+    EXPECT_EQ(batch.iSrc.drawn(), batch.iOri.drawn());
+    EXPECT_FALSE(batch.iSrc.autoRedraw);
+    EXPECT_EQ(batch.workHeight, 174);
+}
+
+TEST_F(Run, TheReportHoldsTheEntriesOfARunInsideItToo) {
+    addGrey(10);
+    addGrey(20);
+    platform.onGiveWay = {nullptr, [this] {
+                              batch.txtName = "Inner";
+                              batch.CmdBatchAll();
+                              batch.txtName = "Outer";
+                          }};
+    batch.CmdBatchAll();
+    std::vector<std::string> names;
+    for (const PictureReport& entry : batch.report.entries())
+        names.push_back(fileNameOf(entry.output));
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"Sample1.bmp", "Inner1.bmp", "Inner2.bmp", "Outer2.bmp"}));
+    batch.CmdBatchAll();
+    EXPECT_EQ(batch.report.entries().size(), 2U) << "the next run starts a report of its own";
+}
+
+TEST_F(Run, AStopInsideARunInsideStopsTheOuterOneToo) {
+    for (uint8_t i = 1; i <= 3; ++i)
+        addGrey(i);
+    platform.onGiveWay = {nullptr,
+                          [this] {
+                              batch.txtName = "Inner";
+                              batch.CmdBatchAll();
+                          },
+                          nullptr, [this] { batch.CmdStop(); }};
+    batch.CmdBatchAll();
+    EXPECT_EQ(outputs(), (std::set<std::string>{"Sample1.bmp", "Inner1.bmp"}));
+    EXPECT_TRUE(batch.stopRequested);
+}
+
+TEST_F(Run, ByItselfEachPictureStartsFromWhatStoodAtTheBeginning) {
+    for (uint8_t i = 1; i <= 3; ++i)
+        addGrey(10);
+    TrayRow takesWhatStands;
+    takesWhatStands.text = "Brightness";
+    takesWhatStands.Tag = 1;
+    takesWhatStands.columns = {"70000", "0", "0", "0", "0", "False", "", "0", "0"};
+    TrayRow five = takesWhatStands;
+    five.column(1) = "5";
+    batch.Ltray = {takesWhatStands, five};
+    batch.funcParam[0] = 40;
+    batch.BatchEach();
+    for (const char* name : {"Sample1.bmp", "Sample2.bmp", "Sample3.bmp"})
+        EXPECT_EQ(levelOf(name), 55) << name;
+    EXPECT_EQ(batch.funcParam[0], 40);
+    batch.txtName = "Window";
+    batch.CmdBatchAll();
+    EXPECT_EQ(levelOf("Window1.bmp"), 55) << "the first picture is the same in both";
+    EXPECT_EQ(levelOf("Window2.bmp"), 20);
+}
+
+TEST_F(Run, ByItselfAPictureLeavesNoDraftWhateverBecomesOfIt) {
+    addGrey(10);
+    addGrey(20);
+    addFile(in + "/gone.ppm");
+    fs::create_directory(out + "/Sample2.bmp");
+    batch.chkOverwrite = 1;
+    batch.BatchEach();
+    EXPECT_EQ(outputs(), (std::set<std::string>{"Sample1.bmp", "Sample2.bmp"}));
+    EXPECT_EQ(statuses(), (std::vector<Status>{Status::saved, Status::failed, Status::failed}));
+    EXPECT_EQ(batch.report.entries()[1].error, "cannot-write");
+    EXPECT_EQ(batch.report.entries()[2].error, "unreadable");
+}
+
 }  // namespace
 }  // namespace tessarine::tests
