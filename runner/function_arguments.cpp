@@ -45,8 +45,8 @@ struct Assignment {
         int32_t result = 0;
         const char* first = value.data() + (value.starts_with('+') ? 1 : 0);
         const auto [end, failure] = std::from_chars(first, value.data() + value.size(), result);
-        if (failure != std::errc() || end != value.data() + value.size() || result < lowest ||
-            result > highest)
+        if (value.starts_with("+-") || failure != std::errc() ||
+            end != value.data() + value.size() || result < lowest || result > highest)
             wrongValue(fmt::format("{} to {}", lowest, highest));
         return result;
     }

@@ -111,6 +111,10 @@ void protectFromReport(const cBatch& batch, const CommandLine& line, const std::
 
     const auto report = identityOf(line.report);
     if (!report || !fs::is_regular_file(line.report, ignored)) return;
+    for (size_t i = 1; i <= batch.lvSelected.size(); ++i)
+        if (identityOf(batch.outputName(batch.txtDestination, static_cast<int32_t>(i),
+                                        extension)) == report)
+            refuse("an output");
     for (const BasketItem& item : batch.lvSelected)
         if (identityOf(item.Tag) == report) refuse("a picture");
     for (const PictureSource& source : line.pictures)

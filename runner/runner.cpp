@@ -79,7 +79,6 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
         if (interrupted()) batch.stopRequested = true;
     };
 
-    listenToSignals();
     const auto start = std::chrono::steady_clock::now();
     if (line.windowMode)
         batch.CmdBatchAll();
@@ -116,6 +115,8 @@ ExitStatus runAsAsked(int argc, const char* const* argv) {
     TerminalPlatform platform;
     cBatch batch(platform);
     prepareRun(batch, *line);
+    // Before the first word: a reader of standard error who left does not end the run.
+    if (!line->dryRun) listenToSignals();
     if (!line->quiet) warnOfMissingFunctions(batch);
     if (line->dryRun) return print(planOf(batch));
     return run(batch, platform, *line);
