@@ -217,6 +217,7 @@ class SheetMemory {
         batch.chkInterpolate = chkInterpolate_;
         batch.chkAntialiasing = chkAntialiasing_;
         batch.pickX = batch.pickY = 0;
+        batch.pickRelX = batch.pickRelY = 0;
     }
 
   private:

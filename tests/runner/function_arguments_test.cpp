@@ -86,6 +86,15 @@ TEST_F(FunctionArguments, APointGivesItsColourAndAColourGivenWins) {
     EXPECT_EQ(columns(1)[3], std::to_string(0x030201));
 }
 
+TEST_F(FunctionArguments, APointIsForgottenBySheetsThatAskForNone) {
+    apply({"Isolate:X=10,Y=12", "Grid"});
+    cBatch alone(platform);
+    CommandLine grid;
+    grid.functions = {{FunctionSource::Kind::apply, "Grid"}};
+    addFunctions(alone, grid);
+    EXPECT_EQ(batch.Ltray.at(1).columns, alone.Ltray.at(0).columns);
+}
+
 TEST_F(FunctionArguments, WhatTheSheetShowsAtTheRunComesFromAllOfThem) {
     line.invert = "g";
     line.kill = "b";
