@@ -55,8 +55,8 @@ class Runner : public testing::Test {
         words.insert(words.begin(), {"/bin/sh", "-c", line, "sh", TESSARINE_BATCH});
         return runProgram(words, scratch.path().string());
     }
-    /// The same with an end: a program that waits for something gives status 124.
-    Finished runForASecondOrSo(std::vector<std::string> words) {
+    /// The same with an end: a program that waits for ever gives status 124.
+    Finished runWithinAMinute(std::vector<std::string> words) {
         words.insert(words.begin(), {"--to", out, "--format", "bmp"});
         return runThroughShell("exec timeout 60 \"$@\"", std::move(words));
     }

@@ -140,17 +140,16 @@ TEST_F(RunnerPaths, APipeIsNeverWaitedFor) {
     const std::string a = grey("a.ppm", 10);
     pipeAt("pipe.ppm");
     for (const char* mode : {"independent", "window"}) {
-        const Finished end =
-            runForASecondOrSo({"--mode", mode, "--overwrite", a, in + "/pipe.ppm"});
+        const Finished end = runWithinAMinute({"--mode", mode, "--overwrite", a, in + "/pipe.ppm"});
         EXPECT_EQ(end.status, 1) << end.err;
         EXPECT_NE(end.err.find("pipe.ppm: unreadable: it is no regular file"), std::string::npos)
             << end.err;
     }
-    const Finished folder = runForASecondOrSo({"--overwrite", "--report", "-", in});
+    const Finished folder = runWithinAMinute({"--overwrite", "--report", "-", in});
     EXPECT_EQ(folder.status, 0) << folder.err;
     EXPECT_EQ(linesOf(folder.out).size(), 2U) << "one picture and the summary";
     for (const char* option : {"--pictures", "--functions"}) {
-        const Finished list = runForASecondOrSo({option, in + "/pipe.ppm", a});
+        const Finished list = runWithinAMinute({option, in + "/pipe.ppm", a});
         EXPECT_EQ(list.status, 3) << list.err;
         EXPECT_NE(list.err.find("no regular file"), std::string::npos) << list.err;
     }
