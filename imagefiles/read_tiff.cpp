@@ -108,8 +108,8 @@ Bitmap readInks(TIFF* tiff, const Layout& layout, size_t fileSize) {
 
 }  // namespace
 
-/// The file library does not know samples of 2 bits nor plain YCbCr, and ends the process over
-/// inks of 32 bits.
+/// The file library does not know samples of 2 bits nor plain YCbCr, reads freed memory for the
+/// colour profile of palettes with alpha, and ends the process over inks of 32 bits.
 std::optional<Decoded> takeOverTiff(Bytes file, const std::string& path) {
     const std::unique_ptr<TIFF, Close> tiff(TIFFOpen(path.c_str(), "r"));
     if (!tiff) return std::nullopt;
@@ -120,7 +120,8 @@ std::optional<Decoded> takeOverTiff(Bytes file, const std::string& path) {
     const bool isPlainYcbcr = layout.photometric == PHOTOMETRIC_YCBCR &&
                               layout.compression != COMPRESSION_JPEG &&
                               layout.compression != COMPRESSION_OJPEG;
-    if (isPlainYcbcr || layout.bits == 2)
+    const bool isPaletteWithAlpha = layout.photometric == PHOTOMETRIC_PALETTE && layout.samples > 1;
+    if (isPlainYcbcr || isPaletteWithAlpha || layout.bits == 2)
         return Decoded{readColours(tiff.get(), layout, file.size()), depth};
     return std::nullopt;
 }

@@ -91,15 +91,11 @@ PixelBuffer cBitFilter::NewDoc(uint8_t R, uint8_t G, uint8_t b) {
     PixelBuffer result = bits_;
     SetScanRect(0);
     if (!result.isDimensioned()) return result;
-    // The box alone counts; what lies beyond the buffer is nobody's.
-    const int32_t margin = PixelBuffer::margin;
-    const int32_t left = std::max(scanLeft_, -margin);
-    const int32_t right = std::min(scanRight_, maxX_ + margin);
-    const int32_t bottom = std::min(scanBottom_, maxY_ + margin);
+    const Rect scan = scanInBuffer();
     Pixel* block = result.writableBlock();
-    for (int32_t y = std::max(scanTop_, -margin); y <= bottom; ++y) {
+    for (int32_t y = scan.top; y < scan.bottom; ++y) {
         Pixel* row = block + result.offsetOfRow(y);
-        for (int32_t x = left; x <= right; ++x)
+        for (int32_t x = scan.left; x < scan.right; ++x)
             row[x] = {b, G, R, row[x].fourth};
         if (static_cast<int32_t>(timeGetTime() - lastTick_) > reportInterval)
             lastTick_ = timeGetTime();
@@ -114,6 +110,12 @@ void cBitFilter::SetScanRect(int32_t margin) {
     scanRight_ = box.right - margin - 1;
     scanTop_ = box.top + margin;
     scanBottom_ = box.bottom - margin - 1;
+}
+
+Rect cBitFilter::scanInBuffer() const {
+    const int32_t margin = PixelBuffer::margin;
+    return {std::max(scanLeft_, -margin), std::max(scanTop_, -margin),
+            std::min(scanRight_, maxX_ + margin) + 1, std::min(scanBottom_, maxY_ + margin) + 1};
 }
 
 void cBitFilter::reportRow(int32_t y, OnFailure mode) {

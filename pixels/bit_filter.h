@@ -130,6 +130,9 @@ class cBitFilter {
 
     /// The inclusive rectangle that a filter with this margin walks.
     void SetScanRect(int32_t margin);
+    /// The scan rectangle as far as it lies in the buffer; the margin belongs to it, and what lies
+    /// beyond is nobody's.
+    Rect scanInBuffer() const;
     /// The report after row y: Progress((y * 100) \ maxY) where more than 10 ms have passed.
     void reportRow(int32_t y, OnFailure mode);
     void raiseProgress(int32_t percent);

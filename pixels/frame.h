@@ -17,20 +17,16 @@ PixelBuffer cBitFilter::filterRows(OnFailure mode, Change change) {
     SetScanRect(0);
     const RegionHandle region = regionHandle_.lock();
     if (region && bits_.isDimensioned()) {
-        // What lies beyond the buffer is nobody's; the margin belongs to it.
-        const int32_t margin = PixelBuffer::margin;
-        const int32_t left = std::max(scanLeft_, -margin);
-        const int32_t right = std::min(scanRight_, maxX_ + margin);
-        const int32_t bottom = std::min(scanBottom_, maxY_ + margin);
+        const Rect scan = scanInBuffer();
         Pixel* block = result.writableBlock();
-        for (int32_t y = std::max(scanTop_, -margin); y <= bottom; ++y) {
+        for (int32_t y = scan.top; y < scan.bottom; ++y) {
             const Pixel* source = bits_.row(y);
             Pixel* target = block + result.offsetOfRow(y);
             for (const Rect& run : region->band(y)) {
-                const int32_t from = std::max(run.left, left);
-                const int32_t to = std::min(run.right - 1, right);
-                if (from > to) continue;
-                const auto count = static_cast<size_t>(to - from + 1);
+                const int32_t from = std::max(run.left, scan.left);
+                const int32_t to = std::min(run.right, scan.right);
+                if (from >= to) continue;
+                const auto count = static_cast<size_t>(to - from);
                 change(std::span<const Pixel>(source + from, count),
                        std::span<Pixel>(target + from, count), from, y);
             }
