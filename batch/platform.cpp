@@ -35,7 +35,7 @@ bool Platform::fileExists(const std::string& path) {
 }
 
 std::string Platform::programFolder() {
-    const std::string own = executableFolder();
+    std::string own = executableFolder();
     if (!own.empty() && access(own.c_str(), W_OK | X_OK) == 0) return own;
     return userConfigurationFolder();
 }

@@ -94,7 +94,7 @@ PixelBuffer cBitFilter::Contrast(int32_t Factor) {
     const int32_t mean = count == 0 ? 0 : sum / count;
 
     const float c = percentFactor(Factor);
-    std::array<int32_t, 256> spread;
+    std::array<int32_t, 256> spread{};
     for (int32_t i = 0; i < 256; ++i)
         spread[static_cast<size_t>(i)] = roundToInteger((i - mean) * double{c} + mean);
     return filterPixels(OnFailure::skip, [&spread](const Pixel& p) {

@@ -74,7 +74,7 @@ class cBitRegion {
     float zoomFactor_ = 1.0F;
     std::vector<int32_t> selectionData_;
     std::vector<int32_t> scaledData_;
-    std::array<PatternBrush, 8> brushes_;
+    std::array<PatternBrush, 8> brushes_{};
     int32_t brushIndex_ = 0;
 };
 

@@ -1,6 +1,7 @@
 #include "runner/progress_line.h"
 
 #include <algorithm>
+#include <cmath>
 #include <unistd.h>
 
 #include <fmt/format.h>
@@ -12,7 +13,7 @@ namespace tessarine {
 namespace {
 
 std::string clockText(double seconds) {
-    const auto whole = static_cast<int64_t>(seconds + 0.5);
+    const auto whole = std::llround(seconds);
     if (whole >= 3600)
         return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
     return fmt::format("{}:{:02}", whole / 60, whole % 60);
