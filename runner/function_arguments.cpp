@@ -234,12 +234,13 @@ class RunWideInputs {
   public:
     /// \throws Refusal where another function of the run was given another value
     void check(const Assignment& given) {
+        const Panel panel = given.function->panel;
         const bool runWide =
-            isKey("Invert", given.key) || isKey("Kill", given.key) ||
-            (isKey("Degrees", given.key) && given.function->panel == Panel::FrRotate);
+            (panel == Panel::frBanks && (isKey("Invert", given.key) || isKey("Kill", given.key))) ||
+            (panel == Panel::FrRotate && isKey("Degrees", given.key));
         if (!runWide) return;
-        const auto [known, isNew] = values_.emplace(lowerCase(given.key), given.value);
-        if (!isNew && known->second != given.value)
+        const auto [known, isNew] = values_.emplace(lowerCase(given.key), meaningOf(given));
+        if (!isNew && known->second != meaningOf(given))
             refuse(
                 fmt::format("{}: {} holds for the whole run and was '{}' before; expected one "
                             "value",
@@ -247,6 +248,16 @@ class RunWideInputs {
     }
 
   private:
+    /// The value in one spelling: "gr" is "rg", and "+10" is "10".
+    static std::string meaningOf(const Assignment& given) {
+        if (isKey("Degrees", given.key))
+            return std::to_string(given.number(lowestDegrees, highestDegrees));
+        std::string channels;
+        for (const char channel : {'r', 'g', 'b'})
+            if (given.hasChannel(channel)) channels += channel;
+        return channels;
+    }
+
     std::map<std::string, std::string> values_;
 };
 

@@ -96,11 +96,12 @@ TEST_F(FunctionArguments, APointIsForgottenBySheetsThatAskForNone) {
 }
 
 TEST_F(FunctionArguments, WhatTheSheetShowsAtTheRunComesFromAllOfThem) {
-    line.invert = "g";
+    line.invert = "b";
     line.kill = "b";
     line.degrees = int16_t{-7};
-    apply({"Swap RGB:Invert=r", "Rotate Intelligently:Degrees=40", "Swap RGB:Invert=r"});
-    EXPECT_EQ(batch.chkInvt, (std::array<int16_t, 3>{1, 1, 0}));
+    apply({"Swap RGB:Invert=rg", "Rotate Intelligently:Degrees=40",
+           "Rotate Intelligently:Degrees=+40", "Swap RGB:Invert=gr"});
+    EXPECT_EQ(batch.chkInvt, (std::array<int16_t, 3>{1, 1, 1}));
     EXPECT_EQ(batch.chkKill, (std::array<int16_t, 3>{0, 0, 1}));
     EXPECT_EQ(batch.sbDegrees, -7);
 }
