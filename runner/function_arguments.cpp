@@ -27,6 +27,14 @@ bool isKey(std::string_view label, const std::string& key) {
     return lowerCase(label) == lowerCase(key);
 }
 
+/// Place of a key among labels, upper and lower case alike; -1 where it is none of them.
+template <class Labels>
+int16_t placeOf(const std::string& key, const Labels& labels) {
+    const auto found = std::find_if(labels.begin(), labels.end(),
+                                    [&](const auto& label) { return isKey(label, key); });
+    return found == labels.end() ? int16_t{-1} : static_cast<int16_t>(found - labels.begin());
+}
+
 [[noreturn]] void refuse(const std::string& message) {
     throw Refusal(ExitStatus::commandLine, "--apply: " + message);
 }
@@ -66,11 +74,11 @@ struct Assignment {
             wrongValue("a colour as RRGGBB");
         return (rgb & 0xFF) << 16 | (rgb & 0xFF00) | rgb >> 16;
     }
-    template <size_t Count>
-    int16_t choice(const std::array<std::string_view, Count>& labels) const {
-        for (size_t i = 0; i < Count; ++i)
-            if (isKey(labels[i], value)) return static_cast<int16_t>(i);
-        wrongValue(fmt::format("{}", fmt::join(labels, ", ")));
+    template <class Labels>
+    int16_t choice(const Labels& labels) const {
+        const int16_t place = placeOf(value, labels);
+        if (place < 0) wrongValue(fmt::format("{}", fmt::join(labels, ", ")));
+        return place;
     }
     bool hasChannel(char letter) const {
         if (value.empty() || value.find_first_not_of("rgb") != std::string::npos)
@@ -85,68 +93,78 @@ bool hasSwatch(const FunctionDef& function, int k) {
            function.swatches == (k == 0 ? Swatches::onlyFirst : Swatches::onlySecond);
 }
 
-/// The inputs of the special panels. \return false for a key that the panel does not have
+// The inputs of each special panel. They give false for a key that the panel does not have.
+
+bool assignToBanks(cBatch& batch, const Assignment& given) {
+    const int16_t column = placeOf(given.key, bankColumns);
+    if (column >= 0) {
+        batch.ChooseBank(column, given.choice(bankLabels));
+        return true;
+    }
+    const bool inverts = isKey("Invert", given.key);
+    if (!inverts && !isKey("Kill", given.key)) return false;
+    for (int16_t i = 0; i < 3; ++i) {
+        const int16_t ticked = given.hasChannel("rgb"[i]) ? 1 : 0;
+        if (inverts)
+            batch.ChangeInvert(i, ticked);
+        else
+            batch.ChangeKill(i, ticked);
+    }
+    return true;
+}
+
+bool assignToGlass(cBatch& batch, const Assignment& given) {
+    const int16_t style = placeOf(given.key, glassStyles);
+    if (style < 0) return false;
+    batch.ChooseGlass(style);
+    batch.ChooseGlassStrength(given.choice(batch.cbo.items));
+    return true;
+}
+
+bool assignToCurtain(cBatch& batch, const Assignment& given) {
+    const int16_t style = placeOf(given.key, curtainStyles);
+    if (style < 0) return false;
+    if (given.ticked() == 0) given.wrongValue("on");
+    batch.ChooseCurtain(style);
+    return true;
+}
+
+bool assignToResize(cBatch& batch, const Assignment& given) {
+    if (isKey("Width", given.key))
+        batch.ChangeWidth(std::to_string(given.number(1, largestSide)));
+    else if (isKey("Height", given.key))
+        batch.ChangeHeight(std::to_string(given.number(1, largestSide)));
+    else if (isKey("Keep proportions", given.key))
+        batch.ChangeKeepProportions(given.ticked());
+    else if (isKey("Anti-Alias", given.key))
+        batch.ChangeInterpolate(given.ticked());
+    else
+        return false;
+    return true;
+}
+
+bool assignToRotate(cBatch& batch, const Assignment& given) {
+    if (isKey("Degrees", given.key))
+        batch.ChangeDegrees(given.number(lowestDegrees, highestDegrees));
+    else if (isKey("Antialiasing", given.key))
+        batch.ChangeAntialiasing(given.ticked());
+    else
+        return false;
+    return true;
+}
+
 bool assignToPanel(cBatch& batch, const Assignment& given) {
-    const std::string& key = given.key;
     switch (given.function->panel) {
         case Panel::frBanks:
-            for (size_t column = 0; column < bankColumns.size(); ++column)
-                if (isKey(bankColumns[column], key)) {
-                    batch.ChooseBank(static_cast<int16_t>(column), given.choice(bankLabels));
-                    return true;
-                }
-            if (isKey("Invert", key)) {
-                for (int16_t i = 0; i < 3; ++i)
-                    batch.ChangeInvert(i, given.hasChannel("rgb"[i]) ? 1 : 0);
-                return true;
-            }
-            if (isKey("Kill", key)) {
-                for (int16_t i = 0; i < 3; ++i)
-                    batch.ChangeKill(i, given.hasChannel("rgb"[i]) ? 1 : 0);
-                return true;
-            }
-            return false;
+            return assignToBanks(batch, given);
         case Panel::FrmGlass:
-            for (size_t style = 0; style < glassStyles.size(); ++style)
-                if (isKey(glassStyles[style], key)) {
-                    batch.ChooseGlass(static_cast<int16_t>(style));
-                    const std::vector<std::string>& strengths = batch.cbo.items;
-                    for (size_t i = 0; i < strengths.size(); ++i)
-                        if (isKey(strengths[i], given.value)) {
-                            batch.ChooseGlassStrength(static_cast<int32_t>(i));
-                            return true;
-                        }
-                    given.wrongValue(fmt::format("{}", fmt::join(strengths, ", ")));
-                }
-            return false;
+            return assignToGlass(batch, given);
         case Panel::FrmCurtain:
-            for (size_t style = 0; style < curtainStyles.size(); ++style)
-                if (isKey(curtainStyles[style], key)) {
-                    if (given.ticked() == 0) given.wrongValue("on");
-                    batch.ChooseCurtain(static_cast<int16_t>(style));
-                    return true;
-                }
-            return false;
+            return assignToCurtain(batch, given);
         case Panel::FrResize:
-            if (isKey("Width", key))
-                batch.ChangeWidth(std::to_string(given.number(1, largestSide)));
-            else if (isKey("Height", key))
-                batch.ChangeHeight(std::to_string(given.number(1, largestSide)));
-            else if (isKey("Keep proportions", key))
-                batch.ChangeKeepProportions(given.ticked());
-            else if (isKey("Anti-Alias", key))
-                batch.ChangeInterpolate(given.ticked());
-            else
-                return false;
-            return true;
+            return assignToResize(batch, given);
         case Panel::FrRotate:
-            if (isKey("Degrees", key))
-                batch.ChangeDegrees(given.number(lowestDegrees, highestDegrees));
-            else if (isKey("Antialiasing", key))
-                batch.ChangeAntialiasing(given.ticked());
-            else
-                return false;
-            return true;
+            return assignToRotate(batch, given);
         case Panel::none:
             break;
     }

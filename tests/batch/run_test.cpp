@@ -50,6 +50,17 @@ class Run : public testing::Test {
         batch.SelectNode(negativeNode);
         batch.AddFunction("Negative");
     }
+    /// Two pictures; before the second one a whole run under another name happens.
+    void runWithAnotherInside() {
+        addGrey(10);
+        addGrey(20);
+        platform.onGiveWay = {nullptr, [this] {
+                                  batch.txtName = "Inner";
+                                  batch.CmdBatchAll();
+                                  batch.txtName = "Outer";
+                              }};
+        batch.CmdBatchAll();
+    }
     PixelBuffer output(const std::string& name) const { return readBitmapFile(out + "/" + name); }
     int levelOf(const std::string& name) const { return output(name).at(0, 0).green; }
     std::set<std::string> outputs() const {
@@ -317,14 +328,7 @@ TEST_F(Run, AnItemRemovedDuringTheRunLeavesItsPassTheFileBeforeIt) {
 }
 
 TEST_F(Run, ASecondRunInsideTheFirstFinishesAndTheFirstGoesOn) {
-    addGrey(10);
-    addGrey(20);
-    platform.onGiveWay = {nullptr, [this] {
-                              batch.txtName = "Inner";
-                              batch.CmdBatchAll();
-                              batch.txtName = "Outer";
-                          }};
-    batch.CmdBatchAll();
+    runWithAnotherInside();
     EXPECT_EQ(outputs(),
               (std::set<std::string>{"Sample1.bmp", "Inner1.bmp", "Inner2.bmp", "Outer2.bmp"}));
     EXPECT_EQ(levelOf("Outer2.bmp"), 20);
@@ -449,14 +453,7 @@ TEST_F(Run, AfterARunTheWorkPictureIsThePreviews) {
 }
 
 TEST_F(Run, TheReportHoldsTheEntriesOfARunInsideItToo) {
-    addGrey(10);
-    addGrey(20);
-    platform.onGiveWay = {nullptr, [this] {
-                              batch.txtName = "Inner";
-                              batch.CmdBatchAll();
-                              batch.txtName = "Outer";
-                          }};
-    batch.CmdBatchAll();
+    runWithAnotherInside();
     std::vector<std::string> names;
     for (const PictureReport& entry : batch.report.entries())
         names.push_back(fileNameOf(entry.output));
