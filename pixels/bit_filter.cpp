@@ -2,8 +2,10 @@
 
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
 
 #include "pixels/frame.h"
+#include "pixels/numbers.h"
 
 namespace tessarine {
 
@@ -89,9 +91,8 @@ void cBitFilter::PrepareBitmap(BitmapHeader& header, PixelBuffer& given, int32_t
 
 PixelBuffer cBitFilter::NewDoc(uint8_t R, uint8_t G, uint8_t b) {
     PixelBuffer result = bits_;
-    SetScanRect(0);
-    if (!result.isDimensioned()) return result;
-    const Rect scan = scanInBuffer();
+    const Rect scan = regionBox(0).scan;
+    if (scan.isEmpty()) return result;
     Pixel* block = result.writableBlock();
     for (int32_t y = scan.top; y < scan.bottom; ++y) {
         Pixel* row = block + result.offsetOfRow(y);
@@ -112,20 +113,70 @@ void cBitFilter::SetScanRect(int32_t margin) {
     scanBottom_ = box.bottom - margin - 1;
 }
 
-Rect cBitFilter::scanInBuffer() const {
-    const int32_t margin = PixelBuffer::margin;
-    return {std::max(scanLeft_, -margin), std::max(scanTop_, -margin),
-            std::min(scanRight_, maxX_ + margin) + 1, std::min(scanBottom_, maxY_ + margin) + 1};
+cBitFilter::Walk cBitFilter::regionBox(int32_t margin) {
+    SetScanRect(margin);
+    if (!bits_.isDimensioned()) return {};
+    // The borders are inclusive, and one beyond the highest of them would not be an integer.
+    const auto beyond = [](int32_t last, int32_t limit) { return std::min(last, limit) + 1; };
+    const int32_t outside = PixelBuffer::margin;
+    return {{std::max(scanLeft_, -outside), std::max(scanTop_, -outside),
+             beyond(scanRight_, maxX_ + outside), beyond(scanBottom_, maxY_ + outside)}};
 }
 
-void cBitFilter::reportRow(int32_t y, OnFailure mode) {
+Rect cBitFilter::inBuffer(const Rect& rect) const {
+    const int32_t margin = PixelBuffer::margin;
+    return {std::max(rect.left, -margin), std::max(rect.top, -margin),
+            std::min(rect.right, maxX_ + margin + 1), std::min(rect.bottom, maxY_ + margin + 1)};
+}
+
+std::vector<int32_t> cBitFilter::steps(int32_t from, int32_t to, int32_t step, int64_t lowest,
+                                       int64_t highest) {
+    if (step == 0) {
+        if (from <= to) throw StatementFailed("a step of 0 never ends");
+        return {};
+    }
+    const bool up = step > 0;
+    const int64_t stride = std::abs(int64_t{step});
+    const int64_t first = up ? lowest : highest;
+    const int64_t last = up ? std::min<int64_t>(to, highest) : std::max<int64_t>(to, lowest);
+    const int64_t early = up ? first - from : from - first;
+    int64_t value = from;
+    if (early > 0) value += (early + stride - 1) / stride * step;
+    std::vector<int32_t> values;
+    for (; up ? value <= last : value >= last; value += step)
+        values.push_back(static_cast<int32_t>(value));
+    return values;
+}
+
+std::pair<size_t, size_t> cBitFilter::windowsInBuffer(int32_t x, int32_t y, size_t count,
+                                                      const Stencil& stencil) const {
+    // Counted in pixels along the block, so that a window may run over the end of a row.
+    const int64_t reach = std::abs(int64_t{stencil.reach} * stencil.spacing) * (bits_.stride() + 1);
+    const int64_t first = bits_.offsetOfRow(y) + x;
+    const auto whole = static_cast<int64_t>(count);
+    const int64_t from = std::clamp(reach - first, int64_t{0}, whole);
+    const int64_t to =
+        std::clamp(static_cast<int64_t>(bits_.pixelCount()) - reach - first, from, whole);
+    return {static_cast<size_t>(from), static_cast<size_t>(to)};
+}
+
+SurroundingsCopy::SurroundingsCopy(const PixelBuffer& bits, int32_t x, int32_t y,
+                                   const Stencil& stencil)
+    : side_(2 * stencil.reach + 1) {
+    places_.reserve(static_cast<size_t>(side_) * static_cast<size_t>(side_));
+    for (int64_t dy = -stencil.reach; dy <= stencil.reach; ++dy)
+        for (int64_t dx = -stencil.reach; dx <= stencil.reach; ++dx)
+            places_.push_back(bits.reached(x + dx * stencil.spacing, y + dy * stencil.spacing));
+}
+
+void cBitFilter::report(int32_t part, int32_t whole, OnFailure mode) {
     if (static_cast<int32_t>(timeGetTime() - lastTick_) <= reportInterval) return;
     lastTick_ = timeGetTime();
-    if (maxY_ == 0) {
+    if (whole == 0) {
         if (mode == OnFailure::skip) return;
-        throw StatementFailed("a picture one row high has no percentage done");
+        throw StatementFailed("there is no percentage of nothing");
     }
-    raiseProgress(y * 100 / maxY_);
+    raiseProgress(quotient(part * 100, whole));
 }
 
 void cBitFilter::raiseProgress(int32_t percent) {

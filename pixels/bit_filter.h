@@ -4,9 +4,14 @@
 #include <functional>
 #include <memory>
 #include <span>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "pixels/failures.h"
+#include "pixels/filter_kernel.h"
 #include "pixels/pixel_buffer.h"
+#include "pixels/random_generator.h"
 #include "pixels/region.h"
 
 namespace tessarine {
@@ -23,6 +28,10 @@ struct BitmapHeader {
     int16_t planes = 0;
     int16_t bitCount = 0;
 };
+
+struct CellGrid;
+struct Stencil;
+enum class Uncovered;
 
 /// The filter engine: one image, the region of it that filters may touch, and the image functions.
 ///
@@ -41,6 +50,9 @@ class cBitFilter {
     std::function<void(int32_t& percent)> Progress;
     /// The clock that spaces the reports of Progress.
     std::function<uint32_t()> timeGetTime = systemClock;
+    /// The random numbers of DIFFUSE and NOISE. Neither seeds them: the sequence goes on from one
+    /// call to the next.
+    RandomGenerator random;
 
     int32_t BitsWidth() const { return maxX_ + 1; }
     int32_t BitsHeight() const { return maxY_ + 1; }
@@ -72,6 +84,29 @@ class cBitFilter {
 
     /// Fills the region's box, corners included, with one colour. Raises no Progress.
     PixelBuffer NewDoc(uint8_t R, uint8_t G, uint8_t b);
+
+    // Geometry: all but Flip replace the image, whose size follows; the region stays as it is.
+    // `srcBits` is the picture to start from, commonly the image itself. Defined in
+    // pixels/geometry.cpp.
+
+    /// Sets all four channels of the region's pixels to 0. Raises no Progress.
+    void BitsBlack();
+    /// Keeps the part of srcBits inside a rectangle (X2, Y2 exclusive) that is first cut to the
+    /// size of the present image. No overlap gives an image of 0 by 0.
+    void BitsCrop(const PixelBuffer& srcBits, int32_t X1, int32_t Y1, int32_t X2, int32_t Y2);
+    /// The same, cut to the size of srcBits; pixels outside the region become black with 255 in
+    /// the fourth channel.
+    void BitsCropMasked(const PixelBuffer& srcBits, int32_t X1, int32_t Y1, int32_t X2, int32_t Y2);
+    /// Another size by bilinear interpolation, the fourth channel 0.
+    /// \throws StatementFailed for a width or height of 0 or below, or for want of memory
+    void BitsResample(const PixelBuffer& srcBits, int32_t NewWidth, int32_t NewHeight);
+    /// Another size by the nearest pixel, the fourth channel 0. A width or height of 0 gives an
+    /// empty image of that size; a negative one leaves the image as it is. (skips)
+    void BitsResize(const PixelBuffer& srcBits, int32_t NewWidth, int32_t NewHeight);
+    /// A quarter turn anticlockwise, the fourth channel 0. srcBits has the present image's size.
+    void BitsRotate90(const PixelBuffer& srcBits);
+    /// The whole image mirrored, the region notwithstanding; the fourth channel stays. (skips)
+    PixelBuffer Flip(bool fH, bool fV);
 
     // Tone and channels: each pixel from itself alone, Contrast and Equalize from a statistic of
     // the whole image besides. Defined in filters/tone.cpp.
@@ -108,17 +143,205 @@ class cBitFilter {
     /// nothing.
     PixelBuffer SwapBanks(int32_t Modo);
 
+    // Hue and colour replacement. Colours are red + 256 * green + 65536 * blue. Defined in
+    // filters/hue.cpp.
+
+    /// Each pixel's brightness times Luminosity in one hue (-1 to 5) and saturation (0 to 1).
+    PixelBuffer COLORIZE(float Hue, float SATURATION, float Luminosity);
+    /// Paints all pixels in EraseColor but those within Tolerance percent of Color.
+    PixelBuffer ISOLATE(int32_t Color, int32_t EraseColor, int32_t Tolerance);
+    /// Turns ColorFrom into ColorTo, less and less up to a distance of Tolerance percent. (skips)
+    PixelBuffer REPLACE(int32_t ColorFrom, int32_t ColorTo, int32_t Tolerance);
+    /// The same where hue and saturation lie within hundredths of those of ColorFrom.
+    PixelBuffer ReplaceHS(int32_t ColorFrom, int32_t ColorTo, int32_t HTolerance,
+                          int32_t STolerance, int32_t Tolerance);
+    /// The same where the brightness (0 to 255) lies within LTolerance of that of ColorFrom.
+    PixelBuffer ReplaceL(int32_t ColorFrom, int32_t ColorTo, int32_t LTolerance, int32_t Tolerance);
+    /// Turns hues by HOffset hundredths of the circle, scales their saturation in percent.
+    PixelBuffer RotateH(int32_t HOffset, int32_t SATURATION);
+    /// A grey picture whose level goes as a sine of the brightness.
+    PixelBuffer RotateL(int32_t lOffset, int32_t LStep);
+    /// One saturation for all; the hue goes as a sine of the brightness. (skips)
+    PixelBuffer StretchH(int32_t HOffset, int32_t SATURATION, int32_t HStep);
+
+    // Neighbourhood: each pixel from a window around it, which reads the margin's black beyond the
+    // edge. Defined in filters/neighbourhood.cpp.
+
+    /// Convolution with a square of weights; Weight divides the sum and each channel's factor is
+    /// added, limited to 0 to 255. KeepMargins leaves pixels whose window leaves the image.
+    /// \throws StatementFailed for a Weight of 0
+    PixelBuffer MaskFilter(const KernelMask& mskBits, int32_t Weight, int32_t rFactor,
+                           int32_t gFactor, int32_t bFactor, bool KeepMargins);
+    /// The mean of the eight pixels at distance Factor.
+    PixelBuffer Blurs(int32_t Factor);
+    /// Mixes each pixel, with weight 101 - Factor, with the four next to it. (skips)
+    PixelBuffer SOFTEN(int32_t Factor);
+    /// Sets each pixel off from its eight neighbours; stronger with Factor. (skips)
+    PixelBuffer SHARPEN(int32_t Factor);
+    /// The same with other weights; weaker with Factor. (skips)
+    PixelBuffer EDGEENHANCE(int32_t Factor);
+    /// Edges in their own colour, all whose level reaches Factor in BackColor.
+    PixelBuffer CONTOUR(int32_t Factor, int32_t BackColor);
+    /// Edges in black on white (BW), or in the picture's colours on BackColor. (skips)
+    PixelBuffer SKETCH(int32_t Factor, bool BW, int32_t BackColor);
+    /// A grey plate with raised edges, Factor in tenths. (skips)
+    PixelBuffer EMBOSS(int32_t Factor);
+    /// A grey plate with sunken edges, Factor in tenths. (skips)
+    PixelBuffer Engrave(int32_t Factor);
+    /// A relief of the channels green, red and fourth; blue stays. (skips)
+    PixelBuffer RELIEF();
+    /// The largest of each channel in a window of 3 by 3. (skips)
+    PixelBuffer DILATE();
+    /// The smallest of each channel in a window of 3 by 3. (skips)
+    PixelBuffer ERODE();
+    /// Minimum (fltType 0) or maximum (1) of each channel over the pixel and its four direct
+    /// neighbours; any other fltType gives black. The outermost 1 - fltType pixels stay.
+    PixelBuffer RankFilterN4(int32_t fltType);
+    /// The same over the pixel and its four diagonal neighbours.
+    PixelBuffer RankFilterND(int32_t fltType);
+    /// For each channel the mean of the calmest of three sectors; the lower right one is not
+    /// among them, which draws the strokes to the upper left. (skips)
+    PixelBuffer PAINTING();
+    /// The same with all four sectors. (skips)
+    PixelBuffer Dissolve();
+
+    // Deformations: each pixel is taken from a computed source point. Defined in
+    // filters/deformation.cpp. CleanBack blackens what has no source in the region.
+
+    /// Bends the picture into a ring: the angle selects the column, the distance the row. (skips)
+    PixelBuffer BEND(int32_t RadiusFactor, bool CleanBack);
+    /// Shears each axis by the position on the other. (skips)
+    PixelBuffer FOLD(int32_t wFactor, int32_t hFactor, bool CleanBack);
+    /// Scales the axes about the centre; positive percentages shrink the picture. (skips)
+    PixelBuffer STRETCH(int32_t wFactor, int32_t hFactor, bool CleanBack);
+    /// Turns each ring by its radius times a factor, and by OffsetDeg degrees. (skips)
+    PixelBuffer TWIRL(int32_t Factor, int32_t OffsetDeg, bool CleanBack);
+    /// Turns the image about its centre by the nearest pixel. (skips)
+    PixelBuffer ROTATE(int32_t Degrees, bool CleanBack);
+    /// Turns the image about its centre by bilinear interpolation; what has no source in the
+    /// image becomes black, the region's shape notwithstanding. (skips)
+    PixelBuffer RotateSmooth(int32_t Degrees);
+    /// Ripples by a trigonometric function of the coordinates. `style` is "slanting", "vertical",
+    /// "horizontal", "squary" or "curtain" in lower case, Intensity counts from 0; any other pair
+    /// leaves the picture as it is. (skips)
+    PixelBuffer GLASS(const std::string& style, int16_t Intensity);
+    /// Magnifies a disc. Centre and radius are relative to the image, Factor goes from 0 (nothing)
+    /// to 150. (skips)
+    PixelBuffer LENS(float xRel, float yRel, float dRel, int32_t Factor);
+    /// Displaces rows by a sine. (skips)
+    PixelBuffer WAVES(int32_t fFactor, int32_t AFactor, int32_t Start);
+    /// Factor by Factor small copies of the image. (skips)
+    PixelBuffer TILE(int32_t Factor);
+    /// Lays a picture over the image, once or Tiled. Transparency is in percent; mask pixels of
+    /// MaskColor are left out, none for -1.
+    /// \throws StatementFailed for a mask without pixels that is to be tiled, a Transparency that
+    ///         sends a channel out of range, or a report against no height
+    PixelBuffer TileMask(const PixelBuffer& mskBits, int32_t xOffset, int32_t yOffset, bool Tiled,
+                         int32_t Transparency, int32_t MaskColor);
+    /// Adds Inc to pixels near ColorFrom, less and less with the distance. (skips)
+    PixelBuffer Shift(int32_t ColorFrom, int32_t Inc, int32_t Tolerance);
+
+    // Synthesis: new content over the image, or a coarser texture of it. Defined in
+    // filters/synthesis.cpp.
+
+    /// Takes each pixel from a random place up to half of each factor away. (skips)
+    PixelBuffer DIFFUSE(int32_t wFactor, int32_t hFactor);
+    /// Soft dots in cells of 2 * Radius pixels, in their mean colour. Intensity is in percent
+    /// above 100.
+    /// \throws StatementFailed for a Radius of 0, or where a dot's colour leaves a byte's range
+    PixelBuffer HALFTONE(int32_t Radius, int32_t Definition, int32_t Intensity);
+    /// Blocks of PixSize pixels in their mean colour. (skips)
+    PixelBuffer PIXELIZE(int32_t PixSize);
+    /// Random grain of up to Factor levels, the same in all channels if Equalized. (skips)
+    PixelBuffer NOISE(int32_t Factor, bool Equalized);
+    /// Takes Factor levels off every second row. (skips)
+    PixelBuffer Scanlines(int32_t Factor);
+    /// Lines of one colour, Opacity 0 to 255. (skips)
+    /// \throws StatementFailed for a step of 0
+    PixelBuffer Grid(int32_t HStep, int32_t VStep, bool ForceMargins, int32_t Color,
+                     int32_t Opacity);
+    /// Brightens a disc by iFactor levels at its centre, dFactor percent of them at its rim.
+    /// Centre and radius are relative to the image.
+    PixelBuffer Light(float xRel, float yRel, float dRel, int32_t iFactor, int32_t dFactor);
+    /// Multiplies the image by a tiled texture, of which the blue channel counts: 128 keeps a
+    /// pixel. (skips)
+    /// \throws StatementFailed for a texture of one row or column
+    PixelBuffer Texturize(const PixelBuffer& mskBits);
+    /// Error diffusion to black and white; 10 / PalWeight is the share of the error. (skips)
+    PixelBuffer StuckiBW(int32_t PalWeight);
+    /// A gradient around (X1, Y1) to the rim through (X2, Y2). A colour of -1 is the image itself;
+    /// Pressure is the opacity in percent, Frequency the number of bands. (skips)
+    PixelBuffer GradientCircular(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2, int32_t Color1,
+                                 int32_t Color2, int32_t Pressure, int32_t Frequency);
+    /// A gradient from (X1, Y1) to (X2, Y2). (skips)
+    PixelBuffer GradientLinear(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2, int32_t Color1,
+                               int32_t Color2, int32_t Pressure, int32_t Frequency);
+
+    // Recipes: the three channels of each pixel recombined. Defined in filters/recipes.cpp.
+
+    /// Green and red become grey. (skips)
+    PixelBuffer OLDPHOTO();
+    /// Switches off the channels whose argument is not -1. (skips)
+    PixelBuffer SpecialColors(int16_t R, int16_t G, int16_t b);
+    /// One of twelve recipes, 0 to 11; any other Effect changes nothing.
+    PixelBuffer ClassyColors(int16_t Effect);
+    /// Keeps the strongest channel alone, and pixels without one. (skips)
+    PixelBuffer THERMIQUE();
+    /// Light pixels become black and dark ones white. (skips)
+    PixelBuffer XBLACK();
+    /// Light pixels become white and dark ones black. (skips)
+    PixelBuffer PHOTOCOP();
+
   private:
     // The frame: the helpers that own all that filters have in common. Defined in pixels/frame.h.
+    // Each makes the result as a copy of the image, walks, reports and ends with Progress(100).
+
+    /// The pixels that a filter walks, as far as they lie in the buffer, margin included.
+    struct Walk {
+        Rect scan;
+        int32_t reportShift = 0;  ///< added to a row's number for its report
+    };
+    /// The box of the region, less `margin` pixels on all sides.
+    Walk regionBox(int32_t margin);
+    /// The whole image without its margin.
+    Walk wholeImage() const { return {fullRect_}; }
 
     /// Each pixel of the region becomes `change(source pixel)`, its fourth byte excepted.
     template <class Change>
     PixelBuffer filterPixels(OnFailure mode, Change change);
-    /// `change(source, result, x, y)` is given runs of the region's pixels: `source` and `result`
-    /// are spans of one row, starting at (x, y), of equal length. The result's pixels hold the
-    /// source's values; the fourth bytes are not to be changed.
+    /// `change(run)` is given the region's pixels in runs of one row, from top to bottom and from
+    /// left to right. The result's fourth bytes are not to be changed.
     template <class Change>
-    PixelBuffer filterRows(OnFailure mode, Change change);
+    PixelBuffer filterRows(OnFailure mode, const Walk& walk, Change change);
+    /// `change(window, result pixel)` for each pixel of the region. The result holds the source's
+    /// pixel; its fourth byte is not to be changed.
+    template <class Change>
+    PixelBuffer filterWindows(OnFailure mode, const Walk& walk, const Stencil& stencil,
+                              Change change);
+    /// The bytes that a filter of single channels computes.
+    enum class Channels { blueGreenRed, greenRedFourth };
+    /// Each of three channels becomes `change(channel window)`, for each pixel of the region.
+    template <class Change>
+    PixelBuffer filterChannels(OnFailure mode, const Walk& walk, const Stencil& stencil,
+                               Channels channels, Change change);
+    /// All pixels of the region's box, inside the region or not. For each row `rowOf(left, y)`
+    /// gives a function that is called as `change(x, result pixel)` from `left` on.
+    template <class RowOf>
+    PixelBuffer filterPositions(OnFailure mode, RowOf rowOf);
+    /// All pixels of the region's box take the colours of a source point, where that lies in the
+    /// region. For each row `rowOf(left, y)` gives a function that gives the source Point of each
+    /// x from `left` on.
+    template <class RowOf>
+    PixelBuffer filterSources(Uncovered uncovered, RowOf rowOf);
+    /// `change(run)` for the region's pixels in the square of 2 * radius + 1 pixels a side around
+    /// a centre. Reports against the square's height; a radius of 0 fails there.
+    template <class Change>
+    PixelBuffer filterSquare(OnFailure mode, Point centre, int32_t radius, Change change);
+    /// `paintCell(result, cell)` for each cell of a grid that may reach into the buffer, row by
+    /// row; reports after each row of cells.
+    /// \throws StatementFailed for a step of 0 that would never end
+    template <class PaintCell>
+    PixelBuffer filterCells(OnFailure mode, const CellGrid& grid, PaintCell paintCell);
     /// Adds `ofRow(row)` over the rows of the whole image, without the region, to `start`;
     /// `afterRow(y)` follows each row.
     template <class Sum, class OfRow, class AfterRow>
@@ -128,13 +351,31 @@ class cBitFilter {
         return sumRows(start, ofRow, [](int32_t) {});
     }
 
-    /// The inclusive rectangle that a filter with this margin walks.
+    // What the helpers are made of, for members that depart from them too.
+
+    /// `visit(source, x, y)` for the region's pixels inside `rect`, in runs of one row.
+    template <class Visit>
+    void visitRuns(const Rect& rect, Visit visit) const;
+    /// `change(run)` for the same pixels; `result` is a copy of the image.
+    template <class Change>
+    void paintRuns(PixelBuffer& result, const Rect& rect, Change change) const;
+    /// The values from, from + step, ... up to `to` that lie in lowest to highest. A negative step
+    /// counts down to `to`.
+    /// \throws StatementFailed for a step of 0 that would never end
+    static std::vector<int32_t> steps(int32_t from, int32_t to, int32_t step, int64_t lowest,
+                                      int64_t highest);
+    /// Of `count` windows from (x, y) on, the ones from first to last lie in the buffer.
+    std::pair<size_t, size_t> windowsInBuffer(int32_t x, int32_t y, size_t count,
+                                              const Stencil& stencil) const;
+    /// The part of a rectangle that lies in the buffer, margin included.
+    Rect inBuffer(const Rect& rect) const;
+    /// Sets the inclusive rectangle that a filter with this margin walks.
     void SetScanRect(int32_t margin);
-    /// The scan rectangle as far as it lies in the buffer; the margin belongs to it, and what lies
-    /// beyond is nobody's.
-    Rect scanInBuffer() const;
-    /// The report after row y: Progress((y * 100) \ maxY) where more than 10 ms have passed.
-    void reportRow(int32_t y, OnFailure mode);
+    /// The report after a part of the work: Progress((part * 100) \ whole) where more than 10 ms
+    /// have passed. A whole of 0 fails.
+    void report(int32_t part, int32_t whole, OnFailure mode);
+    /// The report after row y, measured against the whole height.
+    void reportRow(int32_t y, OnFailure mode) { report(y, maxY_, mode); }
     void raiseProgress(int32_t percent);
 
     /// Milliseconds that must have passed since the last report.

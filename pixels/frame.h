@@ -3,35 +3,116 @@
 #include <algorithm>
 #include <span>
 #include <utility>
+#include <vector>
 
 #include "pixels/bit_filter.h"
+#include "pixels/numbers.h"
 
 // The frame that filters share: the copy of the source, the scan rectangle, the region as spans
 // of a row, the order of rows and the reports. A filter brings a lambda and nothing else.
 
 namespace tessarine {
 
-template <class Change>
-PixelBuffer cBitFilter::filterRows(OnFailure mode, Change change) {
-    PixelBuffer result = bits_;
-    SetScanRect(0);
+/// Pixels of the region that stand side by side in one row.
+struct RowRun {
+    std::span<const Pixel> source;
+    std::span<Pixel> result;  ///< as long as `source`; holds the source's values at first
+    int32_t x = 0;            ///< of the first pixel
+    int32_t y = 0;
+};
+
+/// Which surroundings of a pixel a filter looks at.
+struct Stencil {
+    int32_t reach = 1;    ///< how many places a window goes out on all four sides
+    int32_t spacing = 1;  ///< pixels from one place to the next
+};
+
+/// A pixel's surroundings in the source; offsets are counted in the stencil's spacing. Places in
+/// the margin hold what the margin holds. Beyond it a place counts on into the neighbouring rows,
+/// and beyond the buffer it is black.
+class Window {
+  public:
+    Window(const Pixel* centre, ptrdiff_t column, ptrdiff_t row)
+        : centre_(centre), column_(column), row_(row) {}
+    const Pixel& at(int32_t dx, int32_t dy) const { return centre_[dx * column_ + dy * row_]; }
+
+  private:
+    const Pixel* centre_;
+    ptrdiff_t column_;  ///< pixels from one place to the next
+    ptrdiff_t row_;
+};
+
+/// The same for one channel.
+class ChannelWindow {
+  public:
+    ChannelWindow(const uint8_t* centre, ptrdiff_t column, ptrdiff_t row)
+        : centre_(centre), column_(column), row_(row) {}
+    int32_t operator()(int32_t dx, int32_t dy) const { return centre_[dx * column_ + dy * row_]; }
+
+  private:
+    const uint8_t* centre_;
+    ptrdiff_t column_;  ///< bytes from one place to the next
+    ptrdiff_t row_;
+};
+
+/// A copy of one pixel's surroundings, for windows that reach out of the buffer.
+class SurroundingsCopy {
+  public:
+    SurroundingsCopy(const PixelBuffer& bits, int32_t x, int32_t y, const Stencil& stencil);
+    const Pixel* centre() const { return &places_[places_.size() / 2]; }
+    ptrdiff_t row() const { return side_; }
+
+  private:
+    int32_t side_;
+    std::vector<Pixel> places_;
+};
+
+/// What a filter of source points does with a pixel whose source lies outside the region.
+enum class Uncovered { leave, blacken };
+
+/// Cells in rows, as a filter lays them over the image.
+struct CellGrid {
+    int32_t left = 0;  ///< the first cell's corner
+    int32_t top = 0;
+    int32_t right = 0;  ///< where the last cell may start, inclusive
+    int32_t bottom = 0;
+    int32_t stepX = 0;  ///< from one cell to the next
+    int32_t stepY = 0;
+    int32_t width = 0;  ///< pixels of one cell; where cells overlap the later one wins
+    int32_t height = 0;
+    int32_t reportFrom = 0;   ///< the row that reports 0 percent
+    int32_t reportWhole = 0;  ///< rows from there to 100 percent
+};
+
+template <class Visit>
+void cBitFilter::visitRuns(const Rect& rect, Visit visit) const {
     const RegionHandle region = regionHandle_.lock();
-    if (region && bits_.isDimensioned()) {
-        const Rect scan = scanInBuffer();
-        Pixel* block = result.writableBlock();
-        for (int32_t y = scan.top; y < scan.bottom; ++y) {
-            const Pixel* source = bits_.row(y);
-            Pixel* target = block + result.offsetOfRow(y);
-            for (const Rect& run : region->band(y)) {
-                const int32_t from = std::max(run.left, scan.left);
-                const int32_t to = std::min(run.right, scan.right);
-                if (from >= to) continue;
-                const auto count = static_cast<size_t>(to - from);
-                change(std::span<const Pixel>(source + from, count),
-                       std::span<Pixel>(target + from, count), from, y);
-            }
-            reportRow(y, mode);
+    if (!region || !bits_.isDimensioned()) return;
+    const Rect clipped = inBuffer(rect);
+    for (int32_t y = clipped.top; y < clipped.bottom; ++y)
+        for (const Rect& part : region->band(y)) {
+            const int32_t from = std::max(part.left, clipped.left);
+            const int32_t to = std::min(part.right, clipped.right);
+            if (from >= to) continue;
+            visit(std::span<const Pixel>(bits_.row(y) + from, static_cast<size_t>(to - from)), from,
+                  y);
         }
+}
+
+template <class Change>
+void cBitFilter::paintRuns(PixelBuffer& result, const Rect& rect, Change change) const {
+    Pixel* block = result.writableBlock();
+    visitRuns(rect, [&](std::span<const Pixel> source, int32_t x, int32_t y) {
+        change(RowRun{source, {block + result.offsetOfRow(y) + x, source.size()}, x, y});
+    });
+}
+
+template <class Change>
+PixelBuffer cBitFilter::filterRows(OnFailure mode, const Walk& walk, Change change) {
+    PixelBuffer result = bits_;
+    for (int32_t y = walk.scan.top; y < walk.scan.bottom; ++y) {
+        paintRuns(result, {walk.scan.left, y, walk.scan.right, y + 1}, change);
+        reportRow(y + walk.reportShift, mode);
     }
     raiseProgress(100);
     return result;
@@ -39,13 +120,127 @@ PixelBuffer cBitFilter::filterRows(OnFailure mode, Change change) {
 
 template <class Change>
 PixelBuffer cBitFilter::filterPixels(OnFailure mode, Change change) {
-    return filterRows(
-        mode, [&change](std::span<const Pixel> source, std::span<Pixel> result, int32_t, int32_t) {
-            for (size_t i = 0; i < source.size(); ++i) {
-                const Pixel changed = change(source[i]);
-                result[i] = {changed.blue, changed.green, changed.red, source[i].fourth};
+    return filterRows(mode, regionBox(0), [&change](const RowRun& run) {
+        for (size_t i = 0; i < run.source.size(); ++i) {
+            const Pixel changed = change(run.source[i]);
+            run.result[i] = {changed.blue, changed.green, changed.red, run.source[i].fourth};
+        }
+    });
+}
+
+template <class Change>
+PixelBuffer cBitFilter::filterWindows(OnFailure mode, const Walk& walk, const Stencil& stencil,
+                                      Change change) {
+    const ptrdiff_t row = bits_.stride() * stencil.spacing;
+    return filterRows(mode, walk, [&](const RowRun& run) {
+        const auto [first, last] = windowsInBuffer(run.x, run.y, run.source.size(), stencil);
+        for (size_t i = 0; i < run.source.size(); ++i) {
+            if (i >= first && i < last) {
+                change(Window(&run.source[i], stencil.spacing, row), run.result[i]);
+                continue;
             }
-        });
+            const SurroundingsCopy copy(bits_, run.x + static_cast<int32_t>(i), run.y, stencil);
+            change(Window(copy.centre(), 1, copy.row()), run.result[i]);
+        }
+    });
+}
+
+template <class Change>
+PixelBuffer cBitFilter::filterChannels(OnFailure mode, const Walk& walk, const Stencil& stencil,
+                                       Channels channels, Change change) {
+    constexpr ptrdiff_t size = sizeof(Pixel);
+    const ptrdiff_t column = size * stencil.spacing;
+    const ptrdiff_t row = size * bits_.stride() * stencil.spacing;
+    const size_t kept = channels == Channels::blueGreenRed ? 3 : 0;
+    const auto bytesOf = [](const Pixel* pixel) { return reinterpret_cast<const uint8_t*>(pixel); };
+    return filterRows(mode, walk, [&](const RowRun& run) {
+        const auto [first, last] = windowsInBuffer(run.x, run.y, run.source.size(), stencil);
+        const uint8_t* source = bytesOf(run.source.data());
+        auto* result = reinterpret_cast<uint8_t*>(run.result.data());
+        // All four bytes alike, so that the loop has no steps in it; the fourth is put back.
+        for (size_t k = first * size; k < last * size; ++k)
+            result[k] = change(ChannelWindow(source + k, column, row));
+        for (size_t i = 0; i < run.source.size(); ++i) {
+            if (i < first || i >= last) {
+                const SurroundingsCopy copy(bits_, run.x + static_cast<int32_t>(i), run.y, stencil);
+                for (size_t c = 0; c < size; ++c)
+                    result[i * size + c] =
+                        change(ChannelWindow(bytesOf(copy.centre()) + c, size, size * copy.row()));
+            }
+            result[i * size + kept] = source[i * size + kept];
+        }
+    });
+}
+
+template <class RowOf>
+PixelBuffer cBitFilter::filterPositions(OnFailure mode, RowOf rowOf) {
+    PixelBuffer result = bits_;
+    const Rect scan = regionBox(0).scan;
+    Pixel* block = scan.isEmpty() ? nullptr : result.writableBlock();
+    for (int32_t y = scan.top; y < scan.bottom; ++y) {
+        if (scan.left < scan.right) {
+            auto change = rowOf(scan.left, y);
+            Pixel* row = block + result.offsetOfRow(y);
+            for (int32_t x = scan.left; x < scan.right; ++x)
+                change(x, row[x]);
+        }
+        reportRow(y, mode);
+    }
+    raiseProgress(100);
+    return result;
+}
+
+template <class RowOf>
+PixelBuffer cBitFilter::filterSources(Uncovered uncovered, RowOf rowOf) {
+    const RegionHandle region = regionHandle_.lock();
+    const RegionTest test(region.get());
+    return filterPositions(OnFailure::skip, [&](int32_t left, int32_t row) {
+        return [&, sourceOf = rowOf(left, row)](int32_t x, Pixel& result) mutable {
+            const Point from = sourceOf(x);
+            if (test.contains(from.x, from.y))
+                takeColours(result, bits_.reached(from.x, from.y));
+            else if (uncovered == Uncovered::blacken)
+                takeColours(result, Pixel{});
+        };
+    });
+}
+
+template <class Change>
+PixelBuffer cBitFilter::filterSquare(OnFailure mode, Point centre, int32_t radius, Change change) {
+    PixelBuffer result = bits_;
+    const int64_t reach = radius;
+    const int32_t left = clampToInteger(centre.x - reach);
+    const int32_t right = clampToInteger(centre.x + reach + 1);
+    // The rows beyond the buffer hold no pixel; each such stretch counts as one row.
+    const int32_t above = -PixelBuffer::margin - 1;
+    const int32_t below = maxY_ + PixelBuffer::margin + 1;
+    const auto top = static_cast<int32_t>(std::clamp<int64_t>(centre.y - reach, above, below));
+    const auto bottom = static_cast<int32_t>(std::clamp<int64_t>(centre.y + reach, above, below));
+    for (int32_t y = top; y <= bottom && radius >= 0; ++y) {
+        paintRuns(result, {left, y, right, y + 1}, change);
+        const int64_t done = std::clamp<int64_t>(y - centre.y + reach, 0, 2 * reach);
+        report(static_cast<int32_t>(done), 2 * radius, mode);
+    }
+    raiseProgress(100);
+    return result;
+}
+
+template <class PaintCell>
+PixelBuffer cBitFilter::filterCells(OnFailure mode, const CellGrid& grid, PaintCell paintCell) {
+    PixelBuffer result = bits_;
+    const int64_t outside = PixelBuffer::margin;
+    const std::vector<int32_t> columns =
+        steps(grid.left, grid.right, grid.stepX, 1 - outside - grid.width, maxX_ + outside);
+    const std::vector<int32_t> rows =
+        steps(grid.top, grid.bottom, grid.stepY, 1 - outside - grid.height, maxY_ + outside);
+    for (const int32_t y : rows) {
+        for (const int32_t x : columns)
+            paintCell(result, Rect{x, y, clampToInteger(int64_t{x} + grid.width),
+                                   clampToInteger(int64_t{y} + grid.height)});
+        report(y - grid.reportFrom, grid.reportWhole, mode);
+    }
+    raiseProgress(100);
+    return result;
 }
 
 template <class Sum, class OfRow, class AfterRow>

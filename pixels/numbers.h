@@ -20,10 +20,30 @@ inline int32_t roundToInteger(double value) {
     return std::numeric_limits<int32_t>::min();
 }
 
+/// Stores a value as a single where a definition says so.
+inline float single(double value) { return static_cast<float>(value); }
+
+/// Limits an integer to the range of 32 bits.
+inline int32_t clampToInteger(int64_t value) {
+    return static_cast<int32_t>(std::clamp<int64_t>(value, std::numeric_limits<int32_t>::min(),
+                                                    std::numeric_limits<int32_t>::max()));
+}
+
+/// Whole-number division, truncated towards zero. The one quotient that 32 bits do not hold,
+/// -2147483648 by -1, wraps.
+/// \throws StatementFailed for a divisor of 0.
+inline int32_t quotient(int32_t dividend, int32_t divisor) {
+    if (divisor == 0) throw StatementFailed("division by zero");
+    return divisor == -1 ? -dividend : dividend / divisor;
+}
+
 /// Limits an integer to the range of a byte.
 inline uint8_t clampToByte(int32_t value) {
     return static_cast<uint8_t>(std::clamp(value, 0, 255));
 }
+
+/// The low eight bits of an integer: what a byte keeps of it where nothing limits it first.
+inline uint8_t lowByte(int32_t value) { return static_cast<uint8_t>(value & 255); }
 
 /// Rounds to a byte.
 /// \throws StatementFailed where the rounded value is outside 0 to 255 or is not a number.

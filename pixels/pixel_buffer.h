@@ -17,6 +17,11 @@ struct Pixel {
 };
 static_assert(sizeof(Pixel) == 4);
 
+/// Gives a pixel the three colours of another; its fourth byte stays.
+inline void takeColours(Pixel& pixel, const Pixel& colours) {
+    pixel = {colours.blue, colours.green, colours.red, pixel.fourth};
+}
+
 /// (B + G + R) \ 3, the brightness by which tone filters go.
 inline int32_t brightness(const Pixel& p) { return (p.blue + p.green + p.red) / 3; }
 
@@ -56,6 +61,13 @@ class PixelBuffer {
     const Pixel* row(int32_t y) const { return block() + offsetOfRow(y); }
 
     const Pixel& at(int32_t x, int32_t y) const { return row(y)[x]; }
+
+    /// The pixel to which any x and y lead when they are counted along the block: beyond the
+    /// margin's left or right end lies the neighbouring row. Black where the block ends.
+    Pixel reached(int64_t x, int64_t y) const {
+        const int64_t place = (y + margin) * stride() + x + margin;
+        return place >= 0 && place < static_cast<int64_t>(pixelCount()) ? block()[place] : Pixel{};
+    }
 
     /// Offset of the pixel (0, y) from the block's start, in pixels.
     ptrdiff_t offsetOfRow(int32_t y) const { return (ptrdiff_t{y} + margin) * stride() + margin; }

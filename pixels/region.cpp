@@ -210,6 +210,36 @@ std::span<const Rect> Region::band(int32_t y) const {
     return {first, last};
 }
 
+RegionOrder::RegionOrder(const Region* region) {
+    if (region == nullptr) return;
+    rects_ = region->rects();
+    areas_.reserve(rects_.size() + 1);
+    areas_.push_back(0);
+    for (const Rect& r : rects_)
+        areas_.push_back(areas_.back() + static_cast<uint64_t>(int64_t{r.right} - r.left) *
+                                             static_cast<uint64_t>(int64_t{r.bottom} - r.top));
+}
+
+uint64_t RegionOrder::before(int32_t x, int32_t y) const {
+    if (rects_.empty()) return 0;
+    const auto first = std::partition_point(rects_.begin(), rects_.end(),
+                                            [y](const Rect& r) { return r.bottom <= y; });
+    const auto beyond =
+        std::partition_point(first, rects_.end(), [y](const Rect& r) { return r.top <= y; });
+    const auto areaTo = [this](std::span<const Rect>::iterator rect) {
+        return areas_[static_cast<size_t>(rect - rects_.begin())];
+    };
+    if (first == beyond) return areaTo(first);
+    // The band that holds row y: its rows above, then this row's pixels left of x.
+    const auto height = static_cast<uint64_t>(int64_t{first->bottom} - first->top);
+    const uint64_t inRow = (areaTo(beyond) - areaTo(first)) / height;
+    const auto part =
+        std::partition_point(first, beyond, [x](const Rect& r) { return r.right <= x; });
+    uint64_t left = (areaTo(part) - areaTo(first)) / height;
+    if (part != beyond && part->left < x) left += static_cast<uint64_t>(int64_t{x} - part->left);
+    return areaTo(first) + inRow * static_cast<uint64_t>(int64_t{y} - first->top) + left;
+}
+
 bool Region::contains(int32_t x, int32_t y) const {
     const Spans row = band(y);
     const auto reaching =

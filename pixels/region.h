@@ -19,6 +19,14 @@ struct Rect {
     friend bool operator==(const Rect&, const Rect&) = default;
 };
 
+/// A place in whole pixels.
+struct Point {
+    int32_t x = 0;
+    int32_t y = 0;
+
+    friend bool operator==(const Point&, const Point&) = default;
+};
+
 /// A set of pixels as rectangles in canonical form: sorted by top, then left; rectangles of one
 /// band share top and bottom, never touch each other, and two bands that touch differ in their
 /// rectangles. Two regions of the same pixels therefore have the same rectangles. Immutable.
@@ -72,6 +80,42 @@ class Region {
 
     std::vector<Rect> rects_;
     Rect box_;
+};
+
+/// The point test of a region, made ready for many points.
+class RegionTest {
+  public:
+    /// \param region null for no region, which contains nothing. Must outlive the test.
+    explicit RegionTest(const Region* region)
+        : region_(region),
+          box_(region != nullptr ? region->box() : Rect{}),
+          isBox_(region == nullptr || region->rects().size() <= 1) {}
+
+    bool contains(int32_t x, int32_t y) const {
+        if (x < box_.left || x >= box_.right || y < box_.top || y >= box_.bottom) return false;
+        return isBox_ || region_->contains(x, y);
+    }
+
+  private:
+    const Region* region_;
+    Rect box_;
+    bool isBox_;
+};
+
+/// The order in which filters come upon a region's pixels: row by row, from left to right.
+class RegionOrder {
+  public:
+    /// \param region null for no region. Must outlive the order.
+    explicit RegionOrder(const Region* region);
+
+    /// How many pixels of the region come before (x, y), counted modulo 2^64.
+    uint64_t before(int32_t x, int32_t y) const;
+    /// All pixels of the region.
+    uint64_t count() const { return areas_.empty() ? 0 : areas_.back(); }
+
+  private:
+    std::span<const Rect> rects_;
+    std::vector<uint64_t> areas_;  ///< areas_[i] is the area of the first i rectangles
 };
 
 /// A region as its owner holds it; null stands for no region.

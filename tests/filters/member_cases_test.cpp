@@ -16,12 +16,19 @@
 namespace tessarine::tests {
 namespace {
 
-/// The arguments of a call as the table writes them.
+/// The arguments of a call as the table writes them, and the second picture of the members that
+/// take one.
 class Arguments {
   public:
-    explicit Arguments(std::vector<std::string> texts) : texts_(std::move(texts)) {}
+    Arguments(std::vector<std::string> texts, PixelBuffer second)
+        : mask(std::move(second)), texts_(std::move(texts)) {}
     int32_t number(size_t k) const { return static_cast<int32_t>(std::stol(texts_.at(k))); }
+    int16_t shortNumber(size_t k) const { return static_cast<int16_t>(number(k)); }
+    float single(size_t k) const { return std::stof(texts_.at(k)); }
     bool truth(size_t k) const { return number(k) != 0; }
+    const std::string& text(size_t k) const { return texts_.at(k); }
+
+    PixelBuffer mask;
 
   private:
     std::vector<std::string> texts_;
@@ -29,10 +36,23 @@ class Arguments {
 
 using Member = std::function<PixelBuffer(cBitFilter&, const Arguments&)>;
 
+/// A member that replaces the image by one made of a copy of it.
+template <class Replace>
+Member replacing(Replace replace) {
+    return [replace](cBitFilter& filter, const Arguments& arguments) {
+        const PixelBuffer copy = filter.Bits();
+        replace(filter, copy, arguments);
+        PixelBuffer result = filter.Bits();
+        filter.Bits(copy);
+        return result;
+    };
+}
+
 const std::map<std::string, Member>& members() {
     using F = cBitFilter;
     using A = Arguments;
     static const std::map<std::string, Member> table = {
+        // tone
         {"BRIGHTNESS", [](F& f, const A& a) { return f.BRIGHTNESS(a.number(0)); }},
         {"Contrast", [](F& f, const A& a) { return f.Contrast(a.number(0)); }},
         {"GammaCorrection", [](F& f, const A& a) { return f.GammaCorrection(a.number(0)); }},
@@ -52,6 +72,12 @@ const std::map<std::string, Member>& members() {
                               a.truth(5), a.truth(6), a.truth(7), a.truth(8));
          }},
         {"SwapBanks", [](F& f, const A& a) { return f.SwapBanks(a.number(0)); }},
+        // hue
+        // neighbourhood
+        // deformation
+        // synthesis
+        // recipes
+        // geometry
     };
     return table;
 }
@@ -94,10 +120,14 @@ TEST(MemberCases, EveryCallGivesTheExpectedPictureToTheByte) {
         const PixelBuffer picture = readInput(row.at("picture"));
         const RegionHandle region = readRegion(row.at("region"), picture);
 
+        const PixelBuffer mask =
+            row.at("mask").empty() ? PixelBuffer() : readPixmap(casesFolder() + row.at("mask"));
+
         cBitFilter filter;
         filter.Bits(picture);
         filter.BitsRegion(region);
-        const PixelBuffer result = member->second(filter, Arguments(split(texts, ',')));
+        filter.random = RandomGenerator(static_cast<uint32_t>(std::stoul(row.at("rng_start"))));
+        const PixelBuffer result = member->second(filter, Arguments(split(texts, ','), mask));
 
         const PixelBuffer expected = readPixmap(casesFolder() + row.at("expected"));
         const auto colours = samePicture(row.at("name"), result, expected);
@@ -107,6 +137,7 @@ TEST(MemberCases, EveryCallGivesTheExpectedPictureToTheByte) {
         char crc[9];
         std::snprintf(crc, sizeof crc, "%08x", crcOf(result));
         EXPECT_EQ(crc, row.at("crc32")) << row.at("name") << ": margin or fourth channel";
+        EXPECT_EQ(std::to_string(filter.random.state()), row.at("rng_end")) << row.at("name");
         EXPECT_TRUE(filter.Bits() == picture) << row.at("name") << ": the source has changed";
         tally.count(name, colours && crc == row.at("crc32"));
     }

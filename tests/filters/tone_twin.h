@@ -9,37 +9,12 @@
 #include "pixels/failures.h"
 #include "pixels/pixel_buffer.h"
 #include "pixels/region.h"
+#include "twin.h"
 
 // The slow twin of the tone family: one plain loop over x and y for each member, to be checked by
 // eye. It shares nothing with the library but the buffer and the region type.
 
 namespace tessarine::tests::twin {
-
-/// Every pixel of the region that the buffer has becomes `change(pixel)`, margin included where
-/// the region reaches there; the fourth byte stays.
-template <class Change>
-PixelBuffer loop(const PixelBuffer& source, const Region& region, Change change) {
-    PixelBuffer result = source;
-    Pixel* block = result.writableBlock();
-    for (int32_t y = -2; y <= source.height() + 1; ++y)
-        for (int32_t x = -2; x <= source.width() + 1; ++x) {
-            if (!region.contains(x, y)) continue;
-            Pixel& target = block[result.offsetOfRow(y) + x];
-            const uint8_t fourth = target.fourth;
-            target = change(source.at(x, y));
-            target.fourth = fourth;
-        }
-    return result;
-}
-
-inline uint8_t clamp(int32_t v) { return static_cast<uint8_t>(v < 0 ? 0 : v > 255 ? 255 : v); }
-
-/// To the nearest, ties to even; the lowest integer for what 32 bits do not hold.
-inline int32_t round(double v) {
-    const double whole = std::rint(v);
-    if (whole > -2147483649.0 && whole < 2147483648.0) return static_cast<int32_t>(whole);
-    return std::numeric_limits<int32_t>::min();
-}
 
 inline PixelBuffer brightness(const PixelBuffer& source, const Region& region, int32_t Factor) {
     return loop(source, region, [&](Pixel p) {
