@@ -73,10 +73,37 @@ const std::map<std::string, Member>& members() {
          }},
         {"SwapBanks", [](F& f, const A& a) { return f.SwapBanks(a.number(0)); }},
         // hue
+        {"COLORIZE",
+         [](F& f, const A& a) { return f.COLORIZE(a.single(0), a.single(1), a.single(2)); }},
+        {"ISOLATE",
+         [](F& f, const A& a) { return f.ISOLATE(a.number(0), a.number(1), a.number(2)); }},
+        {"REPLACE",
+         [](F& f, const A& a) { return f.REPLACE(a.number(0), a.number(1), a.number(2)); }},
+        {"ReplaceHS",
+         [](F& f, const A& a) {
+             return f.ReplaceHS(a.number(0), a.number(1), a.number(2), a.number(3), a.number(4));
+         }},
+        {"ReplaceL",
+         [](F& f, const A& a) {
+             return f.ReplaceL(a.number(0), a.number(1), a.number(2), a.number(3));
+         }},
+        {"RotateH", [](F& f, const A& a) { return f.RotateH(a.number(0), a.number(1)); }},
+        {"RotateL", [](F& f, const A& a) { return f.RotateL(a.number(0), a.number(1)); }},
+        {"StretchH",
+         [](F& f, const A& a) { return f.StretchH(a.number(0), a.number(1), a.number(2)); }},
         // neighbourhood
         // deformation
         // synthesis
         // recipes
+        {"OLDPHOTO", [](F& f, const A&) { return f.OLDPHOTO(); }},
+        {"SpecialColors",
+         [](F& f, const A& a) {
+             return f.SpecialColors(a.shortNumber(0), a.shortNumber(1), a.shortNumber(2));
+         }},
+        {"ClassyColors", [](F& f, const A& a) { return f.ClassyColors(a.shortNumber(0)); }},
+        {"THERMIQUE", [](F& f, const A&) { return f.THERMIQUE(); }},
+        {"XBLACK", [](F& f, const A&) { return f.XBLACK(); }},
+        {"PHOTOCOP", [](F& f, const A&) { return f.PHOTOCOP(); }},
         // geometry
     };
     return table;
