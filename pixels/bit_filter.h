@@ -169,7 +169,7 @@ class cBitFilter {
 
     /// Convolution with a square of weights; Weight divides the sum and each channel's factor is
     /// added, limited to 0 to 255. KeepMargins leaves pixels whose window leaves the image.
-    /// \throws StatementFailed for a Weight of 0
+    /// \throws StatementFailed for a Weight of 0 or a mask without weights
     PixelBuffer MaskFilter(const KernelMask& mskBits, int32_t Weight, int32_t rFactor,
                            int32_t gFactor, int32_t bFactor, bool KeepMargins);
     /// The mean of the eight pixels at distance Factor.
@@ -351,6 +351,14 @@ class cBitFilter {
     Sum sumRows(Sum start, OfRow ofRow) const {
         return sumRows(start, ofRow, [](int32_t) {});
     }
+
+    // Helpers of one family.
+
+    /// EMBOSS and Engrave: levels by the difference of a pixel and its lower right neighbour.
+    PixelBuffer plate(float slope);
+    /// RankFilterN4 and RankFilterND over `places(channel window)`.
+    template <class Places>
+    PixelBuffer rankFilter(int32_t fltType, Places places);
 
     // What the helpers are made of, for members that depart from them too.
 
