@@ -117,6 +117,32 @@ const std::map<std::string, Member>& members() {
          }},
         {"Shift", [](F& f, const A& a) { return f.Shift(a.number(0), a.number(1), a.number(2)); }},
         // synthesis
+        {"DIFFUSE", [](F& f, const A& a) { return f.DIFFUSE(a.number(0), a.number(1)); }},
+        {"HALFTONE",
+         [](F& f, const A& a) { return f.HALFTONE(a.number(0), a.number(1), a.number(2)); }},
+        {"PIXELIZE", [](F& f, const A& a) { return f.PIXELIZE(a.number(0)); }},
+        {"NOISE", [](F& f, const A& a) { return f.NOISE(a.number(0), a.truth(1)); }},
+        {"Scanlines", [](F& f, const A& a) { return f.Scanlines(a.number(0)); }},
+        {"Grid",
+         [](F& f, const A& a) {
+             return f.Grid(a.number(0), a.number(1), a.truth(2), a.number(3), a.number(4));
+         }},
+        {"Light",
+         [](F& f, const A& a) {
+             return f.Light(a.single(0), a.single(1), a.single(2), a.number(3), a.number(4));
+         }},
+        {"Texturize", [](F& f, const A& a) { return f.Texturize(a.mask); }},
+        {"StuckiBW", [](F& f, const A& a) { return f.StuckiBW(a.number(0)); }},
+        {"GradientCircular",
+         [](F& f, const A& a) {
+             return f.GradientCircular(a.number(0), a.number(1), a.number(2), a.number(3),
+                                       a.number(4), a.number(5), a.number(6), a.number(7));
+         }},
+        {"GradientLinear",
+         [](F& f, const A& a) {
+             return f.GradientLinear(a.number(0), a.number(1), a.number(2), a.number(3),
+                                     a.number(4), a.number(5), a.number(6), a.number(7));
+         }},
         // recipes
         // geometry
     };
