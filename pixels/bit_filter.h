@@ -356,9 +356,9 @@ class cBitFilter {
 
     /// EMBOSS and Engrave: levels by the difference of a pixel and its lower right neighbour.
     PixelBuffer plate(float slope);
-    /// RankFilterN4 and RankFilterND over `places(channel window)`.
-    template <class Places>
-    PixelBuffer rankFilter(int32_t fltType, Places places);
+    /// RankFilterN4 and RankFilterND over `overFive(channel window, join)`.
+    template <class OverFive>
+    PixelBuffer rankFilter(int32_t fltType, OverFive overFive);
 
     // What the helpers are made of, for members that depart from them too.
 
