@@ -169,7 +169,7 @@ class cBitFilter {
 
     /// Convolution with a square of weights; Weight divides the sum and each channel's factor is
     /// added, limited to 0 to 255. KeepMargins leaves pixels whose window leaves the image.
-    /// \throws StatementFailed for a Weight of 0
+    /// \throws StatementFailed for a Weight of 0 or a mask without weights
     PixelBuffer MaskFilter(const KernelMask& mskBits, int32_t Weight, int32_t rFactor,
                            int32_t gFactor, int32_t bFactor, bool KeepMargins);
     /// The mean of the eight pixels at distance Factor.
@@ -234,8 +234,9 @@ class cBitFilter {
     PixelBuffer TILE(int32_t Factor);
     /// Lays a picture over the image, once or Tiled. Transparency is in percent; mask pixels of
     /// MaskColor are left out, none for -1.
-    /// \throws StatementFailed for a mask without pixels that is to be tiled, a Transparency that
-    ///         sends a channel out of range, or a report against no height
+    /// \throws StatementFailed for a mask without dimensions, or without pixels if it is to be
+    ///         tiled, for a Transparency that sends a channel out of range, or for a report
+    ///         against no height
     PixelBuffer TileMask(const PixelBuffer& mskBits, int32_t xOffset, int32_t yOffset, bool Tiled,
                          int32_t Transparency, int32_t MaskColor);
     /// Adds Inc to pixels near ColorFrom, less and less with the distance. (skips)
@@ -337,8 +338,8 @@ class cBitFilter {
     /// a centre. Reports against the square's height; a radius of 0 fails there.
     template <class Change>
     PixelBuffer filterSquare(OnFailure mode, Point centre, int32_t radius, Change change);
-    /// `paintCell(result, cell)` for each cell of a grid that may reach into the buffer, row by
-    /// row; reports after each row of cells.
+    /// `paintCell(result, cell)` for each cell, or each row of joined cells, of a grid that may
+    /// reach into the buffer, row by row; reports after each row of cells.
     /// \throws StatementFailed for a step of 0 that would never end
     template <class PaintCell>
     PixelBuffer filterCells(OnFailure mode, const CellGrid& grid, PaintCell paintCell);
@@ -350,6 +351,14 @@ class cBitFilter {
     Sum sumRows(Sum start, OfRow ofRow) const {
         return sumRows(start, ofRow, [](int32_t) {});
     }
+
+    // Helpers of one family.
+
+    /// EMBOSS and Engrave: levels by the difference of a pixel and its lower right neighbour.
+    PixelBuffer plate(float slope);
+    /// RankFilterN4 and RankFilterND over `places(channel window)`.
+    template <class Places>
+    PixelBuffer rankFilter(int32_t fltType, Places places);
 
     // What the helpers are made of, for members that depart from them too.
 

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "filters/kernels.h"
 #include "pixels/bit_filter.h"
 #include "support/cases.h"
 #include "support/comparison.h"
@@ -74,7 +75,47 @@ const std::map<std::string, Member>& members() {
         {"SwapBanks", [](F& f, const A& a) { return f.SwapBanks(a.number(0)); }},
         // hue
         // neighbourhood
+        {"MaskFilter",
+         [](F& f, const A& a) {
+             const tFilterKernel k = GetFilterKernel(a.number(0));
+             return f.MaskFilter(k.mskBits, k.Weight, k.rFactor, k.gFactor, k.bFactor, a.truth(1));
+         }},
+        {"Blurs", [](F& f, const A& a) { return f.Blurs(a.number(0)); }},
+        {"SOFTEN", [](F& f, const A& a) { return f.SOFTEN(a.number(0)); }},
+        {"SHARPEN", [](F& f, const A& a) { return f.SHARPEN(a.number(0)); }},
+        {"EDGEENHANCE", [](F& f, const A& a) { return f.EDGEENHANCE(a.number(0)); }},
+        {"CONTOUR", [](F& f, const A& a) { return f.CONTOUR(a.number(0), a.number(1)); }},
+        {"SKETCH", [](F& f, const A& a) { return f.SKETCH(a.number(0), a.truth(1), a.number(2)); }},
+        {"EMBOSS", [](F& f, const A& a) { return f.EMBOSS(a.number(0)); }},
+        {"Engrave", [](F& f, const A& a) { return f.Engrave(a.number(0)); }},
+        {"RELIEF", [](F& f, const A&) { return f.RELIEF(); }},
+        {"DILATE", [](F& f, const A&) { return f.DILATE(); }},
+        {"ERODE", [](F& f, const A&) { return f.ERODE(); }},
+        {"RankFilterN4", [](F& f, const A& a) { return f.RankFilterN4(a.number(0)); }},
+        {"RankFilterND", [](F& f, const A& a) { return f.RankFilterND(a.number(0)); }},
+        {"PAINTING", [](F& f, const A&) { return f.PAINTING(); }},
+        {"Dissolve", [](F& f, const A&) { return f.Dissolve(); }},
         // deformation
+        {"BEND", [](F& f, const A& a) { return f.BEND(a.number(0), a.truth(1)); }},
+        {"FOLD", [](F& f, const A& a) { return f.FOLD(a.number(0), a.number(1), a.truth(2)); }},
+        {"STRETCH",
+         [](F& f, const A& a) { return f.STRETCH(a.number(0), a.number(1), a.truth(2)); }},
+        {"TWIRL", [](F& f, const A& a) { return f.TWIRL(a.number(0), a.number(1), a.truth(2)); }},
+        {"ROTATE", [](F& f, const A& a) { return f.ROTATE(a.number(0), a.truth(1)); }},
+        {"RotateSmooth", [](F& f, const A& a) { return f.RotateSmooth(a.number(0)); }},
+        {"GLASS", [](F& f, const A& a) { return f.GLASS(a.text(0), a.shortNumber(1)); }},
+        {"LENS",
+         [](F& f, const A& a) {
+             return f.LENS(a.single(0), a.single(1), a.single(2), a.number(3));
+         }},
+        {"WAVES", [](F& f, const A& a) { return f.WAVES(a.number(0), a.number(1), a.number(2)); }},
+        {"TILE", [](F& f, const A& a) { return f.TILE(a.number(0)); }},
+        {"TileMask",
+         [](F& f, const A& a) {
+             return f.TileMask(a.mask, a.number(0), a.number(1), a.truth(2), a.number(3),
+                               a.number(4));
+         }},
+        {"Shift", [](F& f, const A& a) { return f.Shift(a.number(0), a.number(1), a.number(2)); }},
         // synthesis
         {"DIFFUSE", [](F& f, const A& a) { return f.DIFFUSE(a.number(0), a.number(1)); }},
         {"HALFTONE",

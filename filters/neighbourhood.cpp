@@ -1,0 +1,294 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "filters/colour.h"
+#include "pixels/bit_filter.h"
+#include "pixels/frame.h"
+#include "pixels/numbers.h"
+
+// Neighbourhood filters: each pixel from a window around it.
+
+namespace tessarine {
+
+namespace {
+
+/// quotient() for loops over whole rows: doubles hold every 32-bit integer, and no quotient of two
+/// of them comes so near to a whole number that it would round up to it. The divisor is not 0, and
+/// -2147483648 by -1 is not asked for.
+int32_t quotientInRow(int32_t dividend, int32_t divisor) {
+    return static_cast<int32_t>(static_cast<double>(dividend) / divisor);
+}
+
+/// The sum of the eight places around a centre.
+int32_t sumOfEight(const ChannelWindow& p) {
+    return p(-1, -1) + p(0, -1) + p(1, -1) + p(-1, 0) + p(1, 0) + p(-1, 1) + p(0, 1) + p(1, 1);
+}
+
+/// Three channels beyond the range of bytes.
+struct Levels3 {
+    int32_t blue;
+    int32_t green;
+    int32_t red;
+
+    int32_t mean() const { return (blue + green + red) / 3; }
+};
+
+/// How far a centre stands out of its eight neighbours, in each channel: 255 where it does not.
+Levels3 edgesAt(const Window& w) {
+    Levels3 sum{};
+    for (int32_t dy = -1; dy <= 1; ++dy)
+        for (int32_t dx = -1; dx <= 1; ++dx) {
+            const Pixel& p = w.at(dx, dy);
+            sum = {sum.blue + p.blue, sum.green + p.green, sum.red + p.red};
+        }
+    const Pixel& p = w.at(0, 0);
+    return {9 * p.blue - sum.blue + 255, 9 * p.green - sum.green + 255, 9 * p.red - sum.red + 255};
+}
+
+/// The smallest of an array.
+template <size_t count>
+uint8_t smallest(const std::array<int32_t, count>& values) {
+    int32_t value = 255;
+    for (const int32_t v : values)
+        value = std::min(value, v);
+    return static_cast<uint8_t>(value);
+}
+
+template <size_t count>
+uint8_t largest(const std::array<int32_t, count>& values) {
+    int32_t value = 0;
+    for (const int32_t v : values)
+        value = std::max(value, v);
+    return static_cast<uint8_t>(value);
+}
+
+/// A centre and the eight places around it.
+std::array<int32_t, 9> nine(const ChannelWindow& p) {
+    return {p(-1, -1), p(0, -1), p(1, -1), p(-1, 0), p(0, 0), p(1, 0), p(-1, 1), p(0, 1), p(1, 1)};
+}
+
+/// A sector of nine places, told by its middle.
+struct Sector {
+    int32_t dx;
+    int32_t dy;
+};
+constexpr std::array<Sector, 4> sectors{{{-1, -1}, {1, -1}, {-1, 1}, {1, 1}}};
+
+/// The mean of the calmest of the first `count` sectors, the earliest of several.
+template <size_t count>
+uint8_t calmestMean(const ChannelWindow& p) {
+    int32_t best = 0;
+    int32_t least = 999999;
+    for (size_t i = 0; i < count; ++i) {
+        const auto [x, y] = sectors[i];
+        const std::array<int32_t, 9> values{p(x - 1, y - 1), p(x, y - 1), p(x + 1, y - 1),
+                                            p(x - 1, y),     p(x, y),     p(x + 1, y),
+                                            p(x - 1, y + 1), p(x, y + 1), p(x + 1, y + 1)};
+        int32_t sum = 0;
+        for (const int32_t v : values)
+            sum += v;
+        const int32_t mean = sum / 9;
+        int32_t spread = 0;
+        for (const int32_t v : values)
+            spread += std::abs(v - mean);
+        best = spread < least ? mean : best;
+        least = spread < least ? spread : least;
+    }
+    return static_cast<uint8_t>(best);
+}
+
+}  // namespace
+
+// Departs from the frame: the rows are reported by the windows' upper left corners.
+PixelBuffer cBitFilter::MaskFilter(const KernelMask& mskBits, int32_t Weight, int32_t rFactor,
+                                   int32_t gFactor, int32_t bFactor, bool KeepMargins) {
+    if (mskBits.side() == 0) throw StatementFailed("a mask without weights has no bounds");
+    const int32_t n = mskBits.side() - 1;
+    const int32_t h = n / 2;
+    Walk walk = regionBox(0);
+    walk.reportShift = -h;
+    if (KeepMargins) {
+        const Rect& box = walk.scan;
+        walk.scan = {std::max(box.left, h), std::max(box.top, h),
+                     std::min(box.right, maxX_ - n + h + 1),
+                     std::min(box.bottom, maxY_ - n + h + 1)};
+    }
+    // A side of even length has its centre up and left of the middle.
+    return filterWindows(OnFailure::raise, walk, Stencil{n - h}, [&](const Window& w, Pixel& p) {
+        Levels3 sum{};
+        for (int32_t j = 0; j <= n; ++j)
+            for (int32_t i = 0; i <= n; ++i) {
+                const Pixel& place = w.at(i - h, j - h);
+                const int32_t weight = mskBits.at(j, i);
+                sum.blue += place.blue * weight;
+                sum.green += place.green * weight;
+                sum.red += place.red * weight;
+            }
+        p = {clampToByte(quotient(sum.blue, Weight) + bFactor),
+             clampToByte(quotient(sum.green, Weight) + gFactor),
+             clampToByte(quotient(sum.red, Weight) + rFactor), p.fourth};
+    });
+}
+
+PixelBuffer cBitFilter::Blurs(int32_t Factor) {
+    return filterChannels(
+        OnFailure::raise, regionBox(0), Stencil{1, Factor}, Channels::blueGreenRed,
+        [](const ChannelWindow& p) { return static_cast<uint8_t>(sumOfEight(p) / 8); });
+}
+
+PixelBuffer cBitFilter::SOFTEN(int32_t Factor) {
+    const int32_t w = 101 - Factor;
+    const int32_t divisor = w + 4;
+    // Without a divisor each pixel gets the value of the one before, from 0 on.
+    if (divisor == 0)
+        return filterChannels(OnFailure::skip, regionBox(1), Stencil{}, Channels::blueGreenRed,
+                              [](const ChannelWindow&) { return uint8_t{0}; });
+    return filterChannels(OnFailure::skip, regionBox(1), Stencil{}, Channels::blueGreenRed,
+                          [=](const ChannelWindow& p) {
+                              const int32_t sum =
+                                  w * p(0, 0) + p(-1, 0) + p(0, -1) + p(0, 1) + p(1, 0);
+                              return lowByte(quotientInRow(sum, divisor));
+                          });
+}
+
+PixelBuffer cBitFilter::SHARPEN(int32_t Factor) {
+    const int32_t a = 124 - Factor;
+    const int32_t b = 108 - Factor;
+    if (b == 0)
+        return filterChannels(OnFailure::skip, regionBox(1), Stencil{}, Channels::blueGreenRed,
+                              [](const ChannelWindow& p) { return clampToByte(sumOfEight(p)); });
+    return filterChannels(OnFailure::skip, regionBox(1), Stencil{}, Channels::blueGreenRed,
+                          [=](const ChannelWindow& p) {
+                              const int32_t level = a * p(0, 0) - 2 * sumOfEight(p);
+                              return clampToByte(quotientInRow(level, b));
+                          });
+}
+
+PixelBuffer cBitFilter::EDGEENHANCE(int32_t Factor) {
+    const int32_t a = Factor + 9;
+    const int32_t b = Factor + 1;
+    if (b == 0)
+        return filterChannels(OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
+                              [](const ChannelWindow& p) { return clampToByte(sumOfEight(p)); });
+    return filterChannels(OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
+                          [=](const ChannelWindow& p) {
+                              const int32_t level = a * p(0, 0) - sumOfEight(p);
+                              return clampToByte(quotientInRow(level, b));
+                          });
+}
+
+PixelBuffer cBitFilter::CONTOUR(int32_t Factor, int32_t BackColor) {
+    const Pixel back = colourOf(BackColor);
+    return filterWindows(
+        OnFailure::raise, regionBox(0), Stencil{}, [=](const Window& w, Pixel& result) {
+            const Levels3 e = edgesAt(w);
+            const Pixel edge{clampToByte(e.blue), clampToByte(e.green), clampToByte(e.red), 0};
+            takeColours(result, brightness(edge) >= Factor ? back : edge);
+        });
+}
+
+PixelBuffer cBitFilter::SKETCH(int32_t Factor, bool BW, int32_t BackColor) {
+    const Pixel back = BW ? Pixel{255, 255, 255, 0} : colourOf(BackColor);
+    return filterWindows(OnFailure::skip, regionBox(0), Stencil{},
+                         [=](const Window& w, Pixel& result) {
+                             const bool flat = edgesAt(w).mean() > Factor;
+                             const Pixel edge = BW ? Pixel{} : w.at(0, 0);
+                             takeColours(result, flat ? back : edge);
+                         });
+}
+
+// Departs from the frame in the last column and row, which repeat what has been written beside
+// and above them.
+PixelBuffer cBitFilter::plate(float slope) {
+    std::array<int32_t, 511> heights{};  // of the differences from -255 on
+    for (int32_t d = -255; d <= 255; ++d)
+        heights[static_cast<size_t>(d + 255)] = roundToInteger(std::abs(d * double{slope} + 128));
+    const auto height = [&heights](int32_t from, int32_t to) {
+        return heights[static_cast<size_t>(from - to + 255)];
+    };
+    PixelBuffer result =
+        filterWindows(OnFailure::skip, regionBox(0), Stencil{}, [&](const Window& w, Pixel& p) {
+            const Pixel& from = w.at(0, 0);
+            const Pixel& to = w.at(1, 1);
+            const int32_t sum = height(from.blue, to.blue) + height(from.green, to.green) +
+                                height(from.red, to.red);
+            const uint8_t level = clampToByte(sum / 3);
+            p = {level, level, level, p.fourth};
+        });
+    const auto repeat = [&result](ptrdiff_t distance) {
+        return [&result, distance](const RowRun& run) {
+            for (Pixel& p : run.result)
+                takeColours(p, *(&p - distance));
+        };
+    };
+    const int32_t outside = PixelBuffer::margin;
+    const Rect whole = {-outside, -outside, maxX_ + 1 + outside, maxY_ + 1 + outside};
+    // The column comes last: its pixel in the last row repeats one that the row has repeated.
+    paintRuns(result, {whole.left, maxY_, whole.right, maxY_ + 1}, repeat(result.stride()));
+    paintRuns(result, {maxX_, whole.top, maxX_ + 1, whole.bottom}, repeat(1));
+    return result;
+}
+
+PixelBuffer cBitFilter::EMBOSS(int32_t Factor) { return plate(single(Factor / 10.0)); }
+
+PixelBuffer cBitFilter::Engrave(int32_t Factor) { return plate(-single(Factor / 10.0)); }
+
+PixelBuffer cBitFilter::RELIEF() {
+    return filterChannels(OnFailure::skip, regionBox(0), Stencil{}, Channels::greenRedFourth,
+                          [](const ChannelWindow& p) {
+                              const int32_t e = 2 * p(-1, -1) + p(-1, 0) + p(0, -1) - p(0, 1) -
+                                                p(1, 0) - 2 * p(1, 1);
+                              return clampToByte((p(0, 0) + e) / 2 + 50);
+                          });
+}
+
+PixelBuffer cBitFilter::DILATE() {
+    return filterChannels(OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
+                          [](const ChannelWindow& p) { return largest(nine(p)); });
+}
+
+PixelBuffer cBitFilter::ERODE() {
+    return filterChannels(OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
+                          [](const ChannelWindow& p) { return smallest(nine(p)); });
+}
+
+template <class Places>
+PixelBuffer cBitFilter::rankFilter(int32_t fltType, Places places) {
+    const auto filter = [&](auto rank) {
+        return filterChannels(OnFailure::raise, regionBox(1 - fltType), Stencil{},
+                              Channels::blueGreenRed, rank);
+    };
+    switch (fltType) {
+        case 0:
+            return filter([=](const ChannelWindow& p) { return smallest(places(p)); });
+        case 1:
+            return filter([=](const ChannelWindow& p) { return largest(places(p)); });
+        default:
+            return filter([](const ChannelWindow&) { return uint8_t{0}; });
+    }
+}
+
+PixelBuffer cBitFilter::RankFilterN4(int32_t fltType) {
+    return rankFilter(fltType, [](const ChannelWindow& p) {
+        return std::array{p(0, 0), p(0, -1), p(-1, 0), p(1, 0), p(0, 1)};
+    });
+}
+
+PixelBuffer cBitFilter::RankFilterND(int32_t fltType) {
+    return rankFilter(fltType, [](const ChannelWindow& p) {
+        return std::array{p(0, 0), p(-1, -1), p(1, -1), p(-1, 1), p(1, 1)};
+    });
+}
+
+PixelBuffer cBitFilter::PAINTING() {
+    return filterChannels(OnFailure::skip, regionBox(0), Stencil{2}, Channels::blueGreenRed,
+                          calmestMean<3>);
+}
+
+PixelBuffer cBitFilter::Dissolve() {
+    return filterChannels(OnFailure::skip, regionBox(0), Stencil{2}, Channels::blueGreenRed,
+                          calmestMean<4>);
+}
+
+}  // namespace tessarine
