@@ -238,8 +238,9 @@ class cBitFilter {
     PixelBuffer TILE(int32_t Factor);
     /// Lays a picture over the image, once or Tiled. Transparency is in percent; mask pixels of
     /// MaskColor are left out, none for -1.
-    /// \throws StatementFailed for a mask without pixels that is to be tiled, a Transparency that
-    ///         sends a channel out of range, or a report against no height
+    /// \throws StatementFailed for a mask without dimensions, or without pixels if it is to be
+    ///         tiled, for a Transparency that sends a channel out of range, or for a report
+    ///         against no height
     PixelBuffer TileMask(const PixelBuffer& mskBits, int32_t xOffset, int32_t yOffset, bool Tiled,
                          int32_t Transparency, int32_t MaskColor);
     /// Adds Inc to pixels near ColorFrom, less and less with the distance. (skips)
@@ -341,8 +342,8 @@ class cBitFilter {
     /// a centre. Reports against the square's height; a radius of 0 fails there.
     template <class Change>
     PixelBuffer filterSquare(OnFailure mode, Point centre, int32_t radius, Change change);
-    /// `paintCell(result, cell)` for each cell of a grid that may reach into the buffer, row by
-    /// row; reports after each row of cells.
+    /// `paintCell(result, cell)` for each cell, or each row of joined cells, of a grid that may
+    /// reach into the buffer, row by row; reports after each row of cells.
     /// \throws StatementFailed for a step of 0 that would never end
     template <class PaintCell>
     PixelBuffer filterCells(OnFailure mode, const CellGrid& grid, PaintCell paintCell);

@@ -75,6 +75,26 @@ const std::map<std::string, Member>& members() {
         // hue
         // neighbourhood
         // deformation
+        {"BEND", [](F& f, const A& a) { return f.BEND(a.number(0), a.truth(1)); }},
+        {"FOLD", [](F& f, const A& a) { return f.FOLD(a.number(0), a.number(1), a.truth(2)); }},
+        {"STRETCH",
+         [](F& f, const A& a) { return f.STRETCH(a.number(0), a.number(1), a.truth(2)); }},
+        {"TWIRL", [](F& f, const A& a) { return f.TWIRL(a.number(0), a.number(1), a.truth(2)); }},
+        {"ROTATE", [](F& f, const A& a) { return f.ROTATE(a.number(0), a.truth(1)); }},
+        {"RotateSmooth", [](F& f, const A& a) { return f.RotateSmooth(a.number(0)); }},
+        {"GLASS", [](F& f, const A& a) { return f.GLASS(a.text(0), a.shortNumber(1)); }},
+        {"LENS",
+         [](F& f, const A& a) {
+             return f.LENS(a.single(0), a.single(1), a.single(2), a.number(3));
+         }},
+        {"WAVES", [](F& f, const A& a) { return f.WAVES(a.number(0), a.number(1), a.number(2)); }},
+        {"TILE", [](F& f, const A& a) { return f.TILE(a.number(0)); }},
+        {"TileMask",
+         [](F& f, const A& a) {
+             return f.TileMask(a.mask, a.number(0), a.number(1), a.truth(2), a.number(3),
+                               a.number(4));
+         }},
+        {"Shift", [](F& f, const A& a) { return f.Shift(a.number(0), a.number(1), a.number(2)); }},
         // synthesis
         // recipes
         // geometry
