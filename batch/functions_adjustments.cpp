@@ -36,15 +36,22 @@ std::vector<FunctionDef> adjustmentFunctions() {
         {.id = 68,
          .name = "Flip Horizontally",
          .header = "[Flip Horizontally]",
+         .call = [](cBatch& b, CallSite) { return b.cFilter.Flip(true, false); },
          .sentence = "Mirrors the picture, so that left and right change places."},
         {.id = 69,
          .name = "Flip Vertically",
          .header = "[Flip Vertically]",
+         .call = [](cBatch& b, CallSite) { return b.cFilter.Flip(false, true); },
          .sentence = "Mirrors the picture, so that top and bottom change places."},
         {.id = 59,
          .name = "Resize",
          .header = "[Resize]",
          .panel = Panel::FrResize,
+         .call =
+             [](cBatch& b, CallSite site) {
+                 if (site == CallSite::row) b.ApplyResize();
+                 return b.workBits;
+             },
          .sentence = "Gives each picture of a run another size in pixels, if wanted with its own "
                      "proportions and smoothed; the preview keeps its size."},
         {.id = 31,
@@ -58,6 +65,11 @@ std::vector<FunctionDef> adjustmentFunctions() {
          .name = "Rotate Intelligently",
          .header = "[Rotate Intelligently]",
          .panel = Panel::FrRotate,
+         .call =
+             [](cBatch& b, CallSite site) {
+                 site == CallSite::row ? b.ApplyRotate() : b.PreviewRotate();
+                 return b.workBits;
+             },
          .sentence = "Turns the whole picture and makes it as large as it must be to lose nothing; "
                      "the preview keeps its size."},
     };
