@@ -19,32 +19,36 @@ std::vector<std::string> idsOf(const std::string& rows) {
     return ids;
 }
 
+/// The command line of a case, the program's name included.
+std::vector<std::string> wordsOf(const CaseRow& row, const ScratchFolder& folder) {
+    std::vector<std::string> words{TESSARINE_BATCH,
+                                   "--mode",
+                                   "window",
+                                   "--quiet",
+                                   "--format",
+                                   "bmp",
+                                   "--overwrite",
+                                   "--to",
+                                   folder.path().string(),
+                                   "--functions",
+                                   casesFolder() + row.at("list")};
+    for (const std::string& option : split(row.at("options"), ' '))
+        words.push_back(option);
+    words.push_back(casesFolder() + row.at("picture"));
+    return words;
+}
+
 TEST(ChainCases, TheWindowsRunGivesTheExpectedPictureToTheByte) {
     const ScratchFolder scratch;
     Tally tally("chains.tsv");
     for (const CaseRow& row : readCases("chains.tsv")) {
-        const std::vector<std::string> ids = idsOf(row.at("rows"));
-        std::vector<std::string> words{TESSARINE_BATCH,
-                                       "--mode",
-                                       "window",
-                                       "--quiet",
-                                       "--format",
-                                       "bmp",
-                                       "--overwrite",
-                                       "--to",
-                                       scratch.path().string(),
-                                       "--functions",
-                                       casesFolder() + row.at("list")};
-        for (const std::string& option : split(row.at("options"), ' '))
-            words.push_back(option);
-        words.push_back(casesFolder() + row.at("picture"));
-        const Finished run = runProgram(words, scratch.path().string());
-
+        const Finished run = runProgram(wordsOf(row, scratch), scratch.path().string());
         ASSERT_EQ(run.status, 0) << row.at("name") << ": " << run.err;
         const std::string difference =
             firstDifference(readBitmapFile(scratch / "Sample1.bmp"),
                             readPixmap(casesFolder() + row.at("expected")));
         EXPECT_EQ(difference, "") << row.at("name");
+        const std::vector<std::string> ids = idsOf(row.at("rows"));
         tally.count(ids.size() == 1 ? "id " + ids[0] : "chains", difference.empty());
     }
     EXPECT_EQ(tally.all(), 379);
@@ -54,16 +58,15 @@ TEST(ChainCases, TheRunLeavesTheExpectedRandomNumbers) {
     const ScratchFolder scratch;
     int drawing = 0;
     for (const CaseRow& row : readCases("chains.tsv")) {
-        CommandLine line;
-        line.pictures = {{PictureSource::Kind::path, casesFolder() + row.at("picture")}};
-        line.functions = {{FunctionSource::Kind::list, casesFolder() + row.at("list")}};
-        line.to = scratch.path().string();
-        line.format = "bmp";
-        line.overwrite = true;
-        line.windowMode = true;
+        const std::vector<std::string> words = wordsOf(row, scratch);
+        std::vector<const char*> argv;
+        for (const std::string& word : words)
+            argv.push_back(word.c_str());
+        const auto line = readCommandLine(static_cast<int>(argv.size()), argv.data());
+        ASSERT_TRUE(line.has_value());
         SilentPlatform platform;
         cBatch batch(platform);
-        prepareRun(batch, line);
+        prepareRun(batch, *line);
         // The preview that follows a run would draw on.
         batch.LSelectedFunctions.clear();
         batch.CmdBatchAll();
