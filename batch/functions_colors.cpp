@@ -55,7 +55,7 @@ std::vector<FunctionDef> colorFunctions() {
                  return b.cFilter.ISOLATE(b.funcColor[0], b.funcColor[1], b.funcParam[0]);
              },
          .sentence = "Keeps the pixels near the first colour and paints all others in the second.",
-         .example = "X=84,Y=75,Tolerance=60,Color1=FFFFFF"},
+         .example = "Color0=0A5F43,Tolerance=60,Color1=FFFFFF"},
         {.id = 22,
          .name = "Hue Rotation",
          .header = "[Hue rotation]",
@@ -140,7 +140,7 @@ std::vector<FunctionDef> colorFunctions() {
              },
          .sentence = "Turns the first colour into the second, less and less with the distance from "
                      "the first.",
-         .example = "X=84,Y=75,Tolerance=80,Color1=2040C0"},
+         .example = "Color0=0A5F43,Tolerance=80,Color1=2040C0"},
         {.id = 17,
          .name = "Replace Hue & Stretch",
          .header = " [Replace Hue/Sat.]",
@@ -157,7 +157,7 @@ std::vector<FunctionDef> colorFunctions() {
          .sentence = "Turns the first colour into the second where hue and saturation are alike "
                      "too.",
          .example =
-             "X=84,Y=75,Hue Tolerance=50,Sat. Tolerance=50,Apply Tolerance=100,Color1=2040C0"},
+             "Color0=0A5F43,Hue Tolerance=50,Sat. Tolerance=50,Apply Tolerance=100,Color1=2040C0"},
         {.id = 18,
          .name = "Replace Luminous",
          .header = "[Replace Lum.]",
@@ -170,7 +170,7 @@ std::vector<FunctionDef> colorFunctions() {
                                            b.funcParam[1]);
              },
          .sentence = "Turns the first colour into the second where the brightness is alike too.",
-         .example = "X=84,Y=75,Lum. Tolerance=50,Apply Tolerance=100,Color1=2040C0"},
+         .example = "Color0=0A5F43,Lum. Tolerance=50,Apply Tolerance=100,Color1=2040C0"},
         {.id = 26,
          .name = "Swap RGB",
          .header = "[RGB banks]",
@@ -227,7 +227,7 @@ std::vector<FunctionDef> colorFunctions() {
              },
          .sentence = "Makes pixels near the chosen colour lighter or darker, less and less with "
                      "the distance from it.",
-         .example = "X=84,Y=75,Shift=120,Tolerance=80"},
+         .example = "Color0=0A5F43,Shift=120,Tolerance=80"},
         {.id = 12,
          .name = "Sketch",
          .header = "[Sketch]",

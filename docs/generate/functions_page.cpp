@@ -48,6 +48,18 @@ void runOverSample(const std::vector<FunctionSource>& functions, const fs::path&
     fs::rename(output, target);
 }
 
+/// The name that a heading has in links: in lower case, blanks as "-", without other signs.
+std::string anchorOf(std::string_view heading) {
+    std::string anchor;
+    for (const char c : heading) {
+        if (std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '-')
+            anchor += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        else if (c == ' ')
+            anchor += '-';
+    }
+    return anchor;
+}
+
 std::string sectionOf(const FunctionDef& function, std::string_view group) {
     std::string text =
         fmt::format("### {}\n\n{} · {}\n\n", function.name, group, function.sentence);
@@ -94,11 +106,12 @@ void writeFunctionsPage(const fs::path& folder, const fs::path& sample) {
         const FunctionDef* function = findFunction(node.functionId);
         if (function == nullptr) {
             group = node.text;
-            contents += fmt::format("\n- [{}](#{})\n", group, pictureNameOf(group));
+            contents += fmt::format("{}- [{}](#{})\n", contents.empty() ? "\n" : "", group,
+                                    anchorOf(group));
             sections += fmt::format("\n## {}\n", group);
             continue;
         }
-        contents += fmt::format("  - [{}](#{})\n", function->name, pictureNameOf(function->name));
+        contents += fmt::format("  - [{}](#{})\n", function->name, anchorOf(function->name));
         sections += "\n" + sectionOf(*function, group);
         runOverSample({{FunctionSource::Kind::apply, exampleOf(*function)}}, sample,
                       shown / (pictureNameOf(function->name) + ".png"));

@@ -502,7 +502,7 @@ TEST_F(Run, OnOneRowADueReportFailsAndTheRowBeforeItStands) {
     // Negative lets a failure reach its caller, Brightness too: each leaves the picture as it was.
     addGrey(10, 5, 1);
     addNegative();
-    uint32_t now = 0;
+    uint32_t now = systemClock();
     batch.cFilter.timeGetTime = [&now] { return now += 20; };
     batch.CmdBatchAll();
     EXPECT_EQ(levelOf("Sample1.bmp"), 10);

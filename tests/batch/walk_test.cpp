@@ -138,7 +138,8 @@ class Walk : public testing::Test {
                          const RegionHandle& region) {
         batch.workWidth = picture.width();
         batch.workHeight = picture.height();
-        batch.iSrc.setSize(picture.width(), picture.height());
+        if (picture.width() > 0 && picture.height() > 0)
+            batch.iSrc.setSize(picture.width(), picture.height());
         batch.workBits = picture;
         batch.cFilter.Bits(picture);
         batch.cFilter.BitsRegion(region);
