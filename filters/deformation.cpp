@@ -33,7 +33,7 @@ class AxisTable {
             values_.push_back(of(v));
     }
     Value operator[](int32_t v) const {
-        return values_[static_cast<size_t>(v + PixelBuffer::margin)];
+        return values_[static_cast<size_t>(ptrdiff_t{v} + PixelBuffer::margin)];
     }
 
   private:
