@@ -74,6 +74,24 @@ const std::map<std::string, Member>& members() {
          }},
         {"SwapBanks", [](F& f, const A& a) { return f.SwapBanks(a.number(0)); }},
         // hue
+        {"COLORIZE",
+         [](F& f, const A& a) { return f.COLORIZE(a.single(0), a.single(1), a.single(2)); }},
+        {"ISOLATE",
+         [](F& f, const A& a) { return f.ISOLATE(a.number(0), a.number(1), a.number(2)); }},
+        {"REPLACE",
+         [](F& f, const A& a) { return f.REPLACE(a.number(0), a.number(1), a.number(2)); }},
+        {"ReplaceHS",
+         [](F& f, const A& a) {
+             return f.ReplaceHS(a.number(0), a.number(1), a.number(2), a.number(3), a.number(4));
+         }},
+        {"ReplaceL",
+         [](F& f, const A& a) {
+             return f.ReplaceL(a.number(0), a.number(1), a.number(2), a.number(3));
+         }},
+        {"RotateH", [](F& f, const A& a) { return f.RotateH(a.number(0), a.number(1)); }},
+        {"RotateL", [](F& f, const A& a) { return f.RotateL(a.number(0), a.number(1)); }},
+        {"StretchH",
+         [](F& f, const A& a) { return f.StretchH(a.number(0), a.number(1), a.number(2)); }},
         // neighbourhood
         {"MaskFilter",
          [](F& f, const A& a) {
@@ -144,7 +162,32 @@ const std::map<std::string, Member>& members() {
                                      a.number(4), a.number(5), a.number(6), a.number(7));
          }},
         // recipes
+        {"OLDPHOTO", [](F& f, const A&) { return f.OLDPHOTO(); }},
+        {"SpecialColors",
+         [](F& f, const A& a) {
+             return f.SpecialColors(a.shortNumber(0), a.shortNumber(1), a.shortNumber(2));
+         }},
+        {"ClassyColors", [](F& f, const A& a) { return f.ClassyColors(a.shortNumber(0)); }},
+        {"THERMIQUE", [](F& f, const A&) { return f.THERMIQUE(); }},
+        {"XBLACK", [](F& f, const A&) { return f.XBLACK(); }},
+        {"PHOTOCOP", [](F& f, const A&) { return f.PHOTOCOP(); }},
         // geometry
+        {"BitsBlack", replacing([](F& f, const PixelBuffer&, const A&) { f.BitsBlack(); })},
+        {"BitsCrop", replacing([](F& f, const PixelBuffer& p, const A& a) {
+             f.BitsCrop(p, a.number(0), a.number(1), a.number(2), a.number(3));
+         })},
+        {"BitsCropMasked", replacing([](F& f, const PixelBuffer& p, const A& a) {
+             f.BitsCropMasked(p, a.number(0), a.number(1), a.number(2), a.number(3));
+         })},
+        {"BitsResample", replacing([](F& f, const PixelBuffer& p, const A& a) {
+             f.BitsResample(p, a.number(0), a.number(1));
+         })},
+        {"BitsResize", replacing([](F& f, const PixelBuffer& p, const A& a) {
+             f.BitsResize(p, a.number(0), a.number(1));
+         })},
+        {"BitsRotate90",
+         replacing([](F& f, const PixelBuffer& p, const A&) { f.BitsRotate90(p); })},
+        {"Flip", [](F& f, const A& a) { return f.Flip(a.truth(0), a.truth(1)); }},
     };
     return table;
 }
