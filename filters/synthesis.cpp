@@ -102,8 +102,11 @@ struct Shares {
 /// The shares of every error from -255 to 255, the lowest first.
 std::array<Shares, 511> makeShares() {
     std::array<Shares, 511> shares{};
-    for (int32_t e = -255; e <= 255; ++e)
-        shares[static_cast<size_t>(e + 255)] = {e * 8 / 42, e * 4 / 42, e * 2 / 42, e / 42};
+    int32_t e = -255;
+    for (Shares& share : shares) {
+        share = {e * 8 / 42, e * 4 / 42, e * 2 / 42, e / 42};
+        ++e;
+    }
     return shares;
 }
 
@@ -384,7 +387,8 @@ PixelBuffer cBitFilter::StuckiBW(int32_t PalWeight) {
             if (PalWeight != 0) g += quotient(errors.at(x) * 10, PalWeight);
             g = std::clamp(g, 0, 255);
             const uint8_t out = g >= threshold ? 255 : 0;
-            errors.spread(x, shares[static_cast<size_t>(g - out + 255)]);
+            const int32_t place = g - out + 255;
+            errors.spread(x, shares[static_cast<size_t>(place)]);
             takeColours(p, {out, out, out, 0});
             ++x;
         }
