@@ -49,9 +49,9 @@ class Gradient {
         const Pixel& a1 = firstIsImage_ ? pixel : first_;
         const Pixel& a2 = secondIsImage_ ? pixel : second_;
         const auto mixed = [&](uint8_t from, uint8_t to, uint8_t value) {
-            const double level = std::nearbyint(double{p_} * (double{t} * to + double{u} * from) +
-                                                value * double{ip_});
-            return level >= 0 && level <= 255 ? static_cast<uint8_t>(level) : value;
+            const double level =
+                double{p_} * (double{t} * to + double{u} * from) + value * double{ip_};
+            return fitsByte(level) ? toByte(level) : value;
         };
         return {mixed(a1.blue, a2.blue, pixel.blue), mixed(a1.green, a2.green, pixel.green),
                 mixed(a1.red, a2.red, pixel.red), pixel.fourth};

@@ -102,8 +102,11 @@ struct Shares {
 /// The shares of every error from -255 to 255, the lowest first.
 std::array<Shares, 511> makeShares() {
     std::array<Shares, 511> shares{};
-    for (int32_t e = -255; e <= 255; ++e)
-        shares[static_cast<size_t>(e + 255)] = {e * 8 / 42, e * 4 / 42, e * 2 / 42, e / 42};
+    int32_t e = -255;
+    for (Shares& share : shares) {
+        share = {e * 8 / 42, e * 4 / 42, e * 2 / 42, e / 42};
+        ++e;
+    }
     return shares;
 }
 
@@ -184,8 +187,15 @@ PixelBuffer cBitFilter::HALFTONE(int32_t Radius, int32_t Definition, int32_t Int
     const int32_t step = 2 * Radius;
     const int32_t side = clampToInteger(2 * int64_t{Radius} + 1);
     SetScanRect(0);
-    const CellGrid cells{scanLeft_, scanTop_, scanRight_, scanBottom_, step,
-                         step,      side,     side,       0,           maxY_};
+    const CellGrid cells{.left = scanLeft_,
+                         .top = scanTop_,
+                         .right = scanRight_,
+                         .bottom = scanBottom_,
+                         .stepX = step,
+                         .stepY = step,
+                         .width = side,
+                         .height = side,
+                         .reportWhole = maxY_};
     return filterCells(OnFailure::raise, cells, [&](PixelBuffer& result, const Rect& cell) {
         ColourSums colour;
         visitRuns(cell, [&](std::span<const Pixel> run, int32_t, int32_t) { colour.add(run); });
@@ -326,16 +336,27 @@ PixelBuffer cBitFilter::Texturize(const PixelBuffer& mskBits) {
     const int32_t mW = mskBits.isDimensioned() ? mskBits.width() - 1 : 0;
     const int32_t mH = mskBits.isDimensioned() ? mskBits.height() - 1 : 0;
     SetScanRect(0);
-    const CellGrid tiles{scanLeft_, scanTop_, scanRight_, scanBottom_, mW,
-                         mH,        mW + 1,   mH + 1,     0,           maxY_};
-    return filterCells(OnFailure::skip, tiles, [&](PixelBuffer& result, const Rect& tile) {
-        paintRuns(result, tile, [&](const RowRun& run) {
-            const Pixel* texture = mskBits.row(run.y - tile.top) + (run.x - tile.left);
-            for (size_t i = 0; i < run.source.size(); ++i) {
+    const CellGrid tiles{.left = scanLeft_,
+                         .top = scanTop_,
+                         .right = scanRight_,
+                         .bottom = scanBottom_,
+                         .stepX = mW,
+                         .stepY = mH,
+                         .width = mW + 1,
+                         .height = mH + 1,
+                         .reportWhole = maxY_,
+                         .joined = true};
+    return filterCells(OnFailure::skip, tiles, [&](PixelBuffer& result, const Rect& row) {
+        paintRuns(result, row, [&](const RowRun& run) {
+            const Pixel* texture = mskBits.row(run.y - row.top);
+            int32_t i = (run.x - row.left) % mW;
+            for (size_t n = 0; n < run.source.size(); ++n) {
                 const double k = single(texture[i].blue / 128.0);
                 const auto scaled = [k](uint8_t v) { return clampToByte(roundToInteger(v * k)); };
-                const Pixel& p = run.source[i];
-                takeColours(run.result[i], {scaled(p.blue), scaled(p.green), scaled(p.red), 0});
+                const Pixel& p = run.source[n];
+                takeColours(run.result[n], {scaled(p.blue), scaled(p.green), scaled(p.red), 0});
+                // The next tile wins the line that it shares with this one.
+                if (++i == mW) i = 0;
             }
         });
     });
@@ -366,7 +387,8 @@ PixelBuffer cBitFilter::StuckiBW(int32_t PalWeight) {
             if (PalWeight != 0) g += quotient(errors.at(x) * 10, PalWeight);
             g = std::clamp(g, 0, 255);
             const uint8_t out = g >= threshold ? 255 : 0;
-            errors.spread(x, shares[static_cast<size_t>(g - out + 255)]);
+            const int32_t place = g - out + 255;
+            errors.spread(x, shares[static_cast<size_t>(place)]);
             takeColours(p, {out, out, out, 0});
             ++x;
         }

@@ -247,7 +247,7 @@ class cBitFilter {
     PixelBuffer Shift(int32_t ColorFrom, int32_t Inc, int32_t Tolerance);
 
     // Synthesis: new content over the image, or a coarser texture of it. Defined in
-    // filters/synthesis.cpp.
+    // filters/synthesis.cpp, the gradients in filters/gradients.cpp.
 
     /// Takes each pixel from a random place up to half of each factor away. (skips)
     PixelBuffer DIFFUSE(int32_t wFactor, int32_t hFactor);
@@ -267,6 +267,8 @@ class cBitFilter {
                      int32_t Opacity);
     /// Brightens a disc by iFactor levels at its centre, dFactor percent of them at its rim.
     /// Centre and radius are relative to the image.
+    /// \throws StatementFailed for a report on a disc without a radius, and where a pixel is so
+    ///         far from the centre that its squared distance wraps below 0
     PixelBuffer Light(float xRel, float yRel, float dRel, int32_t iFactor, int32_t dFactor);
     /// Multiplies the image by a tiled texture, of which the blue channel counts: 128 keeps a
     /// pixel. (skips)

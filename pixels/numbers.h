@@ -47,10 +47,13 @@ inline uint8_t clampToByte(int32_t value) {
 /// The low eight bits of an integer: what a byte keeps of it where nothing limits it first.
 inline uint8_t lowByte(int32_t value) { return static_cast<uint8_t>(value & 255); }
 
+/// Whether toByte() does not fail.
+inline bool fitsByte(double value) { return value >= -0.5 && value < 255.5; }
+
 /// Rounds to a byte.
 /// \throws StatementFailed where the rounded value is outside 0 to 255 or is not a number.
 inline uint8_t toByte(double value) {
-    if (!(value >= -0.5 && value < 255.5)) throw StatementFailed("no byte holds this value");
+    if (!fitsByte(value)) throw StatementFailed("no byte holds this value");
     return static_cast<uint8_t>(std::llrint(value));
 }
 
