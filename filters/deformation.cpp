@@ -14,8 +14,7 @@
 //
 // A division of floats by zero is no failure: it gives an infinity or no number, and both round to
 // the lowest integer, which is far outside every picture. So no pixel has a source in FOLD on a
-// picture of one row or one column, nor in TWIRL, but for the centre, on one of two columns or
-// less.
+// picture of one row or one column, nor in TWIRL on one of at most two columns but for the centre.
 
 namespace tessarine {
 

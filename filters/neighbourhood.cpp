@@ -20,8 +20,19 @@ int32_t quotientInRow(int32_t dividend, int32_t divisor) {
     return static_cast<int32_t>(static_cast<double>(dividend) / divisor);
 }
 
+/// Brings the centre and the eight places around it together, two by two.
+template <class Join>
+[[gnu::always_inline]] inline int32_t joinNine(const ChannelWindow& p, Join join) {
+    return join(join(join(join(p(-1, -1), p(0, -1)), join(p(1, -1), p(-1, 0))),
+                     join(join(p(0, 0), p(1, 0)), join(p(-1, 1), p(0, 1)))),
+                p(1, 1));
+}
+
+constexpr auto smaller = [](int32_t a, int32_t b) { return a < b ? a : b; };
+constexpr auto larger = [](int32_t a, int32_t b) { return a > b ? a : b; };
+
 /// The sum of the eight places around a centre.
-int32_t sumOfEight(const ChannelWindow& p) {
+[[gnu::always_inline]] inline int32_t sumOfEight(const ChannelWindow& p) {
     return p(-1, -1) + p(0, -1) + p(1, -1) + p(-1, 0) + p(1, 0) + p(-1, 1) + p(0, 1) + p(1, 1);
 }
 
@@ -46,56 +57,43 @@ Levels3 edgesAt(const Window& w) {
     return {9 * p.blue - sum.blue + 255, 9 * p.green - sum.green + 255, 9 * p.red - sum.red + 255};
 }
 
-/// The smallest of an array.
-template <size_t count>
-uint8_t smallest(const std::array<int32_t, count>& values) {
-    int32_t value = 255;
-    for (const int32_t v : values)
-        value = std::min(value, v);
-    return static_cast<uint8_t>(value);
-}
-
-template <size_t count>
-uint8_t largest(const std::array<int32_t, count>& values) {
-    int32_t value = 0;
-    for (const int32_t v : values)
-        value = std::max(value, v);
-    return static_cast<uint8_t>(value);
-}
-
-/// A centre and the eight places around it.
-std::array<int32_t, 9> nine(const ChannelWindow& p) {
-    return {p(-1, -1), p(0, -1), p(1, -1), p(-1, 0), p(0, 0), p(1, 0), p(-1, 1), p(0, 1), p(1, 1)};
-}
-
-/// A sector of nine places, told by its middle.
+/// The nine places around a middle. Numbers no wider than they must be: so more of them are
+/// worked on at once.
 struct Sector {
-    int32_t dx;
-    int32_t dy;
+    uint8_t mean;
+    uint16_t spread;  ///< the sum of the distances from the mean
 };
-constexpr std::array<Sector, 4> sectors{{{-1, -1}, {1, -1}, {-1, 1}, {1, 1}}};
 
-/// The mean of the calmest of the first `count` sectors, the earliest of several.
-template <size_t count>
-uint8_t calmestMean(const ChannelWindow& p) {
-    int32_t best = 0;
-    int32_t least = 999999;
-    for (size_t i = 0; i < count; ++i) {
-        const auto [x, y] = sectors[i];
-        const std::array<int32_t, 9> values{p(x - 1, y - 1), p(x, y - 1), p(x + 1, y - 1),
-                                            p(x - 1, y),     p(x, y),     p(x + 1, y),
-                                            p(x - 1, y + 1), p(x, y + 1), p(x + 1, y + 1)};
-        int32_t sum = 0;
-        for (const int32_t v : values)
-            sum += v;
-        const int32_t mean = sum / 9;
-        int32_t spread = 0;
-        for (const int32_t v : values)
-            spread += std::abs(v - mean);
-        best = spread < least ? mean : best;
-        least = spread < least ? spread : least;
-    }
-    return static_cast<uint8_t>(best);
+[[gnu::always_inline]] inline Sector sectorAt(const ChannelWindow& p, int32_t x, int32_t y) {
+    const auto a = static_cast<uint8_t>(p(x - 1, y - 1));
+    const auto b = static_cast<uint8_t>(p(x, y - 1));
+    const auto c = static_cast<uint8_t>(p(x + 1, y - 1));
+    const auto d = static_cast<uint8_t>(p(x - 1, y));
+    const auto e = static_cast<uint8_t>(p(x, y));
+    const auto f = static_cast<uint8_t>(p(x + 1, y));
+    const auto g = static_cast<uint8_t>(p(x - 1, y + 1));
+    const auto h = static_cast<uint8_t>(p(x, y + 1));
+    const auto i = static_cast<uint8_t>(p(x + 1, y + 1));
+    const auto sum = static_cast<uint16_t>(a + b + c + d + e + f + g + h + i);
+    const auto mean = static_cast<uint8_t>(sum / 9);
+    const auto distance = [mean](uint8_t v) __attribute__((always_inline)) {
+        const uint8_t high = v > mean ? v : mean;
+        const uint8_t low = v < mean ? v : mean;
+        return static_cast<uint8_t>(high - low);
+    };
+    return {mean, static_cast<uint16_t>(distance(a) + distance(b) + distance(c) + distance(d) +
+                                        distance(e) + distance(f) + distance(g) + distance(h) +
+                                        distance(i))};
+}
+
+/// The calmer of two sectors, the first on a tie.
+[[gnu::always_inline]] inline Sector calmer(const Sector& a, const Sector& b) {
+    return {b.spread < a.spread ? b.mean : a.mean, b.spread < a.spread ? b.spread : a.spread};
+}
+
+/// The calmest of the three sectors that have a centre in a corner other than the upper left one.
+[[gnu::always_inline]] inline Sector calmestOfThree(const ChannelWindow& p) {
+    return calmer(calmer(sectorAt(p, -1, -1), sectorAt(p, 1, -1)), sectorAt(p, -1, 1));
 }
 
 }  // namespace
@@ -244,51 +242,59 @@ PixelBuffer cBitFilter::RELIEF() {
 }
 
 PixelBuffer cBitFilter::DILATE() {
-    return filterChannels(OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
-                          [](const ChannelWindow& p) { return largest(nine(p)); });
+    return filterChannels(
+        OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
+        [](const ChannelWindow& p) { return static_cast<uint8_t>(joinNine(p, larger)); });
 }
 
 PixelBuffer cBitFilter::ERODE() {
-    return filterChannels(OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
-                          [](const ChannelWindow& p) { return smallest(nine(p)); });
+    return filterChannels(
+        OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
+        [](const ChannelWindow& p) { return static_cast<uint8_t>(joinNine(p, smaller)); });
 }
 
-template <class Places>
-PixelBuffer cBitFilter::rankFilter(int32_t fltType, Places places) {
+template <class OverFive>
+PixelBuffer cBitFilter::rankFilter(int32_t fltType, OverFive overFive) {
     const auto filter = [&](auto rank) {
         return filterChannels(OnFailure::raise, regionBox(1 - fltType), Stencil{},
                               Channels::blueGreenRed, rank);
     };
     switch (fltType) {
         case 0:
-            return filter([=](const ChannelWindow& p) { return smallest(places(p)); });
+            return filter(
+                [=](const ChannelWindow& p) { return static_cast<uint8_t>(overFive(p, smaller)); });
         case 1:
-            return filter([=](const ChannelWindow& p) { return largest(places(p)); });
+            return filter(
+                [=](const ChannelWindow& p) { return static_cast<uint8_t>(overFive(p, larger)); });
         default:
             return filter([](const ChannelWindow&) { return uint8_t{0}; });
     }
 }
 
 PixelBuffer cBitFilter::RankFilterN4(int32_t fltType) {
-    return rankFilter(fltType, [](const ChannelWindow& p) {
-        return std::array{p(0, 0), p(0, -1), p(-1, 0), p(1, 0), p(0, 1)};
+    return rankFilter(fltType, [](const ChannelWindow& p, auto join) {
+        return join(p(0, 0), join(join(p(0, -1), p(-1, 0)), join(p(1, 0), p(0, 1))));
     });
 }
 
 PixelBuffer cBitFilter::RankFilterND(int32_t fltType) {
-    return rankFilter(fltType, [](const ChannelWindow& p) {
-        return std::array{p(0, 0), p(-1, -1), p(1, -1), p(-1, 1), p(1, 1)};
+    return rankFilter(fltType, [](const ChannelWindow& p, auto join) {
+        return join(p(0, 0), join(join(p(-1, -1), p(1, -1)), join(p(-1, 1), p(1, 1))));
     });
 }
 
 PixelBuffer cBitFilter::PAINTING() {
-    return filterChannels(OnFailure::skip, regionBox(0), Stencil{2}, Channels::blueGreenRed,
-                          calmestMean<3>);
+    return filterChannels(
+        OnFailure::skip, regionBox(0), Stencil{2}, Channels::blueGreenRed,
+        [](const ChannelWindow& p) { return static_cast<uint8_t>(calmestOfThree(p).mean); });
 }
 
 PixelBuffer cBitFilter::Dissolve() {
     return filterChannels(OnFailure::skip, regionBox(0), Stencil{2}, Channels::blueGreenRed,
-                          calmestMean<4>);
+                          [](const ChannelWindow& p) {
+                              const Sector calmest = calmer(calmestOfThree(p), sectorAt(p, 1, 1));
+                              return static_cast<uint8_t>(calmest.mean);
+                          });
 }
 
 }  // namespace tessarine

@@ -160,13 +160,12 @@ std::pair<size_t, size_t> cBitFilter::windowsInBuffer(int32_t x, int32_t y, size
     return {static_cast<size_t>(from), static_cast<size_t>(to)};
 }
 
-SurroundingsCopy::SurroundingsCopy(const PixelBuffer& bits, int32_t x, int32_t y,
-                                   const Stencil& stencil)
-    : side_(2 * stencil.reach + 1) {
-    places_.reserve(static_cast<size_t>(side_) * static_cast<size_t>(side_));
-    for (int64_t dy = -stencil.reach; dy <= stencil.reach; ++dy)
-        for (int64_t dx = -stencil.reach; dx <= stencil.reach; ++dx)
-            places_.push_back(bits.reached(x + dx * stencil.spacing, y + dy * stencil.spacing));
+void SurroundingsCopy::take(int32_t x, int32_t y) {
+    const int64_t reach = stencil_.reach;
+    places_.clear();
+    for (int64_t dy = -reach; dy <= reach; ++dy)
+        for (int64_t dx = -reach; dx <= reach; ++dx)
+            places_.push_back(bits_.reached(x + dx * stencil_.spacing, y + dy * stencil_.spacing));
 }
 
 void cBitFilter::report(int32_t part, int32_t whole, OnFailure mode) {

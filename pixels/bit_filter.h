@@ -86,8 +86,8 @@ class cBitFilter {
     PixelBuffer NewDoc(uint8_t R, uint8_t G, uint8_t b);
 
     // Geometry: all but Flip replace the image, whose size follows; the region stays as it is.
-    // `srcBits` is the picture to start from, commonly the image itself. Defined in
-    // pixels/geometry.cpp.
+    // `srcBits` is the picture to start from, commonly the image itself; one without dimensions
+    // fails, except in BitsResize, which takes it for black. Defined in pixels/geometry.cpp.
 
     /// Sets all four channels of the region's pixels to 0. Raises no Progress.
     void BitsBlack();
@@ -98,12 +98,16 @@ class cBitFilter {
     /// the fourth channel.
     void BitsCropMasked(const PixelBuffer& srcBits, int32_t X1, int32_t Y1, int32_t X2, int32_t Y2);
     /// Another size by bilinear interpolation, the fourth channel 0.
-    /// \throws StatementFailed for a width or height of 0 or below, or for want of memory
+    /// \throws StatementFailed for a negative size or for want of memory; for a width or height of
+    /// 0
+    ///         too, which leaves an empty image of that size
     void BitsResample(const PixelBuffer& srcBits, int32_t NewWidth, int32_t NewHeight);
     /// Another size by the nearest pixel, the fourth channel 0. A width or height of 0 gives an
-    /// empty image of that size; a negative one leaves the image as it is. (skips)
+    /// empty image of that size; one that is negative or too large for the memory leaves the image
+    /// as it is. (skips)
     void BitsResize(const PixelBuffer& srcBits, int32_t NewWidth, int32_t NewHeight);
-    /// A quarter turn anticlockwise, the fourth channel 0. srcBits has the present image's size.
+    /// A quarter turn anticlockwise, the fourth channel 0. As many columns and rows of srcBits are
+    /// turned as the present image has.
     void BitsRotate90(const PixelBuffer& srcBits);
     /// The whole image mirrored, the region notwithstanding; the fourth channel stays. (skips)
     PixelBuffer Flip(bool fH, bool fV);
@@ -356,9 +360,9 @@ class cBitFilter {
 
     /// EMBOSS and Engrave: levels by the difference of a pixel and its lower right neighbour.
     PixelBuffer plate(float slope);
-    /// RankFilterN4 and RankFilterND over `places(channel window)`.
-    template <class Places>
-    PixelBuffer rankFilter(int32_t fltType, Places places);
+    /// RankFilterN4 and RankFilterND over `overFive(channel window, join)`.
+    template <class OverFive>
+    PixelBuffer rankFilter(int32_t fltType, OverFive overFive);
 
     // What the helpers are made of, for members that depart from them too.
 

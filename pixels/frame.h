@@ -58,12 +58,17 @@ class ChannelWindow {
 /// A copy of one pixel's surroundings, for windows that reach out of the buffer.
 class SurroundingsCopy {
   public:
-    SurroundingsCopy(const PixelBuffer& bits, int32_t x, int32_t y, const Stencil& stencil);
+    SurroundingsCopy(const PixelBuffer& bits, const Stencil& stencil)
+        : bits_(bits), stencil_(stencil) {}
+    /// Copies the surroundings of (x, y), in place of earlier ones.
+    void take(int32_t x, int32_t y);
     const Pixel* centre() const { return &places_[places_.size() / 2]; }
-    ptrdiff_t row() const { return side_; }
+    /// Places from one row to the next.
+    ptrdiff_t row() const { return 2 * stencil_.reach + 1; }
 
   private:
-    int32_t side_;
+    const PixelBuffer& bits_;
+    Stencil stencil_;
     std::vector<Pixel> places_;
 };
 
@@ -135,12 +140,13 @@ PixelBuffer cBitFilter::filterWindows(OnFailure mode, const Walk& walk, const St
     const ptrdiff_t row = bits_.stride() * stencil.spacing;
     return filterRows(mode, walk, [&](const RowRun& run) {
         const auto [first, last] = windowsInBuffer(run.x, run.y, run.source.size(), stencil);
+        SurroundingsCopy copy(bits_, stencil);
         for (size_t i = 0; i < run.source.size(); ++i) {
             if (i >= first && i < last) {
                 change(Window(&run.source[i], stencil.spacing, row), run.result[i]);
                 continue;
             }
-            const SurroundingsCopy copy(bits_, run.x + static_cast<int32_t>(i), run.y, stencil);
+            copy.take(run.x + static_cast<int32_t>(i), run.y);
             change(Window(copy.centre(), 1, copy.row()), run.result[i]);
         }
     });
@@ -149,27 +155,32 @@ PixelBuffer cBitFilter::filterWindows(OnFailure mode, const Walk& walk, const St
 template <class Change>
 PixelBuffer cBitFilter::filterChannels(OnFailure mode, const Walk& walk, const Stencil& stencil,
                                        Channels channels, Change change) {
-    constexpr ptrdiff_t size = sizeof(Pixel);
-    const ptrdiff_t column = size * stencil.spacing;
-    const ptrdiff_t row = size * bits_.stride() * stencil.spacing;
+    constexpr size_t size = sizeof(Pixel);
     const size_t kept = channels == Channels::blueGreenRed ? 3 : 0;
     const auto bytesOf = [](const Pixel* pixel) { return reinterpret_cast<const uint8_t*>(pixel); };
+    // All four bytes alike, so that the loop has no steps in it, and one place that calls `change`,
+    // so that it becomes part of the loop: only then does it turn into vector code.
+    const auto compute = [&change](const uint8_t* __restrict source, uint8_t* __restrict result, size_t bytes,
+                                   ptrdiff_t column, ptrdiff_t row) __attribute__((noinline)) {
+        for (size_t k = 0; k < bytes; ++k)
+            result[k] = change(ChannelWindow(source + k, column, row));
+    };
     return filterRows(mode, walk, [&](const RowRun& run) {
-        const auto [first, last] = windowsInBuffer(run.x, run.y, run.source.size(), stencil);
+        const size_t count = run.source.size();
+        const auto [first, last] = windowsInBuffer(run.x, run.y, count, stencil);
         const uint8_t* source = bytesOf(run.source.data());
         auto* result = reinterpret_cast<uint8_t*>(run.result.data());
-        // All four bytes alike, so that the loop has no steps in it; the fourth is put back.
-        for (size_t k = first * size; k < last * size; ++k)
-            result[k] = change(ChannelWindow(source + k, column, row));
-        for (size_t i = 0; i < run.source.size(); ++i) {
-            if (i < first || i >= last) {
-                const SurroundingsCopy copy(bits_, run.x + static_cast<int32_t>(i), run.y, stencil);
-                for (size_t c = 0; c < size; ++c)
-                    result[i * size + c] =
-                        change(ChannelWindow(bytesOf(copy.centre()) + c, size, size * copy.row()));
-            }
-            result[i * size + kept] = source[i * size + kept];
+        const ptrdiff_t column = ptrdiff_t{size} * stencil.spacing;
+        compute(source + first * size, result + first * size, (last - first) * size, column,
+                column * bits_.stride());
+        SurroundingsCopy copy(bits_, stencil);
+        for (size_t i = 0; i < count; ++i) {
+            if (i >= first && i < last) continue;
+            copy.take(run.x + static_cast<int32_t>(i), run.y);
+            compute(bytesOf(copy.centre()), result + i * size, size, size, size * copy.row());
         }
+        for (size_t k = kept; k < count * size; k += size)
+            result[k] = source[k];
     });
 }
 

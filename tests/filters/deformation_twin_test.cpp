@@ -155,7 +155,7 @@ TEST(DeformationTwin, TileMaskAgreesAndFailsWhereItsTwinFails) {
         const int32_t y = offset();
         const int32_t transparency =
             random() % 8 == 0 ? randomFactor(random) : between(random, 0, 100);
-        constexpr std::array<int32_t, 4> colours{-1, 0x00030201, 0x7F030201 - 0x100, 0x7F030201};
+        constexpr std::array<int32_t, 4> colours{-1, 0x030201, 0x7F030201, 0x030201 - 0x1000000};
         const int32_t colour = colours[random() % colours.size()];
         return Call{
             textOf({double(x), double(y), double(tiled), double(transparency), double(colour)}),

@@ -229,7 +229,7 @@ TEST(TileMask, MaskPixelsOfTheMaskColorAreLeftOut) {
     const PixelBuffer mask =
         drawBuffer(4, 1, [&](int32_t x, int32_t) { return pixels[static_cast<size_t>(x)]; });
     Engine engine(plain(4, 1, {9, 9, 9, 7}));
-    for (const int32_t colour : {0x010203, 0x7F010203}) {
+    for (const int32_t colour : {0x010203, 0x7F010203, 0x010203 - 0x1000000}) {
         const PixelBuffer result = engine.filter.TileMask(mask, 0, 0, false, 0, colour);
         EXPECT_EQ(result.at(0, 0), (Pixel{9, 9, 9, 7}));
         EXPECT_EQ(result.at(1, 0), (Pixel{0, 2, 3, 7}));

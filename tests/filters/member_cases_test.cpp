@@ -172,6 +172,22 @@ const std::map<std::string, Member>& members() {
         {"XBLACK", [](F& f, const A&) { return f.XBLACK(); }},
         {"PHOTOCOP", [](F& f, const A&) { return f.PHOTOCOP(); }},
         // geometry
+        {"BitsBlack", replacing([](F& f, const PixelBuffer&, const A&) { f.BitsBlack(); })},
+        {"BitsCrop", replacing([](F& f, const PixelBuffer& p, const A& a) {
+             f.BitsCrop(p, a.number(0), a.number(1), a.number(2), a.number(3));
+         })},
+        {"BitsCropMasked", replacing([](F& f, const PixelBuffer& p, const A& a) {
+             f.BitsCropMasked(p, a.number(0), a.number(1), a.number(2), a.number(3));
+         })},
+        {"BitsResample", replacing([](F& f, const PixelBuffer& p, const A& a) {
+             f.BitsResample(p, a.number(0), a.number(1));
+         })},
+        {"BitsResize", replacing([](F& f, const PixelBuffer& p, const A& a) {
+             f.BitsResize(p, a.number(0), a.number(1));
+         })},
+        {"BitsRotate90",
+         replacing([](F& f, const PixelBuffer& p, const A&) { f.BitsRotate90(p); })},
+        {"Flip", [](F& f, const A& a) { return f.Flip(a.truth(0), a.truth(1)); }},
     };
     return table;
 }
