@@ -1,6 +1,8 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "pixels/numbers.h"
@@ -25,19 +27,27 @@ struct RedGreenBlue {
     int32_t b = 0;
 };
 
-/// \param r, g, b 0 to 255. Grey has hue and saturation 0.
-inline HueSaturationLightness RGBToHLS(int32_t r, int32_t g, int32_t b) {
-    const double rf = single(r / 255.0);
-    const double gf = single(g / 255.0);
-    const double bf = single(b / 255.0);
-    const double max = std::max({rf, gf, bf});
-    const double min = std::min({rf, gf, bf});
+/// The 256 levels of a channel as singles from 0 to 1.
+inline constexpr std::array<float, 256> levelShares = [] {
+    std::array<float, 256> shares{};
+    for (size_t level = 0; level < shares.size(); ++level)
+        shares[level] = single(static_cast<double>(level) / 255);
+    return shares;
+}();
+
+/// Grey has hue and saturation 0.
+inline HueSaturationLightness RGBToHLS(uint8_t r, uint8_t g, uint8_t b) {
+    const double rf = levelShares[r];
+    const double gf = levelShares[g];
+    const double bf = levelShares[b];
+    const double max = std::max(std::max(rf, gf), bf);
+    const double min = std::min(std::min(rf, gf), bf);
     HueSaturationLightness hsl;
     hsl.L = single((max + min) / 2);
     if (max == min) return hsl;
 
     const double spread = max - min;
-    hsl.S = single(hsl.L <= 0.5F ? spread / (max + min) : spread / (2 - max - min));
+    hsl.S = single(spread / (hsl.L <= 0.5F ? max + min : 2 - max - min));
     if (rf == max)
         hsl.H = single((gf - bf) / spread);
     else if (gf == max)

@@ -23,7 +23,7 @@ inline int32_t roundToInteger(double value) {
 }
 
 /// Stores a value as a single where a definition says so.
-inline float single(double value) { return static_cast<float>(value); }
+constexpr float single(double value) { return static_cast<float>(value); }
 
 /// Limits an integer to the range of 32 bits.
 inline int32_t clampToInteger(int64_t value) {
