@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "deformation_engine.h"
+#include "places.h"
 #include "support/pictures.h"
 
 // The members that take each pixel from a source point, by values worked out by hand.

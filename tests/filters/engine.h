@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -19,19 +20,27 @@ namespace tessarine::tests {
 
 /// An engine over one picture, with the whole picture as its region and a clock that stands.
 struct Engine {
-    explicit Engine(const PixelBuffer& picture) : region(wholeRegion(picture)) {
+    explicit Engine(PixelBuffer given) : picture(std::move(given)), region(wholeRegion(picture)) {
         filter.timeGetTime = [] { return 0U; };
-        filter.Bits(picture);
+        keepReports(filter, reports);
+        if (picture.isDimensioned()) filter.Bits(picture);
         filter.BitsRegion(region);
     }
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
 
     void keepTo(const std::vector<Rect>& rects) {
         region = regionOf(rects);
         filter.BitsRegion(region);
     }
+    /// From now on every report is due.
+    void reportAlways() { clock.attachTo(filter); }
 
+    PixelBuffer picture;
     RegionHandle region;
     cBitFilter filter;
+    std::vector<int32_t> reports;
+    SteppingClock clock{100, 11};
 };
 
 using Pixels = std::vector<Pixel>;
@@ -45,6 +54,25 @@ inline PixelBuffer rowOf(const Pixels& pixels) {
 inline Pixels pixelsOf(const PixelBuffer& row) { return {row.row(0), row.row(0) + row.width()}; }
 
 inline Pixel grey(uint8_t level) { return {level, level, level, 0}; }
+
+/// Grey levels as a picture, row by row.
+inline PixelBuffer greys(const std::vector<std::vector<uint8_t>>& rows) {
+    return drawBuffer(static_cast<int32_t>(rows.at(0).size()), static_cast<int32_t>(rows.size()),
+                      [&](int32_t x, int32_t y) {
+                          return grey(rows.at(static_cast<size_t>(y)).at(static_cast<size_t>(x)));
+                      });
+}
+
+/// The blue levels of a picture, row by row.
+inline std::vector<std::vector<uint8_t>> levelsOf(const PixelBuffer& picture) {
+    std::vector<std::vector<uint8_t>> rows;
+    for (int32_t y = 0; y < picture.height(); ++y) {
+        rows.emplace_back();
+        for (int32_t x = 0; x < picture.width(); ++x)
+            rows.back().push_back(picture.at(x, y).blue);
+    }
+    return rows;
+}
 
 /// A member with plain arguments, which change a picture of random colours.
 struct NamedCall {
@@ -61,16 +89,13 @@ inline void expectTheRuleOfOneRow(std::span<const NamedCall> members) {
         Engine quiet(picture);
         const PixelBuffer expected = member.call(quiet.filter);
         Engine late(picture);
-        SteppingClock clock(100, 11);
-        clock.attachTo(late.filter);
-        std::vector<int32_t> reports;
-        keepReports(late.filter, reports);
+        late.reportAlways();
         if (member.skips) {
             EXPECT_EQ(member.call(late.filter), expected) << member.name;
-            EXPECT_EQ(reports, std::vector<int32_t>{100}) << member.name;
+            EXPECT_EQ(late.reports, std::vector<int32_t>{100}) << member.name;
         } else {
             EXPECT_THROW(member.call(late.filter), StatementFailed) << member.name;
-            EXPECT_TRUE(reports.empty()) << member.name;
+            EXPECT_TRUE(late.reports.empty()) << member.name;
         }
     }
 }
@@ -80,12 +105,9 @@ inline void expectReportsOfEachRowAndTheEnd(std::span<const NamedCall> members) 
     for (const NamedCall& member : members) {
         Engine engine(randomBuffer(3, 5, 15));
         engine.keepTo({{0, 1, 2, 4}});
-        SteppingClock clock(100, 11);
-        clock.attachTo(engine.filter);
-        std::vector<int32_t> reports;
-        keepReports(engine.filter, reports);
+        engine.reportAlways();
         member.call(engine.filter);
-        EXPECT_EQ(reports, (std::vector<int32_t>{25, 50, 75, 100})) << member.name;
+        EXPECT_EQ(engine.reports, (std::vector<int32_t>{25, 50, 75, 100})) << member.name;
     }
 }
 
@@ -123,10 +145,8 @@ inline void expectNoRegionToGiveTheSource(std::span<const NamedCall> members) {
         for (const RegionHandle& region : {RegionHandle(), std::make_shared<const Region>()}) {
             Engine engine(picture);
             engine.filter.BitsRegion(region);
-            std::vector<int32_t> reports;
-            keepReports(engine.filter, reports);
             EXPECT_EQ(member.call(engine.filter), picture) << member.name;
-            EXPECT_EQ(reports, std::vector<int32_t>{100}) << member.name;
+            EXPECT_EQ(engine.reports, std::vector<int32_t>{100}) << member.name;
         }
 }
 

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "deformation_engine.h"
+#include "places.h"
 #include "support/clock.h"
 #include "support/pictures.h"
 

@@ -1,32 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
-#include <utility>
-#include <vector>
 
-#include "pixels/bit_filter.h"
+#include "engine.h"
 #include "support/pictures.h"
 
-namespace tessarine::tests::deformation {
-
-/// An engine over one picture, with the whole picture as its region and a clock that stands.
-struct Engine {
-    explicit Engine(PixelBuffer given) : picture(std::move(given)), region(wholeRegion(picture)) {
-        filter.timeGetTime = [] { return 0U; };
-        filter.Bits(picture);
-        filter.BitsRegion(region);
-    }
-
-    void keepTo(const std::vector<Rect>& rects) {
-        region = regionOf(rects);
-        filter.BitsRegion(region);
-    }
-
-    PixelBuffer picture;
-    RegionHandle region;
-    cBitFilter filter;
-};
+namespace tessarine::tests {
 
 /// A picture of up to 250 pixels a side in which every pixel tells its own place.
 inline PixelBuffer places(int32_t width, int32_t height) {
@@ -44,4 +23,4 @@ inline Point placeOf(const PixelBuffer& deformed, int32_t x, int32_t y) {
 
 inline bool isBlack(const Pixel& p) { return p.blue == 0 && p.green == 0 && p.red == 0; }
 
-}  // namespace tessarine::tests::deformation
+}  // namespace tessarine::tests
