@@ -9,30 +9,13 @@
 #include <gtest/gtest.h>
 
 #include "pixels/bit_filter.h"
-#include "support/clock.h"
+#include "support/engine.h"
 #include "support/pictures.h"
 
-// An engine ready to filter one picture, pictures of one row, and what the frame promises of the
-// members of a family. Pixels are written blue, green, red, fourth.
+// What the frame promises of every member, for a family to ask of all of its own; and pictures of
+// one row, pixels written blue, green, red, fourth.
 
 namespace tessarine::tests {
-
-/// An engine over one picture, with the whole picture as its region and a clock that stands.
-struct Engine {
-    explicit Engine(const PixelBuffer& picture) : region(wholeRegion(picture)) {
-        filter.timeGetTime = [] { return 0U; };
-        filter.Bits(picture);
-        filter.BitsRegion(region);
-    }
-
-    void keepTo(const std::vector<Rect>& rects) {
-        region = regionOf(rects);
-        filter.BitsRegion(region);
-    }
-
-    RegionHandle region;
-    cBitFilter filter;
-};
 
 using Pixels = std::vector<Pixel>;
 
@@ -43,8 +26,6 @@ inline PixelBuffer rowOf(const Pixels& pixels) {
 }
 
 inline Pixels pixelsOf(const PixelBuffer& row) { return {row.row(0), row.row(0) + row.width()}; }
-
-inline Pixel grey(uint8_t level) { return {level, level, level, 0}; }
 
 /// A member with plain arguments, which change a picture of random colours.
 struct NamedCall {
@@ -61,16 +42,13 @@ inline void expectTheRuleOfOneRow(std::span<const NamedCall> members) {
         Engine quiet(picture);
         const PixelBuffer expected = member.call(quiet.filter);
         Engine late(picture);
-        SteppingClock clock(100, 11);
-        clock.attachTo(late.filter);
-        std::vector<int32_t> reports;
-        keepReports(late.filter, reports);
+        late.reportAlways();
         if (member.skips) {
             EXPECT_EQ(member.call(late.filter), expected) << member.name;
-            EXPECT_EQ(reports, std::vector<int32_t>{100}) << member.name;
+            EXPECT_EQ(late.reports, std::vector<int32_t>{100}) << member.name;
         } else {
             EXPECT_THROW(member.call(late.filter), StatementFailed) << member.name;
-            EXPECT_TRUE(reports.empty()) << member.name;
+            EXPECT_TRUE(late.reports.empty()) << member.name;
         }
     }
 }
@@ -80,12 +58,9 @@ inline void expectReportsOfEachRowAndTheEnd(std::span<const NamedCall> members) 
     for (const NamedCall& member : members) {
         Engine engine(randomBuffer(3, 5, 15));
         engine.keepTo({{0, 1, 2, 4}});
-        SteppingClock clock(100, 11);
-        clock.attachTo(engine.filter);
-        std::vector<int32_t> reports;
-        keepReports(engine.filter, reports);
+        engine.reportAlways();
         member.call(engine.filter);
-        EXPECT_EQ(reports, (std::vector<int32_t>{25, 50, 75, 100})) << member.name;
+        EXPECT_EQ(engine.reports, (std::vector<int32_t>{25, 50, 75, 100})) << member.name;
     }
 }
 
@@ -123,10 +98,8 @@ inline void expectNoRegionToGiveTheSource(std::span<const NamedCall> members) {
         for (const RegionHandle& region : {RegionHandle(), std::make_shared<const Region>()}) {
             Engine engine(picture);
             engine.filter.BitsRegion(region);
-            std::vector<int32_t> reports;
-            keepReports(engine.filter, reports);
             EXPECT_EQ(member.call(engine.filter), picture) << member.name;
-            EXPECT_EQ(reports, std::vector<int32_t>{100}) << member.name;
+            EXPECT_EQ(engine.reports, std::vector<int32_t>{100}) << member.name;
         }
 }
 
