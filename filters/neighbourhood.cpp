@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "filters/colour.h"
 #include "pixels/bit_filter.h"
@@ -12,13 +13,6 @@
 namespace tessarine {
 
 namespace {
-
-/// quotient() for loops over whole rows: doubles hold every 32-bit integer, and no quotient of two
-/// of them comes so near to a whole number that it would round up to it. The divisor is not 0, and
-/// -2147483648 by -1 is not asked for.
-int32_t quotientInRow(int32_t dividend, int32_t divisor) {
-    return static_cast<int32_t>(static_cast<double>(dividend) / divisor);
-}
 
 /// Brings the centre and the eight places around it together, two by two.
 template <class Join>
@@ -45,7 +39,7 @@ auto setOff(int32_t a, int32_t b, int32_t divisor) {
         divisor = 1;
     }
     return [=](const ChannelWindow& p) {
-        return clampToByte(quotientInRow(a * p(0, 0) - b * sumOfEight(p), divisor));
+        return clampToByte(quotientInLoop(a * p(0, 0) - b * sumOfEight(p), divisor));
     };
 }
 
@@ -146,7 +140,7 @@ struct SmallMask {
         ((sum = static_cast<int16_t>(sum + weights[i] * p(static_cast<int32_t>(i % side) - h,
                                                           static_cast<int32_t>(i / side) - h))),
          ...);
-        return clampToByte(quotientInRow(sum, divisor) + addend);
+        return clampToByte(quotientInLoop(sum, divisor) + addend);
     }
 };
 
@@ -209,7 +203,7 @@ PixelBuffer cBitFilter::SOFTEN(int32_t Factor) {
     if (divisor == 0) return filter([](const ChannelWindow&) { return uint8_t{0}; });
     return filter([=](const ChannelWindow& p) {
         const int32_t sum = w * p(0, 0) + p(-1, 0) + p(0, -1) + p(0, 1) + p(1, 0);
-        return lowByte(quotientInRow(sum, divisor));
+        return lowByte(quotientInLoop(sum, divisor));
     });
 }
 

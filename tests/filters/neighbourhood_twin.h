@@ -192,10 +192,10 @@ inline PixelBuffer raised(const PixelBuffer& source, const Region& region, int32
     return scan(source, region, 0, [&](const Place& at, Pixel& target, const PixelBuffer& result) {
         if (at.x == maxX) {
             for (int c = 0; c <= 2; ++c)
-                channel(target, c) = channel(Pixel(result.at(at.x - 1, at.y)), c);
+                channel(target, c) = static_cast<uint8_t>(channel(result.at(at.x - 1, at.y), c));
         } else if (at.y == maxY) {
             for (int c = 0; c <= 2; ++c)
-                channel(target, c) = channel(Pixel(result.at(at.x, maxY - 1)), c);
+                channel(target, c) = static_cast<uint8_t>(channel(result.at(at.x, maxY - 1), c));
         } else {
             int32_t v[3];
             for (int c = 0; c <= 2; ++c) {

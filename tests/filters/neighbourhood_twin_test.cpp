@@ -60,38 +60,44 @@ struct Convolution {
 };
 
 TEST(NeighbourhoodTwin, MaskFilterAgreesForTheKernels) {
-    compare("MaskFilter", 1, [](std::mt19937& random) {
-        Convolution convolution{GetFilterKernel(static_cast<int32_t>(random() % 14))};
-        convolution.keepMargins = random() % 2 == 0;
-        return convolution.call();
-    });
+    compare(
+        "MaskFilter", 1,
+        [](std::mt19937& random) {
+            Convolution convolution{GetFilterKernel(static_cast<int32_t>(random() % 14))};
+            convolution.keepMargins = random() % 2 == 0;
+            return convolution.call();
+        },
+        2000);
 }
 
 TEST(NeighbourhoodTwin, MaskFilterAgreesForAnyMask) {
-    compare("MaskFilter-any", 2, [](std::mt19937& random) {
-        Convolution convolution;
-        tFilterKernel& k = convolution.kernel;
-        const auto side =
-            static_cast<int32_t>(random() % 3 == 0 ? random() % 10 : 3 + 2 * (random() % 2));
-        k.mskBits = KernelMask(side);
-        // From weights whose sums fit 16 bits, over such as just don't, to wild ones.
-        const auto kind = random() % 4;
-        for (int32_t row = 0; row < side; ++row)
-            for (int32_t column = 0; column < side; ++column) {
-                const auto bits = static_cast<int32_t>(random());
-                k.mskBits.at(row, column) = kind == 0   ? bits % 4
-                                            : kind == 1 ? bits % 20
-                                            : kind == 2 ? bits % 1000
-                                                        : randomFactor(random);
-            }
-        const auto divisor = static_cast<int32_t>(random());
-        k.Weight = random() % 4 == 0 ? randomFactor(random) : divisor % 20;
-        k.bFactor = randomFactor(random);
-        k.gFactor = random() % 2 == 0 ? k.bFactor : randomFactor(random);
-        k.rFactor = random() % 2 == 0 ? k.bFactor : randomFactor(random);
-        convolution.keepMargins = random() % 2 == 0;
-        return convolution.call();
-    });
+    compare(
+        "MaskFilter-any", 2,
+        [](std::mt19937& random) {
+            Convolution convolution;
+            tFilterKernel& k = convolution.kernel;
+            const auto side =
+                static_cast<int32_t>(random() % 3 == 0 ? random() % 10 : 3 + 2 * (random() % 2));
+            k.mskBits = KernelMask(side);
+            // From weights whose sums fit 16 bits, over such as just don't, to wild ones.
+            const auto kind = random() % 4;
+            for (int32_t row = 0; row < side; ++row)
+                for (int32_t column = 0; column < side; ++column) {
+                    const auto bits = static_cast<int32_t>(random());
+                    k.mskBits.at(row, column) = kind == 0   ? bits % 4
+                                                : kind == 1 ? bits % 20
+                                                : kind == 2 ? bits % 1000
+                                                            : randomFactor(random);
+                }
+            const auto divisor = static_cast<int32_t>(random());
+            k.Weight = random() % 4 == 0 ? randomFactor(random) : divisor % 20;
+            k.bFactor = randomFactor(random);
+            k.gFactor = random() % 2 == 0 ? k.bFactor : randomFactor(random);
+            k.rFactor = random() % 2 == 0 ? k.bFactor : randomFactor(random);
+            convolution.keepMargins = random() % 2 == 0;
+            return convolution.call();
+        },
+        2000);
 }
 
 TEST(NeighbourhoodTwin, MaskFilterAgreesWhereSumsAreAtTheBoundsOf16Bits) {
