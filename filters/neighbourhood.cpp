@@ -240,23 +240,22 @@ PixelBuffer cBitFilter::SKETCH(int32_t Factor, bool BW, int32_t BackColor) {
 // Departs from the frame in the last column and row, which repeat what has been written beside
 // and above them.
 PixelBuffer cBitFilter::plate(float slope) {
-    std::array<int32_t, 511> heights{};  // of the differences from -255 on
+    std::array<int32_t, 511> heights{};  // of the differences from -255 to 255
+    int32_t* const level = heights.data() + 255;
     for (int32_t d = -255; d <= 255; ++d)
-        heights[static_cast<size_t>(d + 255)] = roundToInteger(std::abs(d * double{slope} + 128));
-    const auto height = [&heights](int32_t from, int32_t to) {
-        return heights[static_cast<size_t>(from - to + 255)];
-    };
+        level[d] = roundToInteger(std::abs(d * double{slope} + 128));
+    const auto height = [level](int32_t from, int32_t to) { return level[from - to]; };
     PixelBuffer result =
         filterWindows(OnFailure::skip, regionBox(0), Stencil{}, [&](const Window& w, Pixel& p) {
             const Pixel& from = w.at(0, 0);
             const Pixel& to = w.at(1, 1);
             const int32_t sum = height(from.blue, to.blue) + height(from.green, to.green) +
                                 height(from.red, to.red);
-            const uint8_t level = clampToByte(sum / 3);
-            p = {level, level, level, p.fourth};
+            const uint8_t mean = clampToByte(sum / 3);
+            p = {mean, mean, mean, p.fourth};
         });
-    const auto repeat = [&result](ptrdiff_t distance) {
-        return [&result, distance](const RowRun& run) {
+    const auto repeat = [](ptrdiff_t distance) {
+        return [distance](const RowRun& run) {
             for (Pixel& p : run.result)
                 takeColours(p, *(&p - distance));
         };

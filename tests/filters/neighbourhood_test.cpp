@@ -226,11 +226,10 @@ TEST(Neighbourhood, BlursByNothingTakesEightTimesThePixelItself) {
 }
 
 TEST(Neighbourhood, BlursBeyondTheMarginReadsTheNeighbouringRowAndBlackBeyondTheBuffer) {
-    // Two columns: three to the right of (1, 0) lies, past four pixels of margin, the place
-    // before (0, 1); four to the right of it (0, 1) itself.
+    // A row of two pixels and its margin is six long: five to the right of (1, 0) lies (0, 1). All
+    // other places are black.
     Engine engine(greys({{0, 0}, {80, 0}, {0, 0}}));
     const PixelBuffer result = engine.filter.Blurs(5);
-    // Of (1, 0) the place (1 + 5, 0) is (0, 1); all others are black or beyond the buffer.
     EXPECT_EQ(levelsOf(result), (Rows{{0, 10}, {0, 0}, {0, 0}}));
     EXPECT_EQ(levelsOf(engine.filter.Blurs(1000)), (Rows{{0, 0}, {0, 0}, {0, 0}}));
 }
@@ -620,7 +619,8 @@ TEST(Neighbourhood, AReportOfAPictureOneRowHighIsSkippedOrFailsAsTheMemberDoes) 
     }
 }
 
-TEST(Neighbourhood, EveryMemberKeepsMarginSourceAndWhatLiesOutsideTheRegionAndOneReliefTheFourth) {
+TEST(Neighbourhood,
+     EveryMemberKeepsSourceMarginAndWhatLiesOutsideTheRegionAndAllButReliefTheFourthByte) {
     // Fourth bytes and a margin of their own, and a region of two parts.
     PixelBuffer picture = randomBuffer(20, 12, 10);
     Pixel* block = picture.writableBlock();
