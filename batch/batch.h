@@ -191,6 +191,14 @@ class cBatch {
     void PreviewFunction(int32_t id);
     /// Loads row `rowIndex` (from 1) into the working state and applies `id` to cFilter.
     void ApplyRow(int16_t id, int16_t rowIndex, bool forRun);
+    /// Gives the image the size of funcParam, with funcOption its own proportions at that width;
+    /// smoothed where funcParam[2] is 1. iSrc, whose size the proportions go by, follows.
+    void ApplyResize();
+    /// Turns the image by the sheet's angle within its size, so that corners are cut.
+    void PreviewRotate();
+    /// Turns workBits by the sheet's angle at this moment, smoothly with funcOption. Image and iSrc
+    /// grow, so that nothing is lost.
+    void ApplyRotate();
     /// Restarts from originalBits, applies the chain and shows the result.
     void RebuildChain();
     void RebuildChainAndDraw();
@@ -298,6 +306,8 @@ class cBatch {
     /// Works out the picked point from columns 8 and 9.
     void loadPoint(const TrayRow& row, bool forRun);
     void applyFunction(int32_t id, CallSite site);
+    /// The region becomes the whole of a picture of this size, and filters keep to it.
+    void coverWithRegion(int32_t width, int32_t height);
     /// Appends a row with the whole working state, and the chain entry that refers to it.
     void appendRow(const std::string& name);
     /// originalBits, then every chain entry.

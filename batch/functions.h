@@ -62,6 +62,8 @@ struct FunctionDef {
     /// where nothing is called.
     PixelBuffer (*call)(cBatch& batch, CallSite site) = nullptr;
     std::string_view sentence;  ///< what it does, for people
+    /// Inputs that show what it does, as the command line takes them; empty for its sheet as it is.
+    std::string_view example{};
 };
 
 /// One node of the tree.

@@ -25,6 +25,19 @@ std::string aboutOutput(std::string message, const std::string& draft, const std
     return message;
 }
 
+/// The filter engine of picture `number`. Its clock stands still, so that no report by row is ever
+/// due and none can fail, and its random numbers hang on the number alone; those of picture 1 are
+/// a new program's.
+cBitFilter engineFor(int32_t number) {
+    // Draws from one picture's start to the next: odd, so that the starts repeat after 2^24
+    // pictures only, and far from any whole part of that.
+    constexpr uint64_t drawsApart = 10368889;
+    cBitFilter engine;
+    engine.timeGetTime = [] { return 0U; };
+    engine.random = RandomGenerator().after((static_cast<uint64_t>(number) - 1) * drawsApart);
+    return engine;
+}
+
 }  // namespace
 
 /// What rows leave in the working state for the rows after them.
@@ -55,16 +68,20 @@ void cBatch::BatchEach() {
     report.clear();
     const std::string destination = asFolder(txtDestination);
     const RowState atStart = rowState();
+    const cBitFilter engineAtStart = cFilter;
     for (size_t i = 0; i < lvSelected.size(); ++i) {
         platform_.giveWay();
         if (stopRequested) break;
         restoreRowState(atStart);
+        cFilter = engineFor(static_cast<int32_t>(i + 1));
+        cFilter.Progress = engineAtStart.Progress;
         const auto start = std::chrono::steady_clock::now();
         PictureReport entry = processAlone(static_cast<int32_t>(i + 1), destination);
         entry.ms = millisecondsSince(start);
         report.add(std::move(entry));
     }
     restoreRowState(atStart);
+    cFilter = engineAtStart;
 }
 
 PictureReport cBatch::processAlone(int32_t number, const std::string& destination) {

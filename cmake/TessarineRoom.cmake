@@ -5,6 +5,9 @@ add_library(tessarine_rules INTERFACE)
 # what an optimiser may prove about overflow, nor on fused multiply-adds of one machine.
 target_compile_options(tessarine_rules INTERFACE
   -Wall -Wextra -Wshadow -Wnon-virtual-dtor -Werror -fwrapv -ffp-contract=off -fno-math-errno)
+# g++ 12 forgets the rounding to a float where it joins two neighbouring chains double, float,
+# double outside of loops into vectors. Loops are vectorised all the same.
+target_compile_options(tessarine_rules INTERFACE -fno-tree-slp-vectorize)
 if(TESSARINE_SANITIZE)
   target_compile_options(tessarine_rules INTERFACE
     -fsanitize=${TESSARINE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

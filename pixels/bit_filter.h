@@ -86,8 +86,8 @@ class cBitFilter {
     PixelBuffer NewDoc(uint8_t R, uint8_t G, uint8_t b);
 
     // Geometry: all but Flip replace the image, whose size follows; the region stays as it is.
-    // `srcBits` is the picture to start from, commonly the image itself. Defined in
-    // pixels/geometry.cpp.
+    // `srcBits` is the picture to start from, commonly the image itself; one without dimensions
+    // fails, except in BitsResize, which takes it for black. Defined in pixels/geometry.cpp.
 
     /// Sets all four channels of the region's pixels to 0. Raises no Progress.
     void BitsBlack();
@@ -98,12 +98,16 @@ class cBitFilter {
     /// the fourth channel.
     void BitsCropMasked(const PixelBuffer& srcBits, int32_t X1, int32_t Y1, int32_t X2, int32_t Y2);
     /// Another size by bilinear interpolation, the fourth channel 0.
-    /// \throws StatementFailed for a width or height of 0 or below, or for want of memory
+    /// \throws StatementFailed for a negative size or for want of memory; for a width or height of
+    /// 0
+    ///         too, which leaves an empty image of that size
     void BitsResample(const PixelBuffer& srcBits, int32_t NewWidth, int32_t NewHeight);
     /// Another size by the nearest pixel, the fourth channel 0. A width or height of 0 gives an
-    /// empty image of that size; a negative one leaves the image as it is. (skips)
+    /// empty image of that size; one that is negative or too large for the memory leaves the image
+    /// as it is. (skips)
     void BitsResize(const PixelBuffer& srcBits, int32_t NewWidth, int32_t NewHeight);
-    /// A quarter turn anticlockwise, the fourth channel 0. srcBits has the present image's size.
+    /// A quarter turn anticlockwise, the fourth channel 0. As many columns and rows of srcBits are
+    /// turned as the present image has.
     void BitsRotate90(const PixelBuffer& srcBits);
     /// The whole image mirrored, the region notwithstanding; the fourth channel stays. (skips)
     PixelBuffer Flip(bool fH, bool fV);
@@ -234,15 +238,16 @@ class cBitFilter {
     PixelBuffer TILE(int32_t Factor);
     /// Lays a picture over the image, once or Tiled. Transparency is in percent; mask pixels of
     /// MaskColor are left out, none for -1.
-    /// \throws StatementFailed for a mask without pixels that is to be tiled, a Transparency that
-    ///         sends a channel out of range, or a report against no height
+    /// \throws StatementFailed for a mask without dimensions, or without pixels if it is to be
+    ///         tiled, for a Transparency that sends a channel out of range, or for a report
+    ///         against no height
     PixelBuffer TileMask(const PixelBuffer& mskBits, int32_t xOffset, int32_t yOffset, bool Tiled,
                          int32_t Transparency, int32_t MaskColor);
     /// Adds Inc to pixels near ColorFrom, less and less with the distance. (skips)
     PixelBuffer Shift(int32_t ColorFrom, int32_t Inc, int32_t Tolerance);
 
     // Synthesis: new content over the image, or a coarser texture of it. Defined in
-    // filters/synthesis.cpp.
+    // filters/synthesis.cpp, the gradients in filters/gradients.cpp.
 
     /// Takes each pixel from a random place up to half of each factor away. (skips)
     PixelBuffer DIFFUSE(int32_t wFactor, int32_t hFactor);
@@ -262,6 +267,8 @@ class cBitFilter {
                      int32_t Opacity);
     /// Brightens a disc by iFactor levels at its centre, dFactor percent of them at its rim.
     /// Centre and radius are relative to the image.
+    /// \throws StatementFailed for a report on a disc without a radius, and where a pixel is so
+    ///         far from the centre that its squared distance wraps below 0
     PixelBuffer Light(float xRel, float yRel, float dRel, int32_t iFactor, int32_t dFactor);
     /// Multiplies the image by a tiled texture, of which the blue channel counts: 128 keeps a
     /// pixel. (skips)
@@ -337,8 +344,8 @@ class cBitFilter {
     /// a centre. Reports against the square's height; a radius of 0 fails there.
     template <class Change>
     PixelBuffer filterSquare(OnFailure mode, Point centre, int32_t radius, Change change);
-    /// `paintCell(result, cell)` for each cell of a grid that may reach into the buffer, row by
-    /// row; reports after each row of cells.
+    /// `paintCell(result, cell)` for each cell, or each row of joined cells, of a grid that may
+    /// reach into the buffer, row by row; reports after each row of cells.
     /// \throws StatementFailed for a step of 0 that would never end
     template <class PaintCell>
     PixelBuffer filterCells(OnFailure mode, const CellGrid& grid, PaintCell paintCell);

@@ -87,6 +87,7 @@ struct CellGrid {
     int32_t height = 0;
     int32_t reportFrom = 0;   ///< the row that reports 0 percent
     int32_t reportWhole = 0;  ///< rows from there to 100 percent
+    bool joined = false;      ///< the cells of a row are painted at once, as one rectangle
 };
 
 template <class Visit>
@@ -243,14 +244,24 @@ template <class PaintCell>
 PixelBuffer cBitFilter::filterCells(OnFailure mode, const CellGrid& grid, PaintCell paintCell) {
     PixelBuffer result = bits_;
     const int64_t outside = PixelBuffer::margin;
-    const std::vector<int32_t> columns =
-        steps(grid.left, grid.right, grid.stepX, 1 - outside - grid.width, maxX_ + outside);
     const std::vector<int32_t> rows =
         steps(grid.top, grid.bottom, grid.stepY, 1 - outside - grid.height, maxY_ + outside);
+    // Without a row of cells, a step from one to the next that never ends does not matter.
+    const bool hasRows = grid.stepY < 0 ? grid.top >= grid.bottom : grid.top <= grid.bottom;
+    std::vector<int32_t> columns;
+    if (hasRows)
+        columns =
+            steps(grid.left, grid.right, grid.stepX, 1 - outside - grid.width, maxX_ + outside);
+    const auto paint = [&](int32_t left, int32_t last, int32_t y) {
+        paintCell(result, Rect{left, y, clampToInteger(int64_t{last} + grid.width),
+                               clampToInteger(int64_t{y} + grid.height)});
+    };
     for (const int32_t y : rows) {
-        for (const int32_t x : columns)
-            paintCell(result, Rect{x, y, clampToInteger(int64_t{x} + grid.width),
-                                   clampToInteger(int64_t{y} + grid.height)});
+        if (grid.joined && !columns.empty())
+            paint(columns.front(), columns.back(), y);
+        else
+            for (const int32_t x : columns)
+                paint(x, x, y);
         report(y - grid.reportFrom, grid.reportWhole, mode);
     }
     raiseProgress(100);

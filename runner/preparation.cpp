@@ -130,6 +130,9 @@ void protectFromReport(const cBatch& batch, const CommandLine& line, const std::
 void prepareRun(cBatch& batch, const CommandLine& line) {
     batch.cboFormat.index = formatRowOf(line.format);
     addFunctions(batch, line);
+    // --apply previews on the sample and --functions does not; a run starts with a new program's
+    // random numbers, whichever named its functions.
+    batch.cFilter.random = RandomGenerator();
     setDestination(batch, line.to);
     batch.chkOverwrite = line.overwrite ? 1 : 0;
     batch.lvSelected = collectPictures(line);

@@ -29,12 +29,13 @@ ExitStatus print(const std::string& text) {
     return ExitStatus::somePictures;
 }
 
-/// Says which functions of the chain this version does not carry out.
-void warnOfMissingFunctions(const cBatch& batch) {
+/// Says which rows of the chain stand for no function: a function list may hold them.
+void warnOfRowsWithoutFunction(const cBatch& batch) {
     for (const TrayRow& row : batch.Ltray) {
         const FunctionDef* function = findFunction(row.Tag);
         if (function == nullptr || function->call == nullptr)
-            complain(fmt::format("the function '{}' changes nothing in this version", row.text));
+            complain(
+                fmt::format("the row '{}' stands for no function and changes nothing", row.text));
     }
 }
 
@@ -117,7 +118,7 @@ ExitStatus runAsAsked(int argc, const char* const* argv) {
     prepareRun(batch, *line);
     // Before the first word: a reader of standard error who left does not end the run.
     if (!line->dryRun) listenToSignals();
-    if (!line->quiet) warnOfMissingFunctions(batch);
+    if (!line->quiet) warnOfRowsWithoutFunction(batch);
     if (line->dryRun) return print(planOf(batch));
     return run(batch, platform, *line);
 }

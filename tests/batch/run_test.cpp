@@ -498,6 +498,37 @@ TEST_F(Run, ByItselfEachPictureStartsFromWhatStoodAtTheBeginning) {
     EXPECT_EQ(levelOf("Window2.bmp"), 20);
 }
 
+TEST_F(Run, OnOneRowADueReportFailsAndTheRowBeforeItStands) {
+    // Negative lets a failure reach its caller, Brightness too: each leaves the picture as it was.
+    addGrey(10, 5, 1);
+    addNegative();
+    uint32_t now = systemClock();
+    batch.cFilter.timeGetTime = [&now] { return now += 20; };
+    batch.CmdBatchAll();
+    EXPECT_EQ(levelOf("Sample1.bmp"), 10);
+    // Ten milliseconds or less after the last report none is due.
+    batch.chkOverwrite = 1;
+    batch.cFilter.timeGetTime = [&now] { return now; };
+    batch.CmdBatchAll();
+    EXPECT_EQ(levelOf("Sample1.bmp"), 245);
+}
+
+TEST_F(Run, ByItselfAPictureOfOneRowNeverFails) {
+    addGrey(10, 5, 1);
+    addNegative();
+    uint32_t now = 0;
+    batch.cFilter.timeGetTime = [&now] { return now += 20; };
+    std::vector<int32_t> reports;
+    batch.cFilter.Progress = [&reports](int32_t& percent) { reports.push_back(percent); };
+    batch.BatchEach();
+    EXPECT_EQ(levelOf("Sample1.bmp"), 245);
+    EXPECT_EQ(reports, (std::vector<int32_t>{100})) << "the end alone is reported";
+    // The engine itself keeps its clock.
+    const uint32_t before = now;
+    batch.cFilter.timeGetTime();
+    EXPECT_EQ(now, before + 20);
+}
+
 TEST_F(Run, ByItselfAPictureLeavesNoDraftWhateverBecomesOfIt) {
     addGrey(10);
     addGrey(20);

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine.h"
 #include "pixels/bit_filter.h"
 #include "support/clock.h"
 #include "support/comparison.h"
@@ -16,30 +17,6 @@
 
 namespace tessarine::tests {
 namespace {
-
-/// An engine over one picture, with the whole picture as its region and a clock that stands.
-struct Engine {
-    explicit Engine(const PixelBuffer& picture) : region(wholeRegion(picture)) {
-        filter.timeGetTime = [] { return 0U; };
-        filter.Bits(picture);
-        filter.BitsRegion(region);
-    }
-
-    RegionHandle region;
-    cBitFilter filter;
-};
-
-/// A picture of one row.
-PixelBuffer rowOf(const std::vector<Pixel>& pixels) {
-    return drawBuffer(static_cast<int32_t>(pixels.size()), 1,
-                      [&](int32_t x, int32_t) { return pixels[static_cast<size_t>(x)]; });
-}
-
-std::vector<Pixel> pixelsOf(const PixelBuffer& row) {
-    return {row.row(0), row.row(0) + row.width()};
-}
-
-Pixel grey(uint8_t level) { return {level, level, level, 0}; }
 
 /// Grey levels as a picture of one row.
 PixelBuffer greys(const std::vector<uint8_t>& levels) {
@@ -60,7 +37,6 @@ std::vector<uint8_t> levelsOf(const PixelBuffer& row) {
 }
 
 using Levels = std::vector<uint8_t>;
-using Pixels = std::vector<Pixel>;
 
 TEST(Tone, BrightnessAddsAndStopsAtBothEnds) {
     Engine engine(rowOf({{0, 100, 250, 7}, {255, 5, 6, 9}}));

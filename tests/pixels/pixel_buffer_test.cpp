@@ -71,6 +71,62 @@ TEST(PixelBuffer, OfANegativeSizeOrMoreThanMemoryHoldsFails) {
     EXPECT_THROW(PixelBuffer(highest, highest), StatementFailed);
 }
 
+/// A buffer whose pixels hold their place in the block, margin included, from 1 on.
+PixelBuffer numbered(int32_t width, int32_t height) {
+    PixelBuffer buffer(width, height);
+    Pixel* block = buffer.writableBlock();
+    for (size_t i = 0; i < buffer.pixelCount(); ++i)
+        block[i] = {static_cast<uint8_t>(i + 1), 2, 3, 4};
+    return buffer;
+}
+
+TEST(PixelBuffer, ReachesImageAndMarginAsTheyLie) {
+    const PixelBuffer buffer = numbered(5, 3);
+    for (int32_t y = -2; y < 5; ++y)
+        for (int32_t x = -2; x < 7; ++x)
+            EXPECT_EQ(buffer.reached(x, y), buffer.at(x, y)) << x << ", " << y;
+}
+
+TEST(PixelBuffer, ReachesTheNeighbouringRowsBeyondTheEndsOfARow) {
+    const PixelBuffer buffer = numbered(5, 3);
+    EXPECT_EQ(buffer.reached(7, 0), buffer.at(-2, 1));
+    EXPECT_EQ(buffer.reached(-3, 1), buffer.at(6, 0));
+    EXPECT_EQ(buffer.reached(0, 2), buffer.reached(9, 1)) << "rows are 9 pixels apart";
+    EXPECT_EQ(buffer.reached(2 * 9 + 1, -1), buffer.at(1, 1));
+    EXPECT_EQ(buffer.reached(-100 * 9 + 2, 101), buffer.at(2, 1)) << "far to the left and down";
+}
+
+TEST(PixelBuffer, ReachesBlackWhereItsBlockEnds) {
+    const PixelBuffer buffer = numbered(5, 3);
+    EXPECT_EQ(buffer.reached(-2, -2), (Pixel{1, 2, 3, 4})) << "the first pixel";
+    EXPECT_EQ(buffer.reached(-3, -2), Pixel{});
+    EXPECT_EQ(buffer.reached(6, 4), (Pixel{63, 2, 3, 4})) << "the last one";
+    EXPECT_EQ(buffer.reached(7, 4), Pixel{});
+    EXPECT_EQ(buffer.reached(-2, 5), Pixel{});
+    EXPECT_EQ(buffer.reached(0, -3), Pixel{});
+}
+
+TEST(PixelBuffer, ReachesBlackAnywhereFarAway) {
+    constexpr int64_t lowest = std::numeric_limits<int32_t>::min();
+    constexpr int64_t highest = std::numeric_limits<int32_t>::max();
+    const PixelBuffer buffer = numbered(5, 3);
+    for (const int64_t x : {lowest, highest})
+        for (const int64_t y : {lowest, int64_t{0}, highest})
+            EXPECT_EQ(buffer.reached(x, y), Pixel{}) << x << ", " << y;
+}
+
+TEST(PixelBuffer, ReachesBlackWithoutAnImageOrDimensions) {
+    const PixelBuffer none;
+    const PixelBuffer empty(0, 0);
+    for (int32_t y = -4; y < 5; ++y)
+        for (int32_t x = -4; x < 5; ++x) {
+            EXPECT_EQ(none.reached(x, y), Pixel{});
+            EXPECT_EQ(empty.reached(x, y), Pixel{});
+        }
+    EXPECT_EQ(numbered(0, 0).reached(1, 1), (Pixel{16, 2, 3, 4})) << "a margin has 16 pixels";
+    EXPECT_EQ(numbered(0, 0).reached(2, 1), Pixel{});
+}
+
 TEST(PixelBuffer, CopiesAreIndependentBothWays) {
     PixelBuffer original(2, 2);
     original.writableBlock()[original.offsetOfRow(0)] = {1, 2, 3, 4};

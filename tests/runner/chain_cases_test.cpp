@@ -1,8 +1,6 @@
-#include <algorithm>
-
 #include <gtest/gtest.h>
 
-#include "batch/functions.h"
+#include "runner/preparation.h"
 #include "support/cases.h"
 #include "support/paths.h"
 #include "support/pictures.h"
@@ -14,49 +12,69 @@ namespace tessarine::tests {
 namespace {
 
 /// The ids of a case's rows, told as "id=1 p0=... name=... ; id=2 ...".
-std::vector<int32_t> idsOf(const std::string& rows) {
-    std::vector<int32_t> ids;
+std::vector<std::string> idsOf(const std::string& rows) {
+    std::vector<std::string> ids;
     for (size_t at = rows.find("id="); at != std::string::npos; at = rows.find("id=", at + 1))
-        ids.push_back(std::stoi(rows.substr(at + 3)));
+        ids.push_back(rows.substr(at + 3, rows.find(' ', at) - at - 3));
     return ids;
 }
 
-bool isCarriedOut(int32_t id) {
-    const FunctionDef* function = findFunction(id);
-    return function != nullptr && function->call != nullptr;
+/// The command line of a case, the program's name included.
+std::vector<std::string> wordsOf(const CaseRow& row, const ScratchFolder& folder) {
+    std::vector<std::string> words{TESSARINE_BATCH,
+                                   "--mode",
+                                   "window",
+                                   "--quiet",
+                                   "--format",
+                                   "bmp",
+                                   "--overwrite",
+                                   "--to",
+                                   folder.path().string(),
+                                   "--functions",
+                                   casesFolder() + row.at("list")};
+    for (const std::string& option : split(row.at("options"), ' '))
+        words.push_back(option);
+    words.push_back(casesFolder() + row.at("picture"));
+    return words;
 }
 
 TEST(ChainCases, TheWindowsRunGivesTheExpectedPictureToTheByte) {
     const ScratchFolder scratch;
     Tally tally("chains.tsv");
     for (const CaseRow& row : readCases("chains.tsv")) {
-        const std::vector<int32_t> ids = idsOf(row.at("rows"));
-        if (!std::all_of(ids.begin(), ids.end(), isCarriedOut)) continue;
-        std::vector<std::string> words{TESSARINE_BATCH,
-                                       "--mode",
-                                       "window",
-                                       "--quiet",
-                                       "--format",
-                                       "bmp",
-                                       "--overwrite",
-                                       "--to",
-                                       scratch.path().string(),
-                                       "--functions",
-                                       casesFolder() + row.at("list")};
-        for (const std::string& option : split(row.at("options"), ' '))
-            words.push_back(option);
-        words.push_back(casesFolder() + row.at("picture"));
-        const Finished run = runProgram(words, scratch.path().string());
-
+        const Finished run = runProgram(wordsOf(row, scratch), scratch.path().string());
         ASSERT_EQ(run.status, 0) << row.at("name") << ": " << run.err;
         const std::string difference =
             firstDifference(readBitmapFile(scratch / "Sample1.bmp"),
                             readPixmap(casesFolder() + row.at("expected")));
         EXPECT_EQ(difference, "") << row.at("name");
-        tally.count(ids.size() == 1 ? "id " + std::to_string(ids[0]) : "chains",
-                    difference.empty());
+        const std::vector<std::string> ids = idsOf(row.at("rows"));
+        tally.count(ids.size() == 1 ? "id " + ids[0] : "chains", difference.empty());
     }
-    EXPECT_GE(tally.all(), 57);
+    EXPECT_EQ(tally.all(), 379);
+}
+
+TEST(ChainCases, TheRunLeavesTheExpectedRandomNumbers) {
+    const ScratchFolder scratch;
+    int drawing = 0;
+    for (const CaseRow& row : readCases("chains.tsv")) {
+        const std::vector<std::string> words = wordsOf(row, scratch);
+        std::vector<const char*> argv;
+        for (const std::string& word : words)
+            argv.push_back(word.c_str());
+        const auto line = readCommandLine(static_cast<int>(argv.size()), argv.data());
+        ASSERT_TRUE(line.has_value());
+        SilentPlatform platform;
+        cBatch batch(platform);
+        prepareRun(batch, *line);
+        // The preview that follows a run would draw on.
+        batch.LSelectedFunctions.clear();
+        batch.CmdBatchAll();
+        EXPECT_EQ(std::to_string(batch.cFilter.random.state()), row.at("rng_end"))
+            << row.at("name");
+        drawing += batch.cFilter.random.state() != RandomGenerator::firstState ? 1 : 0;
+    }
+    EXPECT_GT(drawing, 10);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "batch/functions.h"
 #include "batch/list_files.h"
 #include "runner_fixture.h"
 
@@ -143,22 +142,59 @@ TEST_F(RunnerOutput, TheOverviewMakesRoomForAReportOnStandardOutput) {
     EXPECT_NE(end.err.find(" Processing Completed!\n"), std::string::npos);
 }
 
-TEST_F(RunnerOutput, AFunctionThatChangesNothingIsNamedUnlessQuiet) {
-    std::string name;
-    for (const TreeNode& node : catalogueTree()) {
-        const FunctionDef* function = findFunction(node.functionId);
-        if (function != nullptr && function->call == nullptr) name = function->name;
-    }
-    if (name.empty()) GTEST_SKIP() << "every function is carried out";
+TEST_F(RunnerOutput, ARowThatStandsForNoFunctionIsNamedUnlessQuiet) {
     const std::string a = grey("a.ppm", 10);
-    const Finished end = runTo({"--apply", name, a});
+    const std::string list = in + "/list.qfk";
+    FunctionRecord free = brightness(0);
+    free.name = "Free";
+    free.id = "63";
+    writeFunctionList(list, std::vector<FunctionRecord>{free, brightness(30)});
+    const Finished end = runTo({"--functions", list, a});
     EXPECT_EQ(end.status, 0);
     EXPECT_EQ(linesOf(end.err).at(0),
-              "tessarine-batch: the function '" + name + "' changes nothing in this version");
-    EXPECT_EQ(levelOf("Sample1.bmp"), 10);
-    EXPECT_EQ(runTo({"--quiet", "--apply", name, a}).err, "");
+              "tessarine-batch: the row 'Free' stands for no function and changes nothing");
+    EXPECT_EQ(levelOf("Sample1.bmp"), 40);
+    EXPECT_EQ(runTo({"--quiet", "--functions", list, a}).err, "");
     const Finished other = runTo({"--apply", "Negative", a});
     EXPECT_EQ(other.err.find("changes nothing"), std::string::npos) << other.err;
+}
+
+TEST_F(RunnerOutput, RandomNumbersHangOnThePicturesNumberAlone) {
+    const std::string a = grey("a.ppm", 100);
+    const auto outputOf = [&](const std::string& name) { return readBitmapFile(out + "/" + name); };
+    const std::vector<std::string> noise{"--overwrite", "--apply", "Noise:Intensity=40"};
+    const auto runNoise = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), noise.begin(), noise.end());
+        return runTo(std::move(words));
+    };
+    ASSERT_EQ(runNoise({a, a}).status, 0);
+    const PixelBuffer first = outputOf("Sample1.bmp");
+    const PixelBuffer second = outputOf("Sample2.bmp");
+    EXPECT_FALSE(first == second) << "the same picture under two numbers";
+    // What becomes of the picture before it plays no part.
+    EXPECT_EQ(runNoise({in + "/missing.ppm", a}).status, 1);
+    EXPECT_EQ(outputOf("Sample2.bmp"), second);
+    // Picture 1 has the random numbers of a new program, as the first picture of the window has.
+    ASSERT_EQ(runNoise({"--mode", "window", a, a}).status, 0);
+    EXPECT_EQ(outputOf("Sample1.bmp"), first);
+    EXPECT_FALSE(outputOf("Sample2.bmp") == second) << "in the window the sequence goes on";
+}
+
+TEST_F(RunnerOutput, RandomNumbersAreTheSameHoweverTheFunctionIsNamed) {
+    const std::string a = grey("a.ppm", 100);
+    const std::string list = in + "/list.qfk";
+    FunctionRecord noise;
+    noise.name = "Noise";
+    noise.id = "37";
+    noise.parameters = {40, 0, 0};
+    writeFunctionList(list, std::vector<FunctionRecord>{noise});
+    for (const char* mode : {"window", "independent"}) {
+        ASSERT_EQ(runTo({"--overwrite", "--mode", mode, "--functions", list, a}).status, 0);
+        const PixelBuffer listed = readBitmapFile(out + "/Sample1.bmp");
+        ASSERT_EQ(runTo({"--overwrite", "--mode", mode, "--apply", "Noise:Intensity=40", a}).status,
+                  0);
+        EXPECT_EQ(readBitmapFile(out + "/Sample1.bmp"), listed) << mode;
+    }
 }
 
 TEST_F(RunnerOutput, ANumberThatDoesNotFitMeansTheSameInBothModesForTheFirstPicture) {

@@ -1,0 +1,368 @@
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <type_traits>
+#include <vector>
+
+#include "filters/colour.h"
+#include "filters/lookup.h"
+#include "pixels/bit_filter.h"
+#include "pixels/frame.h"
+#include "pixels/numbers.h"
+
+// Deformations: each pixel is taken from a computed source point. And Shift, which moves colours.
+//
+// A division of floats by zero is no failure: it gives an infinity or no number, and both round to
+// the lowest integer, which is far outside every picture. So no pixel has a source in FOLD on a
+// picture of one row or one column, nor in TWIRL on one of at most two columns but for the centre.
+
+namespace tessarine {
+
+namespace {
+
+constexpr float radiansOfDegree = 0.017453288659453392F;
+
+/// A value for each x (or y) of a buffer, margin included, made by `of(x)`.
+template <class Value>
+class AxisTable {
+  public:
+    /// \param last the highest x inside the margin
+    template <class Of>
+    AxisTable(int32_t last, Of of) {
+        for (int32_t v = -PixelBuffer::margin; v <= last + PixelBuffer::margin; ++v)
+            values_.push_back(of(v));
+    }
+    Value operator[](int32_t v) const {
+        return values_[static_cast<size_t>(ptrdiff_t{v} + PixelBuffer::margin)];
+    }
+
+  private:
+    std::vector<Value> values_;
+};
+
+template <class Of>
+AxisTable(int32_t, Of) -> AxisTable<std::invoke_result_t<Of, int32_t>>;
+
+Uncovered uncoveredBy(bool CleanBack) { return CleanBack ? Uncovered::blacken : Uncovered::leave; }
+
+/// The distance of a point from the origin. Its square is a 32-bit integer, and where that wraps
+/// to a negative one the distance is no number.
+double distanceOf(int32_t dx, int32_t dy) {
+    return std::sqrt(static_cast<double>(dx * dx + dy * dy));
+}
+
+/// A turn by whole degrees.
+struct Turn {
+    explicit Turn(int32_t Degrees)
+        : c(single(std::cos(Degrees * double{radiansOfDegree}))),
+          s(single(std::sin(Degrees * double{radiansOfDegree}))) {}
+    double c;
+    double s;
+};
+
+/// How far GLASS displaces a coordinate: `amplitude` times a function of the coordinate itself.
+struct Ripple {
+    double amplitude;
+    double (*wave)(double);
+
+    int32_t moved(int32_t v) const { return roundToInteger(v + amplitude * wave(v)); }
+};
+
+double tangent(double v) { return std::tan(v); }
+double sine(double v) { return std::sin(v); }
+double cosine(double v) { return std::cos(v); }
+
+/// The ripples of "vertical", "horizontal" and "squary" by Intensity 0 to 2.
+Ripple rippleOf(const std::string& style, int16_t Intensity) {
+    if (Intensity == 0) return {2, tangent};
+    if (Intensity == 1) return {style == "squary" ? -5.0 : -3.0, sine};
+    return {-10, cosine};
+}
+
+}  // namespace
+
+PixelBuffer cBitFilter::BEND(int32_t RadiusFactor, bool CleanBack) {
+    constexpr float fullTurn = 6.283184F;
+    const float k = single(RadiusFactor / 100.0 + 2);
+    const int32_t cx = maxX_ / 2;
+    const int32_t cy = maxY_ / 2;
+    return filterSources(uncoveredBy(CleanBack), [=, this](int32_t, int32_t y) {
+        const int32_t dy = y - cy;
+        return [=, this](int32_t x) {
+            const int32_t dx = x - cx;
+            const float s = single(double{k} * distanceOf(dx, dy));
+            // The row's offset stands first, so that the angle is 0 straight below the centre.
+            float a = -GetAngle(dy, dx);
+            if (dy < 0 || dx > 0) a = single(double{a} + double{fullTurn});
+            return Point{roundToInteger(maxX_ * double{a} / double{fullTurn}),
+                         roundToInteger(maxY_ - double{s})};
+        };
+    });
+}
+
+PixelBuffer cBitFilter::FOLD(int32_t wFactor, int32_t hFactor, bool CleanBack) {
+    const int32_t cx = maxX_ / 2;
+    const int32_t cy = maxY_ / 2;
+    const AxisTable stretchOfColumn(
+        maxX_, [=, this](int32_t x) { return ((x - cx) / 100.0) * wFactor / maxX_ + 1; });
+    return filterSources(uncoveredBy(CleanBack), [=, this, &stretchOfColumn](int32_t, int32_t y) {
+        const int32_t dy = y - cy;
+        const double stretchOfRow = (dy / 100.0) * hFactor / maxY_ + 1;
+        return [=, &stretchOfColumn](int32_t x) {
+            return Point{roundToInteger((x - cx) * stretchOfRow + cx),
+                         roundToInteger(dy * stretchOfColumn[x] + cy)};
+        };
+    });
+}
+
+PixelBuffer cBitFilter::STRETCH(int32_t wFactor, int32_t hFactor, bool CleanBack) {
+    const auto scaled = [](int32_t last, int32_t factor) {
+        const float f = single(factor / 100.0 + 1);
+        const int32_t centre = last / 2;
+        return AxisTable(
+            last, [=](int32_t v) { return roundToInteger((v - centre) * double{f} + centre); });
+    };
+    const AxisTable columns = scaled(maxX_, wFactor);
+    const AxisTable rows = scaled(maxY_, hFactor);
+    return filterSources(uncoveredBy(CleanBack), [&](int32_t, int32_t y) {
+        return [&columns, sy = rows[y]](int32_t x) { return Point{columns[x], sy}; };
+    });
+}
+
+PixelBuffer cBitFilter::TWIRL(int32_t Factor, int32_t OffsetDeg, bool CleanBack) {
+    const int32_t cx = maxX_ / 2;
+    const int32_t cy = maxY_ / 2;
+    const float t = single((Factor / 10.0) / cx);
+    const float o = single(OffsetDeg * double{radiansOfDegree});
+    return filterSources(uncoveredBy(CleanBack), [=](int32_t, int32_t y) {
+        return [=, dy = y - cy](int32_t x) {
+            const int32_t dx = x - cx;
+            const int32_t r = roundToInteger(distanceOf(dx, dy));
+            if (r == 0) return Point{cx, cy};
+            const float a = single(double{GetAngle(dx, dy)} - r * double{t});
+            const double turned = double{a} + double{o};
+            return Point{roundToInteger(r * std::cos(turned) + cx),
+                         roundToInteger(r * std::sin(turned) + cy)};
+        };
+    });
+}
+
+PixelBuffer cBitFilter::ROTATE(int32_t Degrees, bool CleanBack) {
+    const Turn turn(Degrees);
+    const int32_t cx = maxX_ / 2;
+    const int32_t cy = maxY_ / 2;
+    return filterSources(uncoveredBy(CleanBack), [=](int32_t, int32_t y) {
+        return [=, dyS = (y - cy) * turn.s, dyC = (y - cy) * turn.c](int32_t x) {
+            const int32_t dx = x - cx;
+            return Point{roundToInteger(dx * turn.c - dyS + cx),
+                         roundToInteger(dx * turn.s + dyC + cy)};
+        };
+    });
+}
+
+PixelBuffer cBitFilter::RotateSmooth(int32_t Degrees) {
+    const Turn turn(Degrees);
+    const int32_t cx = maxX_ / 2;
+    const int32_t cy = maxY_ / 2;
+    return filterPositions(OnFailure::skip, [=, this](int32_t, int32_t y) {
+        const double dyS = (y - cy) * turn.s;
+        const double dyC = (y - cy) * turn.c;
+        return [=, this](int32_t x, Pixel& result) {
+            const int32_t dx = x - cx;
+            const double rx = single(dx * turn.c - dyS + cx);
+            const double ry = single(dx * turn.s + dyC + cy);
+            // Tested before the floor, which is the integer part of what is not negative.
+            if (!(rx >= 0 && ry >= 0 && rx < fullRect_.right && ry < fullRect_.bottom))
+                return takeColours(result, Pixel{});
+            const auto ix = static_cast<int32_t>(rx);
+            const auto iy = static_cast<int32_t>(ry);
+            const double fx = single(rx - ix);
+            const double fy = single(ry - iy);
+            const Pixel* above = &bits_.at(ix, iy);
+            const Pixel* below = above + bits_.stride();
+            const auto mixed = [=](uint8_t Pixel::*channel) {
+                const int32_t left =
+                    roundToInteger((1 - fy) * above[0].*channel + fy * below[0].*channel);
+                const int32_t right =
+                    roundToInteger((1 - fy) * above[1].*channel + fy * below[1].*channel);
+                return clampToByte(roundToInteger(left * (1 - fx) + right * fx));
+            };
+            takeColours(result, {mixed(&Pixel::blue), mixed(&Pixel::green), mixed(&Pixel::red), 0});
+        };
+    });
+}
+
+PixelBuffer cBitFilter::GLASS(const std::string& style, int16_t Intensity) {
+    const auto known = [=](int16_t count) { return Intensity >= 0 && Intensity < count; };
+    if (style == "slanting" && known(2)) {
+        return filterSources(Uncovered::leave, [=, this](int32_t, int32_t y) {
+            // The number of a pixel in the whole scan, which may begin far outside the buffer.
+            const int32_t numberOfColumn0 =
+                (y - scanTop_) * (scanRight_ - scanLeft_ + 1) - scanLeft_ + 1;
+            return [=](int32_t x) {
+                const double ripple = std::sin(numberOfColumn0 + x);
+                return Intensity == 0 ? Point{roundToInteger(x - 3 * ripple), y}
+                                      : Point{x, roundToInteger(y - 10 * ripple)};
+            };
+        });
+    }
+    if ((style == "vertical" || style == "horizontal" || style == "squary") && known(3)) {
+        const Ripple ripple = rippleOf(style, Intensity);
+        const bool acrossX = style != "horizontal";
+        const bool acrossY = style != "vertical";
+        const AxisTable columns(maxX_, [=](int32_t x) { return acrossX ? ripple.moved(x) : x; });
+        return filterSources(Uncovered::leave, [=, &columns](int32_t, int32_t y) {
+            const int32_t sy = acrossY ? ripple.moved(y) : y;
+            return [sy, &columns](int32_t x) { return Point{columns[x], sy}; };
+        });
+    }
+    if (style == "curtain" && known(4)) {
+        const AxisTable tangents(maxX_, tangent);
+        return filterSources(Uncovered::leave, [=, &tangents](int32_t, int32_t y) {
+            return [=, &tangents, tanY = std::tan(y)](int32_t x) {
+                switch (Intensity) {
+                    case 0:
+                        return Point{roundToInteger(tanY), y};
+                    case 1:
+                        return Point{roundToInteger(tangents[x]), y};
+                    case 2:
+                        return Point{roundToInteger(tanY * tangents[x]), y};
+                    default:
+                        return Point{x, roundToInteger(tangents[x] + tanY)};
+                }
+            };
+        });
+    }
+    // No source point is ever computed: it stays where no region reaches.
+    constexpr int32_t nowhere = std::numeric_limits<int32_t>::max();
+    return filterSources(Uncovered::leave, [](int32_t, int32_t) {
+        return [](int32_t) { return Point{nowhere, nowhere}; };
+    });
+}
+
+PixelBuffer cBitFilter::LENS(float xRel, float yRel, float dRel, int32_t Factor) {
+    const Point centre{roundToInteger(double{xRel} * maxX_), roundToInteger(double{yRel} * maxY_)};
+    const int32_t R = roundToInteger(double{dRel} * std::max(maxX_, maxY_));
+    const float p = single(R * (150 - Factor) / 150.0);
+    const int32_t R2 = R * R;
+    const float q = single(std::sqrt(R2 - double{p} * double{p}));
+    const int32_t q2 = roundToInteger(double{q} * double{q});
+    return filterSquare(OnFailure::skip, centre, R, [=, this](const RowRun& run) {
+        const int32_t j = run.y - centre.y;
+        const int32_t jp = roundToInteger(j * double{p});
+        for (size_t k = 0; k < run.result.size(); ++k) {
+            const int32_t i = run.x + static_cast<int32_t>(k) - centre.x;
+            if (i * i + j * j >= q2) continue;
+            const int32_t z = roundToInteger(std::sqrt(static_cast<double>(R2 - i * i - j * j)));
+            // z is 0 only in a disc so large that its square wraps, and only where p is 0: the
+            // division fails and the source before stays in use, which then is always the centre.
+            const Point from = z == 0 ? centre
+                                      : Point{quotient(roundToInteger(i * double{p}), z) + centre.x,
+                                              quotient(jp, z) + centre.y};
+            takeColours(run.result[k], bits_.reached(from.x, from.y));
+        }
+    });
+}
+
+PixelBuffer cBitFilter::WAVES(int32_t fFactor, int32_t AFactor, int32_t Start) {
+    const double f = single(fFactor);
+    const double a = single(AFactor * 0.25);
+    const AxisTable rows(maxY_, [=, this](int32_t j) {
+        const double angle = (Start + f * j) * double{radiansOfDegree};
+        return std::min(std::max(roundToInteger(j + a * std::sin(angle)), 0), maxY_);
+    });
+    return filterRows(OnFailure::skip, regionBox(0), [&](const RowRun& run) {
+        const Pixel* source = bits_.row(rows[run.y]) + run.x;
+        for (size_t k = 0; k < run.result.size(); ++k)
+            takeColours(run.result[k], source[k]);
+    });
+}
+
+PixelBuffer cBitFilter::TILE(int32_t Factor) {
+    // By a Factor of 0 the division gives no size, and the smallest one stands in.
+    const auto sizeOf = [=](int32_t last) {
+        return std::max(roundToInteger(static_cast<double>(last) / Factor), 1);
+    };
+    const int32_t tw = sizeOf(maxX_);
+    const int32_t th = sizeOf(maxY_);
+    const float fx = single(static_cast<double>(maxX_) / tw);
+    const float fy = single(static_cast<double>(maxY_) / th);
+    SetScanRect(0);
+    const AxisTable columns(maxX_, [=, this](int32_t x) {
+        const auto inTile = static_cast<int32_t>((int64_t{x} - scanLeft_) % tw);
+        return roundToInteger(inTile * double{fx});
+    });
+    // Tiles cover one line more than the step, of which the next tile leaves nothing.
+    const CellGrid grid{.left = scanLeft_,
+                        .top = scanTop_,
+                        .right = scanRight_,
+                        .bottom = scanBottom_,
+                        .stepX = tw,
+                        .stepY = th,
+                        .width = tw,
+                        .height = th,
+                        .reportFrom = 0,
+                        .reportWhole = maxY_,
+                        .joined = true};
+    return filterCells(OnFailure::skip, grid, [&](PixelBuffer& result, const Rect& tiles) {
+        paintRuns(result, tiles, [&](const RowRun& run) {
+            const Pixel* source = bits_.row(roundToInteger((run.y - tiles.top) * double{fy}));
+            for (size_t k = 0; k < run.result.size(); ++k)
+                takeColours(run.result[k], source[columns[run.x + static_cast<int32_t>(k)]]);
+        });
+    });
+}
+
+PixelBuffer cBitFilter::TileMask(const PixelBuffer& mskBits, int32_t xOffset, int32_t yOffset,
+                                 bool Tiled, int32_t Transparency, int32_t MaskColor) {
+    if (!mskBits.isDimensioned()) throw StatementFailed("a mask without dimensions has no bounds");
+    const Pixel transparent = colourOf(MaskColor);
+    const auto isOpaque = [=](const Pixel& p) {
+        return MaskColor == -1 || p.blue != transparent.blue || p.green != transparent.green ||
+               p.red != transparent.red;
+    };
+    const double T = single(Transparency / 100.0);
+    const double U = single(1 - T);
+    const auto blended = [=](const Pixel& image, const Pixel& mask) {
+        const auto blend = [=](uint8_t a, uint8_t b) { return toByte(a * T + b * U); };
+        return Pixel{blend(image.blue, mask.blue), blend(image.green, mask.green),
+                     blend(image.red, mask.red), 0};
+    };
+    const CellGrid grid{.left = xOffset,
+                        .top = yOffset,
+                        .right = maxX_,
+                        .bottom = maxY_,
+                        .stepX = Tiled ? mskBits.width() : maxX_ - xOffset + 1,
+                        .stepY = Tiled ? mskBits.height() : maxY_ - yOffset + 1,
+                        .width = mskBits.width(),
+                        .height = mskBits.height(),
+                        .reportFrom = yOffset,
+                        .reportWhole = maxY_ - yOffset,
+                        .joined = Tiled};
+    return filterCells(OnFailure::raise, grid, [&](PixelBuffer& result, const Rect& cell) {
+        paintRuns(result, cell, [&](const RowRun& run) {
+            const Pixel* mask = mskBits.row(run.y - cell.top);
+            int32_t a = (run.x - cell.left) % mskBits.width();
+            for (size_t k = 0; k < run.result.size(); ++k) {
+                if (isOpaque(mask[a])) takeColours(run.result[k], blended(run.source[k], mask[a]));
+                if (++a == mskBits.width()) a = 0;
+            }
+        });
+    });
+}
+
+PixelBuffer cBitFilter::Shift(int32_t ColorFrom, int32_t Inc, int32_t Tolerance) {
+    const Pixel from = colourOf(ColorFrom);
+    const double reach = (Tolerance * 127.5) / 100;
+    const int32_t tol = roundToInteger(reach * reach + 1);
+    const auto moved = makeLevels([=](int32_t i) { return clampToByte(i + Inc); });
+    return filterPixels(OnFailure::skip, [=](const Pixel& p) {
+        const int32_t d = squaredDistance(p, from);
+        if (d >= tol) return p;
+        const double w = single(1 - static_cast<double>(d) / tol);
+        const auto faded = [&](uint8_t v) { return toByte(v + (moved[v] - v) * w); };
+        return Pixel{faded(p.blue), faded(p.green), faded(p.red), 0};
+    });
+}
+
+}  // namespace tessarine

@@ -1,0 +1,237 @@
+#include <algorithm>
+#include <cmath>
+#include <new>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "pixels/bit_filter.h"
+#include "pixels/frame.h"
+#include "pixels/numbers.h"
+
+// The members that reshape the image. They stand outside the frame: all but Flip replace the image,
+// and all but BitsBlack and BitsCropMasked do without the region.
+
+namespace tessarine {
+
+namespace {
+
+Rect sizeOf(const PixelBuffer& bits) { return {0, 0, bits.width(), bits.height()}; }
+
+/// The rectangle that two have in common; all 0 where they have none.
+Rect overlap(const Rect& a, const Rect& b) {
+    const Rect both{std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
+                    std::min(a.bottom, b.bottom)};
+    return both.isEmpty() ? Rect{} : both;
+}
+
+/// A share of a source, taken before the image is replaced: the image may be the source itself.
+PixelBuffer keep(const PixelBuffer& srcBits) {
+    if (!srcBits.isDimensioned())
+        throw StatementFailed("a buffer without dimensions has no bounds");
+    return srcBits;
+}
+
+/// Calls `work(at)`, where at(x, y) reads a pixel of the source as unchecked indexing finds it.
+/// Only where `reads` leaves the buffer is that any slower than a plain read.
+template <class Work>
+void withReads(const PixelBuffer& source, const Rect& reads, Work work) {
+    const int64_t margin = PixelBuffer::margin;
+    const bool inBuffer = reads.left >= -margin && reads.top >= -margin &&
+                          reads.right <= source.width() + margin &&
+                          reads.bottom <= source.height() + margin;
+    if (source.isDimensioned() && inBuffer)
+        work([&source](int32_t x, int32_t y) -> const Pixel& { return source.at(x, y); });
+    else
+        work([&source](int32_t x, int32_t y) { return source.reached(x, y); });
+}
+
+/// Where a column or row of a resized picture is taken from: the source's column or row, and the
+/// share of the next one.
+struct Origin {
+    int32_t place = 0;
+    float share = 0;
+};
+
+/// The origins of `count` columns or rows.
+class Origins {
+  public:
+    /// \param count not below 0; for 0 the scale does not matter
+    /// \throws StatementFailed for want of memory
+    Origins(int32_t count, float scale) {
+        try {
+            origins_.reserve(static_cast<size_t>(count));
+        } catch (const std::bad_alloc&) {
+            throw StatementFailed("not enough memory for a picture of this size");
+        }
+        for (int32_t i = 0; i < count; ++i) {
+            // The place goes by the product itself, the share by the single that is kept of it.
+            const double exact = i * double{scale};
+            const double place = std::floor(exact);
+            origins_.push_back(
+                {static_cast<int32_t>(place), single(double{single(exact)} - place)});
+        }
+    }
+
+    const Origin& operator[](int32_t i) const { return origins_[static_cast<size_t>(i)]; }
+    /// The places go up or down all along, so that the ends tell how far they reach.
+    int32_t lowest() const { return std::min(ends().first, ends().second); }
+    int32_t highest() const { return std::max(ends().first, ends().second); }
+
+  private:
+    std::pair<int32_t, int32_t> ends() const {
+        if (origins_.empty()) return {0, 0};
+        return {origins_.front().place, origins_.back().place};
+    }
+
+    std::vector<Origin> origins_;
+};
+
+/// What a resampling reads, given that it takes each place's next neighbour along.
+Rect readsOf(const Origins& columns, const Origins& rows) {
+    return {columns.lowest(), rows.lowest(), columns.highest() + 2, rows.highest() + 2};
+}
+
+/// (1 - share) * first + share * second as a whole number, ties to even.
+int32_t blend(int32_t first, int32_t second, double share) {
+    // Far within 32 bits whatever the share: what roundToInteger looks after cannot happen.
+    return static_cast<int32_t>(std::lrint((1 - share) * first + share * second));
+}
+
+}  // namespace
+
+void cBitFilter::BitsBlack() {
+    paintRuns(bits_, regionBox(0).scan,
+              [](const RowRun& run) { std::fill(run.result.begin(), run.result.end(), Pixel{}); });
+}
+
+void cBitFilter::BitsCrop(const PixelBuffer& srcBits, int32_t X1, int32_t Y1, int32_t X2,
+                          int32_t Y2) {
+    const PixelBuffer source = keep(srcBits);
+    const Rect part = overlap({X1, Y1, X2, Y2}, fullRect_);
+    Bits(PixelBuffer(part.right - part.left, part.bottom - part.top));
+    Pixel* block = bits_.writableBlock();
+    const bool inSource = overlap(part, sizeOf(source)) == part;
+    for (int32_t y = 0; y <= maxY_; ++y) {
+        Pixel* row = block + bits_.offsetOfRow(y);
+        if (inSource)
+            std::copy_n(source.row(part.top + y) + part.left, bits_.width(), row);
+        else
+            for (int32_t x = 0; x <= maxX_; ++x)
+                row[x] = source.reached(int64_t{part.left} + x, int64_t{part.top} + y);
+    }
+    raiseProgress(100);
+}
+
+void cBitFilter::BitsCropMasked(const PixelBuffer& srcBits, int32_t X1, int32_t Y1, int32_t X2,
+                                int32_t Y2) {
+    const PixelBuffer source = keep(srcBits);
+    const Rect part = overlap({X1, Y1, X2, Y2}, sizeOf(source));
+    PixelBuffer cropped(part.right - part.left, part.bottom - part.top);
+    Pixel* block = cropped.writableBlock();
+    for (int32_t y = 0; y < cropped.height(); ++y)
+        std::fill_n(block + cropped.offsetOfRow(y), cropped.width(), Pixel{0, 0, 0, 255});
+    Bits(source);
+    visitRuns(part, [&](std::span<const Pixel> run, int32_t x, int32_t y) {
+        std::copy(run.begin(), run.end(),
+                  block + cropped.offsetOfRow(y - part.top) + (x - part.left));
+    });
+    Bits(cropped);
+    raiseProgress(100);
+}
+
+void cBitFilter::BitsResample(const PixelBuffer& srcBits, int32_t NewWidth, int32_t NewHeight) {
+    const PixelBuffer source = keep(srcBits);
+    Bits(PixelBuffer(NewWidth, NewHeight));
+    if (NewWidth == 0 || NewHeight == 0) throw StatementFailed("no scale leads to a size of 0");
+    const Origins columns(NewWidth, single((source.width() - 1.0) / NewWidth));
+    const Origins rows(NewHeight, single((source.height() - 1.0) / NewHeight));
+    Pixel* block = bits_.writableBlock();
+    withReads(source, readsOf(columns, rows), [&](auto at) {
+        for (int32_t y = 0; y <= maxY_; ++y) {
+            Pixel* row = block + bits_.offsetOfRow(y);
+            const int32_t iy = rows[y].place;
+            const double fy = rows[y].share;
+            for (int32_t x = 0; x <= maxX_; ++x) {
+                const int32_t ix = columns[x].place;
+                const double fx = columns[x].share;
+                const Pixel& upperLeft = at(ix, iy);
+                const Pixel& lowerLeft = at(ix, iy + 1);
+                const Pixel& upperRight = at(ix + 1, iy);
+                const Pixel& lowerRight = at(ix + 1, iy + 1);
+                const auto blended = [&](uint8_t Pixel::*c) {
+                    return clampToByte(blend(blend(upperLeft.*c, lowerLeft.*c, fy),
+                                             blend(upperRight.*c, lowerRight.*c, fy), fx));
+                };
+                row[x] = {blended(&Pixel::blue), blended(&Pixel::green), blended(&Pixel::red), 0};
+            }
+            reportRow(y, OnFailure::raise);
+        }
+    });
+    raiseProgress(100);
+}
+
+void cBitFilter::BitsResize(const PixelBuffer& srcBits, int32_t NewWidth, int32_t NewHeight) {
+    const PixelBuffer source = srcBits;
+    attempt([&] {
+        Bits(PixelBuffer(NewWidth, NewHeight));
+        // A width or height of 0 has no scale, and no column or row that would need one.
+        const Origins columns(NewWidth, single(double(source.width()) / NewWidth));
+        const Origins rows(NewHeight, single(double(source.height()) / NewHeight));
+        Pixel* block = bits_.writableBlock();
+        withReads(source, readsOf(columns, rows), [&](auto at) {
+            for (int32_t y = 0; y <= maxY_; ++y) {
+                Pixel* row = block + bits_.offsetOfRow(y);
+                const int32_t iy = rows[y].place;
+                if (y > 0 && iy == rows[y - 1].place)
+                    std::copy_n(row - bits_.stride(), bits_.width(), row);
+                else
+                    for (int32_t x = 0; x <= maxX_; ++x)
+                        takeColours(row[x], at(columns[x].place, iy));
+                reportRow(y, OnFailure::skip);
+            }
+        });
+    });
+    raiseProgress(100);
+}
+
+void cBitFilter::BitsRotate90(const PixelBuffer& srcBits) {
+    const PixelBuffer source = keep(srcBits);
+    const int32_t lastColumn = maxX_;
+    const int32_t lastRow = maxY_;
+    Bits(PixelBuffer(lastRow + 1, lastColumn + 1));
+    Pixel* block = bits_.writableBlock();
+    withReads(source, {0, 0, lastColumn + 1, lastRow + 1}, [&](auto at) {
+        // A few rows at once: each column of them fills one stretch of a row of the result, and
+        // what was fetched of the rows serves the columns that follow.
+        constexpr int32_t band = 8;
+        for (int32_t top = 0; top <= lastRow; top += band) {
+            const int32_t bottom = std::min(lastRow, top + band - 1);
+            for (int32_t x = 0; x <= lastColumn; ++x) {
+                Pixel* column = block + bits_.offsetOfRow(lastColumn - x);
+                for (int32_t y = top; y <= bottom; ++y)
+                    takeColours(column[y], at(x, y));
+            }
+            for (int32_t y = top; y <= bottom; ++y)
+                report(y, lastRow, OnFailure::raise);
+        }
+    });
+    raiseProgress(100);
+}
+
+PixelBuffer cBitFilter::Flip(bool fH, bool fV) {
+    PixelBuffer result = bits_;
+    const int32_t rows = bits_.isDimensioned() ? bits_.height() : 0;
+    Pixel* block = result.writableBlock();
+    for (int32_t y = 0; y < rows; ++y) {
+        const Pixel* source = bits_.row(fV ? maxY_ - y : y);
+        Pixel* row = block + result.offsetOfRow(y);
+        for (int32_t x = 0; x <= maxX_; ++x)
+            takeColours(row[x], source[fH ? maxX_ - x : x]);
+        reportRow(y, OnFailure::skip);
+    }
+    raiseProgress(100);
+    return result;
+}
+
+}  // namespace tessarine
