@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "filters/colour.h"
 #include "pixels/bit_filter.h"
@@ -12,13 +13,6 @@
 namespace tessarine {
 
 namespace {
-
-/// quotient() for loops over whole rows: doubles hold every 32-bit integer, and no quotient of two
-/// of them comes so near to a whole number that it would round up to it. The divisor is not 0, and
-/// -2147483648 by -1 is not asked for.
-int32_t quotientInRow(int32_t dividend, int32_t divisor) {
-    return static_cast<int32_t>(static_cast<double>(dividend) / divisor);
-}
 
 /// Brings the centre and the eight places around it together, two by two.
 template <class Join>
@@ -36,8 +30,21 @@ constexpr auto larger = [](int32_t a, int32_t b) { return a > b ? a : b; };
     return p(-1, -1) + p(0, -1) + p(1, -1) + p(-1, 0) + p(1, 0) + p(-1, 1) + p(0, 1) + p(1, 1);
 }
 
-/// Three channels beyond the range of bytes.
-struct Levels3 {
+/// A centre set off from its neighbours: (a * centre - b * sum of eight) \ divisor.
+/// A division by 0 is left out, and what stands is the sum of eight.
+auto setOff(int32_t a, int32_t b, int32_t divisor) {
+    if (divisor == 0) {
+        a = 0;
+        b = -1;
+        divisor = 1;
+    }
+    return [=](const ChannelWindow& p) {
+        return clampToByte(quotientInLoop(a * p(0, 0) - b * sumOfEight(p), divisor));
+    };
+}
+
+/// A colour whose channels may leave the range of a byte.
+struct WideColour {
     int32_t blue;
     int32_t green;
     int32_t red;
@@ -46,8 +53,8 @@ struct Levels3 {
 };
 
 /// How far a centre stands out of its eight neighbours, in each channel: 255 where it does not.
-Levels3 edgesAt(const Window& w) {
-    Levels3 sum{};
+WideColour edgesAt(const Window& w) {
+    WideColour sum{};
     for (int32_t dy = -1; dy <= 1; ++dy)
         for (int32_t dx = -1; dx <= 1; ++dx) {
             const Pixel& p = w.at(dx, dy);
@@ -91,10 +98,51 @@ struct Sector {
     return {b.spread < a.spread ? b.mean : a.mean, b.spread < a.spread ? b.spread : a.spread};
 }
 
-/// The calmest of the three sectors that have a centre in a corner other than the upper left one.
+/// The calmest of the sectors to the upper left, the upper right and the lower left of a centre,
+/// which they all contain.
 [[gnu::always_inline]] inline Sector calmestOfThree(const ChannelWindow& p) {
     return calmer(calmer(sectorAt(p, -1, -1), sectorAt(p, 1, -1)), sectorAt(p, -1, 1));
 }
+
+/// A mask of 3 or 5 a side and the same terms for all channels, in numbers of 16 bits.
+template <size_t side>
+struct SmallMask {
+    std::array<int16_t, side * side> weights{};
+    int32_t divisor;
+    int32_t addend;
+
+    SmallMask(const KernelMask& mask, int32_t Weight, int32_t factor)
+        : divisor(Weight), addend(factor) {
+        for (size_t i = 0; i < weights.size(); ++i)
+            weights[i] = static_cast<int16_t>(
+                mask.at(static_cast<int32_t>(i / side), static_cast<int32_t>(i % side)));
+    }
+
+    /// Whether no sum of levels times these weights leaves 16 bits.
+    static bool holds(const KernelMask& mask) {
+        if (mask.side() != static_cast<int32_t>(side)) return false;
+        int64_t largest = 0;
+        for (int32_t row = 0; row < mask.side(); ++row)
+            for (int32_t column = 0; column < mask.side(); ++column)
+                largest += 255 * std::abs(int64_t{mask.at(row, column)});
+        return largest <= 32767;
+    }
+
+    uint8_t operator()(const ChannelWindow& p) const {
+        return at(p, std::make_index_sequence<side * side>());
+    }
+
+  private:
+    template <size_t... i>
+    [[gnu::always_inline]] uint8_t at(const ChannelWindow& p, std::index_sequence<i...>) const {
+        constexpr auto h = static_cast<int32_t>(side / 2);
+        int16_t sum = 0;
+        ((sum = static_cast<int16_t>(sum + weights[i] * p(static_cast<int32_t>(i % side) - h,
+                                                          static_cast<int32_t>(i / side) - h))),
+         ...);
+        return clampToByte(quotientInLoop(sum, divisor) + addend);
+    }
+};
 
 }  // namespace
 
@@ -112,9 +160,18 @@ PixelBuffer cBitFilter::MaskFilter(const KernelMask& mskBits, int32_t Weight, in
                      std::min(box.right, maxX_ - n + h + 1),
                      std::min(box.bottom, maxY_ - n + h + 1)};
     }
+    // The common masks: channels alike, and narrow sums, of which many are worked on at once.
+    if (Weight != 0 && rFactor == gFactor && gFactor == bFactor) {
+        if (SmallMask<3>::holds(mskBits))
+            return filterChannels(OnFailure::raise, walk, Stencil{1}, Channels::blueGreenRed,
+                                  SmallMask<3>(mskBits, Weight, bFactor));
+        if (SmallMask<5>::holds(mskBits))
+            return filterChannels(OnFailure::raise, walk, Stencil{2}, Channels::blueGreenRed,
+                                  SmallMask<5>(mskBits, Weight, bFactor));
+    }
     // A side of even length has its centre up and left of the middle.
     return filterWindows(OnFailure::raise, walk, Stencil{n - h}, [&](const Window& w, Pixel& p) {
-        Levels3 sum{};
+        WideColour sum{};
         for (int32_t j = 0; j <= n; ++j)
             for (int32_t i = 0; i <= n; ++i) {
                 const Pixel& place = w.at(i - h, j - h);
@@ -136,51 +193,35 @@ PixelBuffer cBitFilter::Blurs(int32_t Factor) {
 }
 
 PixelBuffer cBitFilter::SOFTEN(int32_t Factor) {
+    const auto filter = [this](auto change) {
+        return filterChannels(OnFailure::skip, regionBox(1), Stencil{}, Channels::blueGreenRed,
+                              change);
+    };
     const int32_t w = 101 - Factor;
     const int32_t divisor = w + 4;
     // Without a divisor each pixel gets the value of the one before, from 0 on.
-    if (divisor == 0)
-        return filterChannels(OnFailure::skip, regionBox(1), Stencil{}, Channels::blueGreenRed,
-                              [](const ChannelWindow&) { return uint8_t{0}; });
-    return filterChannels(OnFailure::skip, regionBox(1), Stencil{}, Channels::blueGreenRed,
-                          [=](const ChannelWindow& p) {
-                              const int32_t sum =
-                                  w * p(0, 0) + p(-1, 0) + p(0, -1) + p(0, 1) + p(1, 0);
-                              return lowByte(quotientInRow(sum, divisor));
-                          });
+    if (divisor == 0) return filter([](const ChannelWindow&) { return uint8_t{0}; });
+    return filter([=](const ChannelWindow& p) {
+        const int32_t sum = w * p(0, 0) + p(-1, 0) + p(0, -1) + p(0, 1) + p(1, 0);
+        return lowByte(quotientInLoop(sum, divisor));
+    });
 }
 
 PixelBuffer cBitFilter::SHARPEN(int32_t Factor) {
-    const int32_t a = 124 - Factor;
-    const int32_t b = 108 - Factor;
-    if (b == 0)
-        return filterChannels(OnFailure::skip, regionBox(1), Stencil{}, Channels::blueGreenRed,
-                              [](const ChannelWindow& p) { return clampToByte(sumOfEight(p)); });
     return filterChannels(OnFailure::skip, regionBox(1), Stencil{}, Channels::blueGreenRed,
-                          [=](const ChannelWindow& p) {
-                              const int32_t level = a * p(0, 0) - 2 * sumOfEight(p);
-                              return clampToByte(quotientInRow(level, b));
-                          });
+                          setOff(124 - Factor, 2, 108 - Factor));
 }
 
 PixelBuffer cBitFilter::EDGEENHANCE(int32_t Factor) {
-    const int32_t a = Factor + 9;
-    const int32_t b = Factor + 1;
-    if (b == 0)
-        return filterChannels(OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
-                              [](const ChannelWindow& p) { return clampToByte(sumOfEight(p)); });
     return filterChannels(OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
-                          [=](const ChannelWindow& p) {
-                              const int32_t level = a * p(0, 0) - sumOfEight(p);
-                              return clampToByte(quotientInRow(level, b));
-                          });
+                          setOff(Factor + 9, 1, Factor + 1));
 }
 
 PixelBuffer cBitFilter::CONTOUR(int32_t Factor, int32_t BackColor) {
     const Pixel back = colourOf(BackColor);
     return filterWindows(
         OnFailure::raise, regionBox(0), Stencil{}, [=](const Window& w, Pixel& result) {
-            const Levels3 e = edgesAt(w);
+            const WideColour e = edgesAt(w);
             const Pixel edge{clampToByte(e.blue), clampToByte(e.green), clampToByte(e.red), 0};
             takeColours(result, brightness(edge) >= Factor ? back : edge);
         });
@@ -199,23 +240,22 @@ PixelBuffer cBitFilter::SKETCH(int32_t Factor, bool BW, int32_t BackColor) {
 // Departs from the frame in the last column and row, which repeat what has been written beside
 // and above them.
 PixelBuffer cBitFilter::plate(float slope) {
-    std::array<int32_t, 511> heights{};  // of the differences from -255 on
+    std::array<int32_t, 511> heights{};  // of the differences from -255 to 255
+    int32_t* const level = heights.data() + 255;
     for (int32_t d = -255; d <= 255; ++d)
-        heights[static_cast<size_t>(d + 255)] = roundToInteger(std::abs(d * double{slope} + 128));
-    const auto height = [&heights](int32_t from, int32_t to) {
-        return heights[static_cast<size_t>(from - to + 255)];
-    };
+        level[d] = roundToInteger(std::abs(d * double{slope} + 128));
+    const auto height = [level](int32_t from, int32_t to) { return level[from - to]; };
     PixelBuffer result =
         filterWindows(OnFailure::skip, regionBox(0), Stencil{}, [&](const Window& w, Pixel& p) {
             const Pixel& from = w.at(0, 0);
             const Pixel& to = w.at(1, 1);
             const int32_t sum = height(from.blue, to.blue) + height(from.green, to.green) +
                                 height(from.red, to.red);
-            const uint8_t level = clampToByte(sum / 3);
-            p = {level, level, level, p.fourth};
+            const uint8_t mean = clampToByte(sum / 3);
+            p = {mean, mean, mean, p.fourth};
         });
-    const auto repeat = [&result](ptrdiff_t distance) {
-        return [&result, distance](const RowRun& run) {
+    const auto repeat = [](ptrdiff_t distance) {
+        return [distance](const RowRun& run) {
             for (Pixel& p : run.result)
                 takeColours(p, *(&p - distance));
         };

@@ -159,11 +159,14 @@ PixelBuffer cBitFilter::filterChannels(OnFailure mode, const Walk& walk, const S
     const size_t kept = channels == Channels::blueGreenRed ? 3 : 0;
     const auto bytesOf = [](const Pixel* pixel) { return reinterpret_cast<const uint8_t*>(pixel); };
     // All four bytes alike, so that the loop has no steps in it, and one place that calls `change`,
-    // so that it becomes part of the loop: only then does it turn into vector code.
-    const auto compute = [&change](const uint8_t* __restrict source, uint8_t* __restrict result, size_t bytes,
-                                   ptrdiff_t column, ptrdiff_t row) __attribute__((noinline)) {
+    // by a copy out of the result's reach, so that it becomes part of the loop: only then does it
+    // turn into vector code.
+    const auto compute = [&change](const uint8_t* __restrict source, uint8_t* __restrict result,
+                                   size_t bytes, ptrdiff_t column, ptrdiff_t row)
+        __attribute__((noinline)) {
+        const Change own = change;
         for (size_t k = 0; k < bytes; ++k)
-            result[k] = change(ChannelWindow(source + k, column, row));
+            result[k] = own(ChannelWindow(source + k, column, row));
     };
     return filterRows(mode, walk, [&](const RowRun& run) {
         const size_t count = run.source.size();

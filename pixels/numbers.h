@@ -39,6 +39,13 @@ inline int32_t quotient(int32_t dividend, int32_t divisor) {
     return divisor == -1 ? -dividend : dividend / divisor;
 }
 
+/// quotient() by way of doubles, for loops over many numbers, which becomes vector code. Doubles
+/// hold every 32-bit integer, and no quotient of two of them is so near to a whole number that it
+/// would round up to it. The divisor is not 0, and -2147483648 by -1 is not asked for.
+inline int32_t quotientInLoop(int32_t dividend, int32_t divisor) {
+    return static_cast<int32_t>(static_cast<double>(dividend) / divisor);
+}
+
 /// Limits an integer to the range of a byte.
 inline uint8_t clampToByte(int32_t value) {
     return static_cast<uint8_t>(std::clamp(value, 0, 255));
