@@ -57,7 +57,8 @@ std::vector<FunctionDef> adjustmentFunctions() {
                  return b.workBits;
              },
          .sentence = "Gives each picture of a run another size in pixels, if wanted with its own "
-                     "proportions and smoothed; the preview keeps its size.",
+                     "proportions, which follow the width alone, and smoothed; the preview keeps "
+                     "its size.",
          .example = "Width=120"},
         {.id = 31,
          .name = "Rotate",

@@ -30,7 +30,8 @@ std::vector<FunctionDef> colorFunctions() {
          .name = "Blue",
          .header = "[Blue]",
          .call = [](cBatch& b, CallSite) { return b.cFilter.ClassyColors(0); },
-         .sentence = "Recombines the channels into cold tones of blue and green."},
+         .sentence = "Gives red the values of green and green the mean of both, and takes a part "
+                     "off blue: all of it where there is no green."},
         {.id = 48,
          .name = "Green",
          .header = "[Green]",
@@ -98,15 +99,13 @@ std::vector<FunctionDef> colorFunctions() {
          .name = "Retro",
          .header = "[Retro]",
          .call = [](cBatch& b, CallSite) { return b.cFilter.ClassyColors(7); },
-         .sentence =
-             "Exchanges the channels and draws a part of the blue and red off them, for the "
-             "look of a faded print."},
+         .sentence = "Gives red the values of blue, green those of red and blue those of green, "
+                     "each less a part of the blue and red."},
         {.id = 53,
          .name = "Orange",
          .header = "[Orange]",
          .call = [](cBatch& b, CallSite) { return b.cFilter.ClassyColors(10); },
-         .sentence = "Keeps red and halves the others: green becomes half of red and blue half of "
-                     "green."},
+         .sentence = "Keeps red; green becomes half of red, and blue half of green."},
         {.id = 52,
          .name = "Old Photo",
          .header = "[Old Photo]",
@@ -188,7 +187,8 @@ std::vector<FunctionDef> colorFunctions() {
          .name = "Spotted",
          .header = "[Spotted]",
          .call = [](cBatch& b, CallSite) { return b.cFilter.ClassyColors(6); },
-         .sentence = "Mixes each channel from parts of two others."},
+         .sentence = "Mixes the channels anew: red from green and blue, green from red and green, "
+                     "blue from red and blue."},
         {.id = 64,
          .name = "Thermique",
          .header = "[Thermique]",

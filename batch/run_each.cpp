@@ -29,8 +29,8 @@ std::string aboutOutput(std::string message, const std::string& draft, const std
 /// due and none can fail, and its random numbers hang on the number alone; those of picture 1 are
 /// a new program's.
 cBitFilter engineFor(int32_t number) {
-    // Draws from one picture's start to the next: odd, so that the starts repeat after 2^24
-    // pictures only, and far from any whole part of that.
+    // Draws from one picture's start to the next. Being odd, it leads to all 2^24 states before one
+    // comes again; being large, it keeps pictures that follow each other apart.
     constexpr uint64_t drawsApart = 10368889;
     cBitFilter engine;
     engine.timeGetTime = [] { return 0U; };

@@ -257,8 +257,8 @@ class cBitFilter {
 
     /// Takes each pixel from a random place up to half of each factor away. (skips)
     PixelBuffer DIFFUSE(int32_t wFactor, int32_t hFactor);
-    /// Soft dots in cells of 2 * Radius pixels, in their mean colour. Intensity is in percent
-    /// above 100.
+    /// Soft dots in cells of 2 * Radius pixels, in their mean colour. A dot fades out at the
+    /// distance sqrt(Radius * (Radius + Definition)); Intensity is in percent above 100.
     /// \throws StatementFailed for a Radius of 0, or where a dot's colour leaves a byte's range
     PixelBuffer HALFTONE(int32_t Radius, int32_t Definition, int32_t Intensity);
     /// Blocks of PixSize pixels in their mean colour. (skips)
@@ -267,7 +267,8 @@ class cBitFilter {
     PixelBuffer NOISE(int32_t Factor, bool Equalized);
     /// Takes Factor levels off every second row. (skips)
     PixelBuffer Scanlines(int32_t Factor);
-    /// Lines of one colour, Opacity 0 to 255. (skips)
+    /// Lines of one colour, Opacity 0 to 255: vertical ones HStep pixels apart, horizontal ones
+    /// VStep, and with ForceMargins along the last row and column too. (skips)
     /// \throws StatementFailed for a step of 0
     PixelBuffer Grid(int32_t HStep, int32_t VStep, bool ForceMargins, int32_t Color,
                      int32_t Opacity);

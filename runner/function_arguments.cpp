@@ -289,6 +289,9 @@ void applyArgument(cBatch& batch, const std::string& argument, RunWideInputs& ru
     if (colon != std::string::npos) all = assignmentsOf(*function, argument.substr(colon + 1));
     for (const Assignment& given : all)
         runWide.check(given);
+    if ((function->panel == Panel::FrmGlass || function->panel == Panel::FrmCurtain) &&
+        all.size() > 1)
+        refuse(fmt::format("{}: one style excludes the others; expected one", function->name));
 
     batch.SelectNode(function->treeIndex);
     // The point first: picking it sets the first colour, which an input may set otherwise.
@@ -349,8 +352,12 @@ std::vector<FunctionInput> inputsOf(const FunctionDef& function) {
         if (hasSwatch(function, k))
             inputs.push_back({fmt::format("Color{}", k), "RRGGBB", k == 0 ? "" : "C00000"});
     if (function.picksPoint) {
-        inputs.push_back({"X", "0 to 199", "0"});
-        inputs.push_back({"Y", "0 to 173", "0"});
+        // With a swatch the point does nothing but choose its colour.
+        const bool choosesColour = function.swatches != Swatches::none;
+        const char* use = choosesColour ? ", where Color0 is taken from" : "";
+        const char* initial = choosesColour ? "" : "0";
+        inputs.push_back({"X", fmt::format("0 to 199{}", use), initial});
+        inputs.push_back({"Y", fmt::format("0 to 173{}", use), initial});
     }
     switch (function.panel) {
         case Panel::frBanks:
@@ -371,7 +378,8 @@ std::vector<FunctionInput> inputsOf(const FunctionDef& function) {
             break;
         case Panel::FrResize:
             inputs.push_back({"Width", fmt::format("1 to {}", largestSide), "100"});
-            inputs.push_back({"Height", fmt::format("1 to {}", largestSide), "100"});
+            inputs.push_back(
+                {"Height", fmt::format("1 to {}, with Keep proportions off", largestSide), "100"});
             inputs.push_back({"Keep proportions", "on or off", "on"});
             inputs.push_back({"Anti-Alias", "on or off", "on"});
             break;

@@ -24,6 +24,8 @@ TEST_F(Runner, AWrongCommandLineIsRefusedWithStatus2) {
     expectRefused(runTo({"--apply", "Isolate:Color0=12345", a}), 2, {"12345", "RRGGBB"});
     expectRefused(runTo({"--apply", "Lens:X=200", a}), 2, {"200", "0 to 199"});
     expectRefused(runTo({"--apply", "Sketch:B/W=perhaps", a}), 2, {"perhaps", "on or off"});
+    expectRefused(runTo({"--apply", "Glass:Vertical=Tight,Squary=Light", a}), 2, {"Glass", "one"});
+    expectRefused(runTo({"--apply", "Curtain:Vertical=on,Classy=on", a}), 2, {"Curtain", "one"});
     expectRefused(runTo({"--degrees", "181", a}), 2, {"181"});
     expectRefused(runTo({"--invert", "rx", a}), 2, {"rx", "rgb"});
     expectRefused(run({"--to", out, "--format", "webp", a}), 2, {"webp", "--list-formats"});
