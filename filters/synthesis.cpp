@@ -366,18 +366,7 @@ PixelBuffer cBitFilter::Texturize(const PixelBuffer& mskBits) {
 // errors go on from pixel to pixel and from row to row, so that rows are worked on in their order.
 PixelBuffer cBitFilter::StuckiBW(int32_t PalWeight) {
     const std::array<Shares, 511> shares = makeShares();
-    const auto ofRow = [](std::span<const Pixel> row) {
-        int32_t sum = 0;
-        for (const Pixel& p : row)
-            sum += brightness(p);
-        return sum;
-    };
-    const int32_t sum =
-        sumRows(int32_t{0}, ofRow, [this](int32_t y) { reportRow(y, OnFailure::skip); });
-    raiseProgress(100);
-    const int32_t count = BitsWidth() * BitsHeight();
-    const int32_t threshold = count == 0 ? 0 : quotient(sum, count);
-
+    const int32_t threshold = reportedMean();
     PendingErrors errors(maxX_, maxY_);
     return filterRows(OnFailure::skip, regionBox(0), [&](const RowRun& run) {
         errors.moveTo(run.y);

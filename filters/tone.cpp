@@ -80,19 +80,7 @@ PixelBuffer cBitFilter::BRIGHTNESS(int32_t Factor) {
 
 // Departs from the frame: the mean is taken in a pass of its own, which reports like a filter.
 PixelBuffer cBitFilter::Contrast(int32_t Factor) {
-    const auto ofRow = [](std::span<const Pixel> row) {
-        int32_t sum = 0;
-        for (const Pixel& p : row)
-            sum += brightness(p);
-        return sum;
-    };
-    // The sum is a 32-bit integer like all others and wraps on very large bright pictures.
-    const int32_t sum =
-        sumRows(int32_t{0}, ofRow, [this](int32_t y) { reportRow(y, OnFailure::skip); });
-    raiseProgress(100);
-    const int32_t count = BitsWidth() * BitsHeight();
-    const int32_t mean = count == 0 ? 0 : quotient(sum, count);
-
+    const int32_t mean = reportedMean();
     const float c = percentFactor(Factor);
     std::array<int32_t, 256> spread{};
     for (int32_t i = 0; i < 256; ++i)

@@ -28,6 +28,14 @@ struct Smallest {
     }
 };
 
+/// A 32-bit integer like all sums, which wraps.
+int32_t sumOfBrightness(std::span<const Pixel> row) {
+    int32_t sum = 0;
+    for (const Pixel& p : row)
+        sum += brightness(p);
+    return sum;
+}
+
 }  // namespace
 
 uint32_t systemClock() {
@@ -69,13 +77,7 @@ int32_t cBitFilter::GetLMin() const {
 int32_t cBitFilter::GetLMed() const {
     const int32_t count = BitsWidth() * BitsHeight();
     if (!bits_.isDimensioned() || count == 0) throw StatementFailed("an empty image has no mean");
-    const auto ofRow = [](std::span<const Pixel> row) {
-        int32_t sum = 0;
-        for (const Pixel& p : row)
-            sum += brightness(p);
-        return sum;
-    };
-    return quotient(sumRows(int32_t{0}, ofRow), count);
+    return quotient(sumRows(int32_t{0}, sumOfBrightness), count);
 }
 
 float cBitFilter::GetAngle(int32_t dX, int32_t dY) {
@@ -165,6 +167,14 @@ void SurroundingsCopy::take(int32_t x, int32_t y) {
     for (int64_t dy = -reach; dy <= reach; ++dy)
         for (int64_t dx = -reach; dx <= reach; ++dx)
             places_.push_back(bits_.reached(x + dx * stencil_.spacing, y + dy * stencil_.spacing));
+}
+
+int32_t cBitFilter::reportedMean() {
+    const int32_t sum =
+        sumRows(int32_t{0}, sumOfBrightness, [this](int32_t y) { reportRow(y, OnFailure::skip); });
+    raiseProgress(100);
+    const int32_t count = BitsWidth() * BitsHeight();
+    return count == 0 ? 0 : quotient(sum, count);
 }
 
 bool cBitFilter::isReportDue() {

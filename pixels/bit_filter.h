@@ -374,6 +374,10 @@ class cBitFilter {
     template <class OverFive>
     PixelBuffer rankFilter(int32_t fltType, OverFive overFive);
 
+    /// Mean of (B + G + R) \ 3 over the whole image, in a pass that reports like a filter's own and
+    /// in which the sum wraps; 0 for an empty image.
+    int32_t reportedMean();
+
     // What the helpers are made of, for members that depart from them too.
 
     /// `visit(source, x, y)` for the region's pixels inside `rect`, in runs of one row.
