@@ -40,6 +40,7 @@ void cBatch::ApplyRotate() {
     const int32_t H = iSrc.height();
     const int32_t newW = roundToInteger(W * c + H * s);
     const int32_t newH = roundToInteger(W * s + H * c);
+    // The sum wraps: a picture whose diagonal is longer than 46340 pixels can't be turned.
     const int32_t D = roundToInteger(std::sqrt(static_cast<double>(W * W + H * H)));
 
     const PixelBuffer picture = workBits;

@@ -1,7 +1,9 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "filters/colour.h"
@@ -9,12 +11,15 @@
 #include "pixels/bit_filter.h"
 #include "pixels/frame.h"
 #include "pixels/numbers.h"
+#include "pixels/reserved.h"
 
 // Deformations: each pixel is taken from a computed source point. And Shift, which moves colours.
 //
 // A division of floats by zero is no failure: it gives an infinity or no number, and both round to
 // the lowest integer, which is far outside every picture. So no pixel has a source in FOLD on a
 // picture of one row or one column, nor in TWIRL on one of at most two columns but for the centre.
+// A region that reaches out to the lowest coordinate contains that point all the same; what it
+// gives is what any read beyond the buffer gives, black.
 
 namespace tessarine {
 
@@ -27,16 +32,19 @@ template <class Value>
 class AxisTable {
   public:
     /// \param last the highest x inside the margin
+    /// \throws StatementFailed for want of memory
     template <class Of>
-    AxisTable(int32_t last, Of of) {
-        for (int32_t v = -PixelBuffer::margin; v <= last + PixelBuffer::margin; ++v)
+    AxisTable(int32_t last, Of of) : values_(reserved<Value>(int64_t{last} + 1 + 2 * margin)) {
+        for (int32_t v = -margin; v <= last + margin; ++v)
             values_.push_back(of(v));
     }
     Value operator[](int32_t v) const {
-        return values_[static_cast<size_t>(ptrdiff_t{v} + PixelBuffer::margin)];
+        return values_[static_cast<size_t>(ptrdiff_t{v} + margin)];
     }
 
   private:
+    static constexpr int32_t margin = PixelBuffer::margin;
+
     std::vector<Value> values_;
 };
 
@@ -77,6 +85,62 @@ Ripple rippleOf(const std::string& style, int16_t Intensity) {
     if (Intensity == 0) return {2, tangent};
     if (Intensity == 1) return {style == "squary" ? -5.0 : -3.0, sine};
     return {-10, cosine};
+}
+
+// The styles of GLASS: each gives the function that gives a row's source points.
+
+/// "slanting", which goes by the number of a pixel in the whole scan.
+/// \param left, top where the scan begins, which may be far outside the buffer
+/// \param width pixels of the scan in a row
+auto slanting(int32_t left, int32_t top, int32_t width, int16_t Intensity) {
+    return [=](int32_t, int32_t y) {
+        return [=, numberOfColumn0 = (y - top) * width - left + 1](int32_t x) {
+            const double ripple = std::sin(numberOfColumn0 + x);
+            return Intensity == 0 ? Point{roundToInteger(x - 3 * ripple), y}
+                                  : Point{x, roundToInteger(y - 10 * ripple)};
+        };
+    };
+}
+
+/// "vertical", "horizontal" and "squary", which displace columns, rows or both.
+/// \param maxX the last column of the picture
+auto rippled(int32_t maxX, const std::string& style, int16_t Intensity) {
+    const Ripple ripple = rippleOf(style, Intensity);
+    const bool acrossX = style != "horizontal";
+    const bool acrossY = style != "vertical";
+    AxisTable columns(maxX, [=](int32_t x) { return acrossX ? ripple.moved(x) : x; });
+    return [=, columns = std::move(columns)](int32_t, int32_t y) {
+        const int32_t sy = acrossY ? ripple.moved(y) : y;
+        return [sy, &columns](int32_t x) { return Point{columns[x], sy}; };
+    };
+}
+
+/// "curtain", whose source points do not go out from the pixel's own place.
+/// \param maxX the last column of the picture
+auto curtain(int32_t maxX, int16_t Intensity) {
+    return [Intensity, tangents = AxisTable(maxX, tangent)](int32_t, int32_t y) {
+        const double tanY = std::tan(y);
+        return [=, &tangents, column = roundToInteger(tanY)](int32_t x) {
+            if (Intensity == 0) return Point{column, y};
+            if (Intensity == 1) return Point{roundToInteger(tangents[x]), y};
+            if (Intensity == 2) return Point{roundToInteger(tanY * tangents[x]), y};
+            return Point{x, roundToInteger(tangents[x] + tanY)};
+        };
+    };
+}
+
+/// The source of the pixel that lies (i, j) from the centre of a lens.
+/// \param p the height of the lens, a part of a ball, at its rim
+/// \param R2 the square of its radius
+Point sourceInLens(const Point& centre, int32_t i, int32_t j, double p, int32_t R2) {
+    const int32_t z = roundToInteger(std::sqrt(static_cast<double>(R2 - i * i - j * j)));
+    // z is 0 only in a disc so large that its square wraps, and only where p is 0 or nearly so. The
+    // division fails, and the source of the pixel before would stay in use. By a p of 0 that is the
+    // centre. Only a product that wraps makes p nearly 0: there the earlier source is not looked
+    // after, so that no pixel hangs on another, and the centre stands in.
+    if (z == 0) return centre;
+    return {quotient(roundToInteger(i * p), z) + centre.x,
+            quotient(roundToInteger(j * p), z) + centre.y};
 }
 
 }  // namespace
@@ -193,49 +257,18 @@ PixelBuffer cBitFilter::RotateSmooth(int32_t Degrees) {
 }
 
 PixelBuffer cBitFilter::GLASS(const std::string& style, int16_t Intensity) {
+    constexpr auto leave = Uncovered::leave;
     const auto known = [=](int16_t count) { return Intensity >= 0 && Intensity < count; };
-    if (style == "slanting" && known(2)) {
-        return filterSources(Uncovered::leave, [=, this](int32_t, int32_t y) {
-            // The number of a pixel in the whole scan, which may begin far outside the buffer.
-            const int32_t numberOfColumn0 =
-                (y - scanTop_) * (scanRight_ - scanLeft_ + 1) - scanLeft_ + 1;
-            return [=](int32_t x) {
-                const double ripple = std::sin(numberOfColumn0 + x);
-                return Intensity == 0 ? Point{roundToInteger(x - 3 * ripple), y}
-                                      : Point{x, roundToInteger(y - 10 * ripple)};
-            };
-        });
-    }
-    if ((style == "vertical" || style == "horizontal" || style == "squary") && known(3)) {
-        const Ripple ripple = rippleOf(style, Intensity);
-        const bool acrossX = style != "horizontal";
-        const bool acrossY = style != "vertical";
-        const AxisTable columns(maxX_, [=](int32_t x) { return acrossX ? ripple.moved(x) : x; });
-        return filterSources(Uncovered::leave, [=, &columns](int32_t, int32_t y) {
-            const int32_t sy = acrossY ? ripple.moved(y) : y;
-            return [sy, &columns](int32_t x) { return Point{columns[x], sy}; };
-        });
-    }
-    if (style == "curtain" && known(4)) {
-        const AxisTable tangents(maxX_, tangent);
-        return filterSources(Uncovered::leave, [=, &tangents](int32_t, int32_t y) {
-            return [=, &tangents, tanY = std::tan(y)](int32_t x) {
-                switch (Intensity) {
-                    case 0:
-                        return Point{roundToInteger(tanY), y};
-                    case 1:
-                        return Point{roundToInteger(tangents[x]), y};
-                    case 2:
-                        return Point{roundToInteger(tanY * tangents[x]), y};
-                    default:
-                        return Point{x, roundToInteger(tangents[x] + tanY)};
-                }
-            };
-        });
-    }
+    SetScanRect(0);
+    const int32_t width = scanRight_ - scanLeft_ + 1;
+    if (style == "slanting" && known(2))
+        return filterSources(leave, slanting(scanLeft_, scanTop_, width, Intensity));
+    if ((style == "vertical" || style == "horizontal" || style == "squary") && known(3))
+        return filterSources(leave, rippled(maxX_, style, Intensity));
+    if (style == "curtain" && known(4)) return filterSources(leave, curtain(maxX_, Intensity));
     // No source point is ever computed: it stays where no region reaches.
     constexpr int32_t nowhere = std::numeric_limits<int32_t>::max();
-    return filterSources(Uncovered::leave, [](int32_t, int32_t) {
+    return filterSources(leave, [](int32_t, int32_t) {
         return [](int32_t) { return Point{nowhere, nowhere}; };
     });
 }
@@ -249,16 +282,10 @@ PixelBuffer cBitFilter::LENS(float xRel, float yRel, float dRel, int32_t Factor)
     const int32_t q2 = roundToInteger(double{q} * double{q});
     return filterSquare(OnFailure::skip, centre, R, [=, this](const RowRun& run) {
         const int32_t j = run.y - centre.y;
-        const int32_t jp = roundToInteger(j * double{p});
         for (size_t k = 0; k < run.result.size(); ++k) {
             const int32_t i = run.x + static_cast<int32_t>(k) - centre.x;
             if (i * i + j * j >= q2) continue;
-            const int32_t z = roundToInteger(std::sqrt(static_cast<double>(R2 - i * i - j * j)));
-            // z is 0 only in a disc so large that its square wraps, and only where p is 0: the
-            // division fails and the source before stays in use, which then is always the centre.
-            const Point from = z == 0 ? centre
-                                      : Point{quotient(roundToInteger(i * double{p}), z) + centre.x,
-                                              quotient(jp, z) + centre.y};
+            const Point from = sourceInLens(centre, i, j, double{p}, R2);
             takeColours(run.result[k], bits_.reached(from.x, from.y));
         }
     });
@@ -279,7 +306,8 @@ PixelBuffer cBitFilter::WAVES(int32_t fFactor, int32_t AFactor, int32_t Start) {
 }
 
 PixelBuffer cBitFilter::TILE(int32_t Factor) {
-    // By a Factor of 0 the division gives no size, and the smallest one stands in.
+    // By a Factor of 0 the quotient is an infinity, or no number where `last` is 0 too. Either
+    // rounds to the lowest integer, and like every size below 1 that is raised to 1.
     const auto sizeOf = [=](int32_t last) {
         return std::max(roundToInteger(static_cast<double>(last) / Factor), 1);
     };
@@ -292,7 +320,8 @@ PixelBuffer cBitFilter::TILE(int32_t Factor) {
         const auto inTile = static_cast<int32_t>((int64_t{x} - scanLeft_) % tw);
         return roundToInteger(inTile * double{fx});
     });
-    // Tiles cover one line more than the step, of which the next tile leaves nothing.
+    // Tiles cover one line more than the step. The next tile leaves nothing of it, and after the
+    // last tile that line lies outside the region's box.
     const CellGrid grid{.left = scanLeft_,
                         .top = scanTop_,
                         .right = scanRight_,

@@ -90,7 +90,8 @@ class cBitFilter {
     /// Fills the region's box, corners included, with one colour. Raises no Progress.
     PixelBuffer NewDoc(uint8_t R, uint8_t G, uint8_t b);
 
-    // Geometry: all but Flip replace the image, whose size follows; the region stays as it is.
+    // Geometry: BitsBlack changes the image in place, the other Bits members replace it and its
+    // size, and Flip gives a new picture as filters do; the region stays as it is.
     // `srcBits` is the picture to start from, commonly the image itself; one without dimensions
     // fails, except in BitsResize, which takes it for black. Defined in pixels/geometry.cpp.
 
@@ -103,9 +104,8 @@ class cBitFilter {
     /// the fourth channel.
     void BitsCropMasked(const PixelBuffer& srcBits, int32_t X1, int32_t Y1, int32_t X2, int32_t Y2);
     /// Another size by bilinear interpolation, the fourth channel 0.
-    /// \throws StatementFailed for a negative size or for want of memory; for a width or height of
-    /// 0
-    ///         too, which leaves an empty image of that size
+    /// \throws StatementFailed for a negative size or for want of memory, and for a width or height
+    ///         of 0, which leaves an empty image of that size
     void BitsResample(const PixelBuffer& srcBits, int32_t NewWidth, int32_t NewHeight);
     /// Another size by the nearest pixel, the fourth channel 0. A width or height of 0 gives an
     /// empty image of that size; one that is negative or too large for the memory leaves the image

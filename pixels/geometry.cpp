@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cmath>
-#include <new>
 #include <span>
 #include <utility>
 #include <vector>
@@ -8,9 +7,14 @@
 #include "pixels/bit_filter.h"
 #include "pixels/frame.h"
 #include "pixels/numbers.h"
+#include "pixels/reserved.h"
 
-// The members that reshape the image. They stand outside the frame: all but Flip replace the image,
-// and all but BitsBlack and BitsCropMasked do without the region.
+// The members that reshape the image. They stand outside the frame: BitsBlack changes the image in
+// place, Flip gives a new picture and the others replace the image; and all but BitsBlack and
+// BitsCropMasked do without the region.
+//
+// Size is always derived from the buffer: with a new buffer the new size stands at once, also where
+// a statement fails or a row is reported thereafter.
 
 namespace tessarine {
 
@@ -25,7 +29,9 @@ Rect overlap(const Rect& a, const Rect& b) {
     return both.isEmpty() ? Rect{} : both;
 }
 
-/// A share of a source, taken before the image is replaced: the image may be the source itself.
+/// A copy of a source that shares its memory, taken before the image is replaced: the image may be
+/// the source itself.
+/// \throws StatementFailed for a source without dimensions
 PixelBuffer keep(const PixelBuffer& srcBits) {
     if (!srcBits.isDimensioned())
         throw StatementFailed("a buffer without dimensions has no bounds");
@@ -47,25 +53,21 @@ void withReads(const PixelBuffer& source, const Rect& reads, Work work) {
 }
 
 /// Where a column or row of a resized picture is taken from: the source's column or row, and the
-/// share of the next one.
+/// fraction by which it goes on towards the next one.
 struct Origin {
     int32_t place = 0;
-    float share = 0;
+    float fraction = 0;
 };
 
 /// The origins of `count` columns or rows.
 class Origins {
   public:
+    Origins() = default;
     /// \param count not below 0; for 0 the scale does not matter
     /// \throws StatementFailed for want of memory
-    Origins(int32_t count, float scale) {
-        try {
-            origins_.reserve(static_cast<size_t>(count));
-        } catch (const std::bad_alloc&) {
-            throw StatementFailed("not enough memory for a picture of this size");
-        }
+    Origins(int32_t count, float scale) : origins_(reserved<Origin>(count)) {
         for (int32_t i = 0; i < count; ++i) {
-            // The place goes by the product itself, the share by the single that is kept of it.
+            // The place goes by the product itself, the fraction by the single that is kept of it.
             const double exact = i * double{scale};
             const double place = std::floor(exact);
             origins_.push_back(
@@ -92,10 +94,16 @@ Rect readsOf(const Origins& columns, const Origins& rows) {
     return {columns.lowest(), rows.lowest(), columns.highest() + 2, rows.highest() + 2};
 }
 
-/// (1 - share) * first + share * second as a whole number, ties to even.
-int32_t blend(int32_t first, int32_t second, double share) {
-    // Far within 32 bits whatever the share: what roundToInteger looks after cannot happen.
-    return static_cast<int32_t>(std::lrint((1 - share) * first + share * second));
+/// (1 - fraction) * first + fraction * second as a whole number, ties to even.
+int32_t blend(int32_t first, int32_t second, double fraction) {
+    // Far within 32 bits whatever the fraction: what roundToInteger looks after cannot happen.
+    return static_cast<int32_t>(std::lrint((1 - fraction) * first + fraction * second));
+}
+
+/// Columns or rows of the source to one of a resized picture. For a size of 0 the division fails,
+/// and the scale stays 0.
+float wholeScale(int32_t from, int32_t to) {
+    return to == 0 ? 0 : single(static_cast<double>(from) / to);
 }
 
 }  // namespace
@@ -131,6 +139,7 @@ void cBitFilter::BitsCropMasked(const PixelBuffer& srcBits, int32_t X1, int32_t 
     Pixel* block = cropped.writableBlock();
     for (int32_t y = 0; y < cropped.height(); ++y)
         std::fill_n(block + cropped.offsetOfRow(y), cropped.width(), Pixel{0, 0, 0, 255});
+    // The helper walks the region over the image: the source takes its place for so long.
     Bits(source);
     visitRuns(part, [&](std::span<const Pixel> run, int32_t x, int32_t y) {
         std::copy(run.begin(), run.end(),
@@ -143,6 +152,8 @@ void cBitFilter::BitsCropMasked(const PixelBuffer& srcBits, int32_t X1, int32_t 
 void cBitFilter::BitsResample(const PixelBuffer& srcBits, int32_t NewWidth, int32_t NewHeight) {
     const PixelBuffer source = keep(srcBits);
     Bits(PixelBuffer(NewWidth, NewHeight));
+    // The failure leaves the empty image, and its size with it: a size that is not the buffer's
+    // would lead the next member astray.
     if (NewWidth == 0 || NewHeight == 0) throw StatementFailed("no scale leads to a size of 0");
     const Origins columns(NewWidth, single((source.width() - 1.0) / NewWidth));
     const Origins rows(NewHeight, single((source.height() - 1.0) / NewHeight));
@@ -151,10 +162,10 @@ void cBitFilter::BitsResample(const PixelBuffer& srcBits, int32_t NewWidth, int3
         for (int32_t y = 0; y <= maxY_; ++y) {
             Pixel* row = block + bits_.offsetOfRow(y);
             const int32_t iy = rows[y].place;
-            const double fy = rows[y].share;
+            const double fy = rows[y].fraction;
             for (int32_t x = 0; x <= maxX_; ++x) {
                 const int32_t ix = columns[x].place;
-                const double fx = columns[x].share;
+                const double fx = columns[x].fraction;
                 const Pixel& upperLeft = at(ix, iy);
                 const Pixel& lowerLeft = at(ix, iy + 1);
                 const Pixel& upperRight = at(ix + 1, iy);
@@ -173,16 +184,23 @@ void cBitFilter::BitsResample(const PixelBuffer& srcBits, int32_t NewWidth, int3
 
 void cBitFilter::BitsResize(const PixelBuffer& srcBits, int32_t NewWidth, int32_t NewHeight) {
     const PixelBuffer source = srcBits;
-    attempt([&] {
-        Bits(PixelBuffer(NewWidth, NewHeight));
-        // A width or height of 0 has no scale, and no column or row that would need one.
-        const Origins columns(NewWidth, single(double(source.width()) / NewWidth));
-        const Origins rows(NewHeight, single(double(source.height()) / NewHeight));
+    Origins columns;
+    Origins rows;
+    const bool dimensioned = attempt([&] {
+        PixelBuffer resized(NewWidth, NewHeight);
+        columns = Origins(NewWidth, wholeScale(source.width(), NewWidth));
+        rows = Origins(NewHeight, wholeScale(source.height(), NewHeight));
+        Bits(std::move(resized));
+    });
+    // The image that otherwise still stands has rows of its own, none of the asked size.
+    if (dimensioned) {
         Pixel* block = bits_.writableBlock();
         withReads(source, readsOf(columns, rows), [&](auto at) {
             for (int32_t y = 0; y <= maxY_; ++y) {
                 Pixel* row = block + bits_.offsetOfRow(y);
                 const int32_t iy = rows[y].place;
+                // A source row that repeats is in the row above already, and copied from there
+                // faster than column by column.
                 if (y > 0 && iy == rows[y - 1].place)
                     std::copy_n(row - bits_.stride(), bits_.width(), row);
                 else
@@ -191,7 +209,7 @@ void cBitFilter::BitsResize(const PixelBuffer& srcBits, int32_t NewWidth, int32_
                 reportRow(y, OnFailure::skip);
             }
         });
-    });
+    }
     raiseProgress(100);
 }
 
@@ -199,6 +217,7 @@ void cBitFilter::BitsRotate90(const PixelBuffer& srcBits) {
     const PixelBuffer source = keep(srcBits);
     const int32_t lastColumn = maxX_;
     const int32_t lastRow = maxY_;
+    // From here on the size is the turned one, and the reports go by the old last row.
     Bits(PixelBuffer(lastRow + 1, lastColumn + 1));
     Pixel* block = bits_.writableBlock();
     withReads(source, {0, 0, lastColumn + 1, lastRow + 1}, [&](auto at) {
@@ -221,9 +240,12 @@ void cBitFilter::BitsRotate90(const PixelBuffer& srcBits) {
 
 PixelBuffer cBitFilter::Flip(bool fH, bool fV) {
     PixelBuffer result = bits_;
-    const int32_t rows = bits_.isDimensioned() ? bits_.height() : 0;
+    if (!bits_.isDimensioned()) {
+        raiseProgress(100);
+        return result;
+    }
     Pixel* block = result.writableBlock();
-    for (int32_t y = 0; y < rows; ++y) {
+    for (int32_t y = 0; y <= maxY_; ++y) {
         const Pixel* source = bits_.row(fV ? maxY_ - y : y);
         Pixel* row = block + result.offsetOfRow(y);
         for (int32_t x = 0; x <= maxX_; ++x)

@@ -169,6 +169,8 @@ TEST(DeformationFrame, NoArgumentRegionOrSizeIsTooOdd) {
         {{lowest, lowest, lowest + 2, lowest + 2}}};
     const std::vector<std::pair<int32_t, int32_t>> sizes{{0, 0}, {0, 3}, {3, 0}, {1, 1},
                                                          {1, 5}, {5, 1}, {2, 2}, {7, 4}};
+    const std::vector<PixelBuffer> masks{PixelBuffer(0, 0), PixelBuffer(0, 3), PixelBuffer(3, 0),
+                                         places(1, 1),      places(2, 3),      places(30, 20)};
     for (const auto& [width, height] : sizes)
         for (const auto& rects : regions) {
             Engine engine(framed(width, height));
@@ -178,11 +180,38 @@ TEST(DeformationFrame, NoArgumentRegionOrSizeIsTooOdd) {
                     const PixelBuffer result = member.call(engine.filter, n);
                     EXPECT_EQ(result.byteCount(), engine.picture.byteCount()) << member.name;
                 }
-                for (const bool tiled : {true, false})
-                    EXPECT_EQ(engine.filter.TileMask(places(2, 3), n, n, tiled, 50, n).byteCount(),
-                              engine.picture.byteCount());
+                for (const PixelBuffer& mask : masks)
+                    for (const bool tiled : {true, false}) {
+                        // The tiles of a mask without columns or rows never end.
+                        size_t bytes = engine.picture.byteCount();
+                        const bool ended = attempt([&] {
+                            bytes = engine.filter.TileMask(mask, n, n, tiled, 50, n).byteCount();
+                        });
+                        EXPECT_EQ(bytes, engine.picture.byteCount());
+                        EXPECT_TRUE(ended || (tiled && (mask.width() == 0 || mask.height() == 0)));
+                    }
             }
         }
+}
+
+TEST(DeformationFrame, NoSingleIsTooOddForALens) {
+    constexpr int32_t lowest = std::numeric_limits<int32_t>::min();
+    constexpr int32_t highest = std::numeric_limits<int32_t>::max();
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    constexpr float none = std::numeric_limits<float>::quiet_NaN();
+    const std::vector<float> singles{0.5F, none, infinity, -infinity, 3e38F, -3e38F, 1e-45F};
+    const std::vector<std::pair<int32_t, int32_t>> sizes{{0, 0}, {0, 3}, {1, 1}, {5, 1}, {7, 4}};
+    for (const auto& [width, height] : sizes) {
+        Engine engine(framed(width, height));
+        engine.keepTo({{lowest, lowest, highest, highest}});
+        for (const float xRel : singles)
+            for (const float yRel : singles)
+                for (const float dRel : singles)
+                    for (const int32_t factor : {lowest, -1, 0, 75, 150, 151, highest})
+                        EXPECT_EQ(engine.filter.LENS(xRel, yRel, dRel, factor).byteCount(),
+                                  engine.picture.byteCount())
+                            << xRel << ", " << yRel << ", " << dRel << ", " << factor;
+    }
 }
 
 }  // namespace

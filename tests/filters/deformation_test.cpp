@@ -1,5 +1,6 @@
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <string>
 #include <utility>
@@ -167,6 +168,56 @@ TEST(Deformation, TwirlOnTwoColumnsHasNoSourceButTheCentre) {
             for (int32_t x = 0; x < 2; ++x)
                 EXPECT_EQ(isBlack(cleaned.at(x, y)), x != 0 || y != 2);
     }
+}
+
+/// Where the pixels of a picture of more columns than places() has were taken from.
+PixelBuffer widePlaces(int32_t width, int32_t height) {
+    return drawBuffer(width, height, [](int32_t x, int32_t y) {
+        return Pixel{static_cast<uint8_t>(x), static_cast<uint8_t>(x >> 8),
+                     static_cast<uint8_t>((x >> 16) + 10 * (y + 1)), 7};
+    });
+}
+
+TEST(Deformation, TheSquareOfADistanceWrapsAt32Bits) {
+    // The centre is (70000, 1). 65536 columns from it the square is 0 again, and 60000 columns from
+    // it is below 0, which has no root.
+    Engine engine(widePlaces(140001, 3));
+    const PixelBuffer& source = engine.picture;
+    const PixelBuffer twirled = engine.filter.TWIRL(0, 0, false);
+    EXPECT_EQ(twirled.at(70000 + 65536, 1), source.at(70000, 1));
+    EXPECT_EQ(twirled.at(70000 - 65536, 1), source.at(70000, 1));
+    EXPECT_EQ(twirled.at(70000 + 60000, 1), source.at(70000 + 60000, 1)) << "it keeps its own";
+    EXPECT_TRUE(isBlack(engine.filter.TWIRL(0, 0, true).at(70000 + 60000, 1)));
+    EXPECT_EQ(twirled.at(70000 + 40000, 1), source.at(70000 + 40000, 1)) << "the same place";
+    EXPECT_FALSE(isBlack(engine.filter.TWIRL(0, 0, true).at(70000 + 40000, 1)));
+    // BEND takes a distance of 0 from the last row: to the right at three quarters of the columns.
+    const PixelBuffer bent = engine.filter.BEND(0, true);
+    EXPECT_EQ(bent.at(70000 + 65536, 1), source.at(105000, 2));
+    EXPECT_EQ(bent.at(70000 - 65536, 1), source.at(35000, 2));
+    EXPECT_TRUE(isBlack(bent.at(70000 + 60000, 1)));
+}
+
+TEST(Deformation, ARegionThatHoldsTheLowestCoordinateIsReadThereAsBlack) {
+    // Divisions by 0 send the source to the lowest column and row; a region that contains even
+    // that point lets it be copied.
+    constexpr int32_t lowest = std::numeric_limits<int32_t>::min();
+    for (const auto& [width, height] : {std::pair{5, 1}, std::pair{1, 5}}) {
+        Engine engine(places(width, height));
+        engine.keepTo({{lowest, lowest, 10, 10}});
+        const PixelBuffer folded = engine.filter.FOLD(10, 10, false);
+        for (int32_t y = 0; y < height; ++y)
+            for (int32_t x = 0; x < width; ++x)
+                EXPECT_TRUE(isBlack(folded.at(x, y))) << x << ", " << y;
+    }
+    Engine narrow(places(2, 5));
+    narrow.keepTo({{lowest, lowest, 10, 10}});
+    const PixelBuffer twirled = narrow.filter.TWIRL(10, 0, false);
+    for (int32_t y = 0; y < 5; ++y)
+        for (int32_t x = 0; x < 2; ++x)
+            if (x == 0 && y == 2)
+                EXPECT_EQ(placeOf(twirled, x, y), (Point{0, 2}));
+            else
+                EXPECT_TRUE(isBlack(twirled.at(x, y))) << x << ", " << y;
 }
 
 TEST(Deformation, FoldOnOneRowOrColumnHasNoSource) {

@@ -1,109 +1,16 @@
-#include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
-#include "pixels/bit_filter.h"
-#include "support/clock.h"
-#include "support/pictures.h"
+#include "geometry_fixture.h"
 
 // The members that reshape the image, by values worked out by hand. Pixels are written blue,
 // green, red, fourth.
 
-namespace tessarine::tests {
+namespace tessarine::tests::geometry {
 namespace {
-
-using Reports = std::vector<int32_t>;
-using Levels = std::vector<uint8_t>;
-
-constexpr int32_t lowest = std::numeric_limits<int32_t>::min();
-constexpr int32_t highest = std::numeric_limits<int32_t>::max();
-
-/// An engine whose reports are kept. The clock stands until another one is attached.
-class Geometry : public testing::Test {
-  protected:
-    Geometry() {
-        filter.timeGetTime = [] { return 0U; };
-        keepReports(filter, reports);
-    }
-
-    /// The whole picture becomes image and region.
-    void take(const PixelBuffer& given) {
-        filter.Bits(given);
-        keepTo(wholeRegion(given));
-    }
-    void keepTo(RegionHandle given) {
-        region = std::move(given);
-        filter.BitsRegion(region);
-    }
-    /// From now on each row is due for a report.
-    void reportEachRow() { clock.attachTo(filter); }
-
-    void expectSize(int32_t width, int32_t height) const {
-        EXPECT_EQ(filter.BitsWidth(), width);
-        EXPECT_EQ(filter.BitsHeight(), height);
-        EXPECT_TRUE(filter.Bits().isDimensioned());
-        EXPECT_EQ(filter.Bits().width(), width);
-        EXPECT_EQ(filter.Bits().height(), height);
-    }
-
-    RegionHandle region;
-    cBitFilter filter;
-    Reports reports;
-    SteppingClock clock{100, 11};
-};
-
-/// A picture by its grey levels, row by row.
-PixelBuffer greys(int32_t width, const Levels& levels) {
-    const auto height = static_cast<int32_t>(levels.size()) / width;
-    return drawBuffer(width, height, [&](int32_t x, int32_t y) {
-        const uint8_t level = levels[static_cast<size_t>(y * width + x)];
-        return Pixel{level, level, level, 0};
-    });
-}
-
-/// The grey levels of the image area; each pixel must be grey with a fourth byte of 0.
-Levels levelsOf(const PixelBuffer& bits) {
-    Levels levels;
-    for (int32_t y = 0; y < bits.height(); ++y)
-        for (int32_t x = 0; x < bits.width(); ++x) {
-            const Pixel& p = bits.at(x, y);
-            EXPECT_EQ(p, (Pixel{p.green, p.green, p.green, 0})) << x << ", " << y;
-            levels.push_back(p.green);
-        }
-    return levels;
-}
-
-/// Every byte of a random picture, its margin as well.
-PixelBuffer withMargin(int32_t width, int32_t height, uint32_t seed) {
-    PixelBuffer bits(width, height);
-    const PixelBuffer colours = randomBuffer(width + 4, height + 4, seed);
-    Pixel* block = bits.writableBlock();
-    for (int32_t y = 0; y < height + 4; ++y)
-        std::copy_n(colours.row(y), width + 4, block + y * bits.stride());
-    return bits;
-}
-
-PixelBuffer without(PixelBuffer bits, uint8_t Pixel::*channel) {
-    Pixel* block = bits.writableBlock();
-    for (size_t i = 0; i < bits.pixelCount(); ++i)
-        block[i].*channel = 0;
-    return bits;
-}
-
-PixelBuffer withoutFourth(const PixelBuffer& bits) { return without(bits, &Pixel::fourth); }
-
-bool marginIsBlack(const PixelBuffer& bits) {
-    for (int32_t y = -2; y < bits.height() + 2; ++y)
-        for (int32_t x = -2; x < bits.width() + 2; ++x) {
-            const bool inside = x >= 0 && y >= 0 && x < bits.width() && y < bits.height();
-            if (!inside && bits.at(x, y) != Pixel{}) return false;
-        }
-    return true;
-}
 
 // ---- BitsBlack ----
 
@@ -234,6 +141,36 @@ TEST_F(Geometry, ACropKeepsTheRegionWhereItWas) {
     EXPECT_EQ(levelsOf(filter.Bits()), (Levels{2, 3, 0}));
 }
 
+TEST_F(Geometry, EveryOtherReshapingKeepsTheRegionWhereItWas) {
+    // What BitsBlack then clears is the pixel of the old coordinates, (2, 0).
+    using Reshape = void (*)(cBitFilter&, const PixelBuffer&);
+    const PixelBuffer picture = greys(4, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12});
+    const std::vector<std::pair<Reshape, Levels>> reshapings{
+        {[](cBitFilter& f, const PixelBuffer& p) { f.BitsResize(p, 3, 1); }, {1, 2, 0}},
+        {[](cBitFilter& f, const PixelBuffer& p) { f.BitsResample(p, 3, 1); }, {1, 2, 0}},
+        {[](cBitFilter& f, const PixelBuffer& p) { f.BitsRotate90(p); },
+         {4, 8, 0, 3, 7, 11, 2, 6, 10, 1, 5, 9}},
+    };
+    for (const auto& [reshape, expected] : reshapings) {
+        take(picture);
+        keepTo(regionOf({{2, 0, 3, 1}}));
+        reshape(filter, picture);
+        const Levels reshaped = levelsOf(filter.Bits());
+        EXPECT_NE(reshaped[2], 0);
+        filter.BitsBlack();
+        EXPECT_EQ(levelsOf(filter.Bits()), expected);
+    }
+    // A masked crop takes the region's pixel along, to (1, 0), and (2, 0) is cleared.
+    take(picture);
+    keepTo(regionOf({{2, 0, 3, 1}}));
+    filter.BitsCropMasked(picture, 1, 0, 4, 1);
+    EXPECT_EQ(filter.Bits().at(2, 0), (Pixel{0, 0, 0, 255}));
+    filter.BitsBlack();
+    EXPECT_EQ(filter.Bits().at(0, 0), (Pixel{0, 0, 0, 255}));
+    EXPECT_EQ(filter.Bits().at(1, 0), (Pixel{3, 3, 3, 0}));
+    EXPECT_EQ(filter.Bits().at(2, 0), Pixel{});
+}
+
 TEST_F(Geometry, WithoutAnImageNothingIsLeftToCrop) {
     filter.BitsCrop(randomBuffer(6, 5, 1), 0, 0, 6, 5);
     expectSize(0, 0);
@@ -254,6 +191,17 @@ TEST_F(Geometry, AMaskedCropMarksWhatLiesOutsideTheRegion) {
                 << x << ", " << y;
     EXPECT_TRUE(marginIsBlack(filter.Bits()));
     EXPECT_EQ(reports, (Reports{100}));
+}
+
+TEST_F(Geometry, AMaskedCropReportsItsEndOnly) {
+    take(randomBuffer(6, 5, 1));
+    reportEachRow();
+    filter.BitsCropMasked(filter.Bits(), 0, 0, 6, 5);
+    EXPECT_EQ(reports, (Reports{100}));
+    EXPECT_EQ(clock.readings(), 0);
+    take(randomBuffer(6, 1, 1));
+    filter.BitsCropMasked(filter.Bits(), 0, 0, 6, 1);
+    EXPECT_EQ(reports, (Reports{100, 100})) << "one row high it does not fail either";
 }
 
 TEST_F(Geometry, AMaskedCropIsLimitedByItsSourceAndNotByTheImage) {
@@ -581,4 +529,4 @@ TEST_F(Geometry, AFlipOfNothingGivesNothing) {
 }
 
 }  // namespace
-}  // namespace tessarine::tests
+}  // namespace tessarine::tests::geometry

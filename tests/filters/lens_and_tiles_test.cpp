@@ -364,6 +364,20 @@ TEST(Shift, StaysInAByteForEveryArgument) {
         }
 }
 
+TEST(Shift, StaysInAByteOnTheWayToALimitToo) {
+    // d = 100 and tol = 16257: w = 0.99385. The levels 0 and 255 go that share of the way to the
+    // table's entry, which wraps before it is clamped: 255 + 2147483647 is below 0.
+    Engine engine(plain(3, 2, {0, 255, 255, 7}));
+    const int32_t colour = 0x00FFF5;
+    EXPECT_EQ(engine.filter.Shift(colour, 300, 100).at(1, 1), (Pixel{253, 255, 255, 7}));
+    EXPECT_EQ(engine.filter.Shift(colour, -300, 100).at(1, 1), (Pixel{0, 2, 2, 7}));
+    EXPECT_EQ(engine.filter.Shift(colour, 2147483647, 100).at(1, 1), (Pixel{253, 2, 2, 7}));
+    EXPECT_EQ(engine.filter.Shift(colour, -2147483647, 100).at(1, 1), (Pixel{0, 2, 2, 7}));
+    // At the end of the reach, with d = 16256, next to nothing is left of the way.
+    for (const int32_t inc : {300, -300, 2147483647, -2147483647})
+        EXPECT_EQ(engine.filter.Shift(0x10FF80, inc, 100).at(1, 1), engine.picture.at(1, 1));
+}
+
 TEST(Shift, AToleranceWhoseSquareIsNoIntegerChangesNothing) {
     // From 36346 percent on the square leaves 32 bits and becomes the lowest integer.
     Engine engine(plain(3, 2, {10, 128, 250, 7}));
