@@ -15,9 +15,9 @@ if(TESSARINE_SANITIZE)
 endif()
 
 # tessarine_room(NAME [USES ROOM...] [LIBRARIES TARGET...])
-# A room is a static library of all sources of its folder, but for the main.cpp of a program. Its headers are included as
-# "NAME/header.h", and only those of the rooms that it uses are on its include path: each room
-# publishes a folder of its own that holds nothing but a link to it.
+# A room is a static library of all sources of its folder, but for the main.cpp of a program. Its
+# headers are included as "NAME/header.h", and only those of the rooms that it uses are on its
+# include path: each room publishes a folder of its own that holds nothing but a link to it.
 function(tessarine_room name)
   cmake_parse_arguments(ROOM "" "" "USES;LIBRARIES" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS *.cpp)

@@ -20,27 +20,19 @@ int32_t toleranceCircle(int32_t Tolerance) {
     return roundToInteger(radius * radius + 1);
 }
 
-/// Turns one colour into another, and those near it less and less.
-class SoftReplacement {
-  public:
-    SoftReplacement(int32_t ColorFrom, int32_t ColorTo, int32_t Tolerance)
-        : from_(colourOf(ColorFrom)), to_(colourOf(ColorTo)), circle_(toleranceCircle(Tolerance)) {}
-
-    bool reaches(const Pixel& p) const { return squaredDistance(p, from_) <= circle_; }
-
-    Pixel operator()(const Pixel& p) const {
-        if (!reaches(p)) return p;
-        const double share = squaredDistance(p, from_) / static_cast<double>(circle_);
-        const double k = single(1 - share);
-        const auto mixed = [k](uint8_t v, uint8_t to) { return toByte(v + (to - v) * k); };
-        return {mixed(p.blue, to_.blue), mixed(p.green, to_.green), mixed(p.red, to_.red), 0};
-    }
-
-  private:
-    Pixel from_;
-    Pixel to_;
-    int32_t circle_;
-};
+/// Turns one colour into another, and those near it less and less, where `gate(pixel)` holds. The
+/// gate is asked last, about the pixels within the circle: it may take longer than the distance.
+template <class Gate>
+auto softReplacement(int32_t ColorFrom, int32_t ColorTo, int32_t Tolerance, Gate gate) {
+    return [from = colourOf(ColorFrom), to = colourOf(ColorTo), circle = toleranceCircle(Tolerance),
+            gate](const Pixel& p) {
+        const int32_t distance = squaredDistance(p, from);
+        if (distance > circle || !gate(p)) return p;
+        const double k = single(1 - distance / static_cast<double>(circle));
+        const auto mixed = [k](uint8_t v, uint8_t goal) { return toByte(v + (goal - v) * k); };
+        return Pixel{mixed(p.blue, to.blue), mixed(p.green, to.green), mixed(p.red, to.red), 0};
+    };
+}
 
 HueSaturationLightness hslOf(const Pixel& p) { return RGBToHLS(p.red, p.green, p.blue); }
 
@@ -65,7 +57,7 @@ auto bySum(Colour colour) {
 /// The hue that HOffset hundredths of the circle stand for.
 float hueOffset(int32_t HOffset) { return single(HOffset / 16.67); }
 
-float percent(int32_t value) { return single(value / 100.0); }
+float hundredths(int32_t value) { return single(value / 100.0); }
 
 }  // namespace
 
@@ -85,37 +77,36 @@ PixelBuffer cBitFilter::ISOLATE(int32_t Color, int32_t EraseColor, int32_t Toler
 }
 
 PixelBuffer cBitFilter::REPLACE(int32_t ColorFrom, int32_t ColorTo, int32_t Tolerance) {
-    return filterPixels(OnFailure::skip, SoftReplacement(ColorFrom, ColorTo, Tolerance));
+    return filterPixels(OnFailure::skip, softReplacement(ColorFrom, ColorTo, Tolerance,
+                                                         [](const Pixel&) { return true; }));
 }
 
 PixelBuffer cBitFilter::ReplaceHS(int32_t ColorFrom, int32_t ColorTo, int32_t HTolerance,
                                   int32_t STolerance, int32_t Tolerance) {
-    const SoftReplacement replaced(ColorFrom, ColorTo, Tolerance);
     const HueSaturationLightness from = hslOf(colourOf(ColorFrom));
-    const double hueTolerance = percent(HTolerance);
-    const double saturationTolerance = percent(STolerance);
+    const double hueTolerance = hundredths(HTolerance);
+    const double saturationTolerance = hundredths(STolerance);
     // A plain difference: hues at the two ends of the range are far from each other.
-    const auto isNear = [=](const HueSaturationLightness& hsl) {
+    const auto isNear = [=](const Pixel& p) {
+        const HueSaturationLightness hsl = hslOf(p);
         return std::fabs(double{hsl.H} - from.H) <= hueTolerance &&
                std::fabs(double{hsl.S} - from.S) <= saturationTolerance;
     };
-    return filterPixels(OnFailure::raise, [=](const Pixel& p) {
-        return replaced.reaches(p) && isNear(hslOf(p)) ? replaced(p) : p;
-    });
+    return filterPixels(OnFailure::raise, softReplacement(ColorFrom, ColorTo, Tolerance, isNear));
 }
 
 PixelBuffer cBitFilter::ReplaceL(int32_t ColorFrom, int32_t ColorTo, int32_t LTolerance,
                                  int32_t Tolerance) {
-    const SoftReplacement replaced(ColorFrom, ColorTo, Tolerance);
     const int32_t from = brightness(colourOf(ColorFrom));
-    return filterPixels(OnFailure::raise, [=](const Pixel& p) {
-        return std::abs(brightness(p) - from) <= LTolerance ? replaced(p) : p;
-    });
+    const auto isNear = [=](const Pixel& p) {
+        return std::abs(brightness(p) - from) <= LTolerance;
+    };
+    return filterPixels(OnFailure::raise, softReplacement(ColorFrom, ColorTo, Tolerance, isNear));
 }
 
 PixelBuffer cBitFilter::RotateH(int32_t HOffset, int32_t SATURATION) {
     const double offset = hueOffset(HOffset);
-    const double factor = percent(SATURATION);
+    const double factor = hundredths(SATURATION);
     return filterPixels(OnFailure::raise, [=](const Pixel& p) {
         const HueSaturationLightness hsl = hslOf(p);
         float H = single(hsl.H + offset);
@@ -137,7 +128,7 @@ PixelBuffer cBitFilter::RotateL(int32_t lOffset, int32_t LStep) {
 
 PixelBuffer cBitFilter::StretchH(int32_t HOffset, int32_t SATURATION, int32_t HStep) {
     const double offset = hueOffset(HOffset);
-    const float saturation = percent(SATURATION);
+    const float saturation = hundredths(SATURATION);
     const double step = single(HStep / 10.0);
     return filterPixels(OnFailure::skip, bySum([=](double lightness) {
                             const float V = single(lightness);

@@ -26,21 +26,9 @@ constexpr auto smaller = [](int32_t a, int32_t b) { return a < b ? a : b; };
 constexpr auto larger = [](int32_t a, int32_t b) { return a > b ? a : b; };
 
 /// The sum of the eight places around a centre.
-[[gnu::always_inline]] inline int32_t sumOfEight(const ChannelWindow& p) {
+template <class Places>
+[[gnu::always_inline]] inline int32_t sumOfEight(const Places& p) {
     return p(-1, -1) + p(0, -1) + p(1, -1) + p(-1, 0) + p(1, 0) + p(-1, 1) + p(0, 1) + p(1, 1);
-}
-
-/// A centre set off from its neighbours: (a * centre - b * sum of eight) \ divisor.
-/// A division by 0 is left out, and what stands is the sum of eight.
-auto setOff(int32_t a, int32_t b, int32_t divisor) {
-    if (divisor == 0) {
-        a = 0;
-        b = -1;
-        divisor = 1;
-    }
-    return [=](const ChannelWindow& p) {
-        return clampToByte(quotientInLoop(a * p(0, 0) - b * sumOfEight(p), divisor));
-    };
 }
 
 /// A colour whose channels may leave the range of a byte.
@@ -48,20 +36,19 @@ struct WideColour {
     int32_t blue;
     int32_t green;
     int32_t red;
-
-    int32_t mean() const { return (blue + green + red) / 3; }
 };
+
+int32_t brightness(const WideColour& c) { return (c.blue + c.green + c.red) / 3; }
 
 /// How far a centre stands out of its eight neighbours, in each channel: 255 where it does not.
 WideColour edgesAt(const Window& w) {
-    WideColour sum{};
-    for (int32_t dy = -1; dy <= 1; ++dy)
-        for (int32_t dx = -1; dx <= 1; ++dx) {
-            const Pixel& p = w.at(dx, dy);
-            sum = {sum.blue + p.blue, sum.green + p.green, sum.red + p.red};
-        }
-    const Pixel& p = w.at(0, 0);
-    return {9 * p.blue - sum.blue + 255, 9 * p.green - sum.green + 255, 9 * p.red - sum.red + 255};
+    const auto edge = [&w](uint8_t Pixel::*channel) __attribute__((always_inline)) {
+        const auto p = [&](int32_t dx, int32_t dy) __attribute__((always_inline)) {
+            return int32_t{w.at(dx, dy).*channel};
+        };
+        return 8 * p(0, 0) - sumOfEight(p) + 255;
+    };
+    return {edge(&Pixel::blue), edge(&Pixel::green), edge(&Pixel::red)};
 }
 
 /// The nine places around a middle. Numbers no wider than they must be: so more of them are
@@ -107,20 +94,25 @@ struct Sector {
 /// A mask of 3 or 5 a side and the same terms for all channels, in numbers of 16 bits.
 template <size_t side>
 struct SmallMask {
+    static constexpr auto reach = static_cast<int32_t>(side / 2);
+
     std::array<int16_t, side * side> weights{};
     int32_t divisor;
     int32_t addend;
 
-    SmallMask(const KernelMask& mask, int32_t Weight, int32_t factor)
-        : divisor(Weight), addend(factor) {
+    explicit SmallMask(const tFilterKernel& kernel)
+        : divisor(kernel.Weight), addend(kernel.bFactor) {
         for (size_t i = 0; i < weights.size(); ++i)
             weights[i] = static_cast<int16_t>(
-                mask.at(static_cast<int32_t>(i / side), static_cast<int32_t>(i % side)));
+                kernel.mskBits.at(static_cast<int32_t>(i / side), static_cast<int32_t>(i % side)));
     }
 
-    /// Whether no sum of levels times these weights leaves 16 bits.
-    static bool holds(const KernelMask& mask) {
-        if (mask.side() != static_cast<int32_t>(side)) return false;
+    /// Whether the channels are alike and no sum of levels times the weights leaves 16 bits.
+    static bool holds(const tFilterKernel& kernel) {
+        const KernelMask& mask = kernel.mskBits;
+        if (mask.side() != static_cast<int32_t>(side) || kernel.Weight == 0 ||
+            kernel.rFactor != kernel.gFactor || kernel.gFactor != kernel.bFactor)
+            return false;
         int64_t largest = 0;
         for (int32_t row = 0; row < mask.side(); ++row)
             for (int32_t column = 0; column < mask.side(); ++column)
@@ -135,10 +127,9 @@ struct SmallMask {
   private:
     template <size_t... i>
     [[gnu::always_inline]] uint8_t at(const ChannelWindow& p, std::index_sequence<i...>) const {
-        constexpr auto h = static_cast<int32_t>(side / 2);
         int16_t sum = 0;
-        ((sum = static_cast<int16_t>(sum + weights[i] * p(static_cast<int32_t>(i % side) - h,
-                                                          static_cast<int32_t>(i / side) - h))),
+        ((sum = static_cast<int16_t>(sum + weights[i] * p(static_cast<int32_t>(i % side) - reach,
+                                                          static_cast<int32_t>(i / side) - reach))),
          ...);
         return clampToByte(quotientInLoop(sum, divisor) + addend);
     }
@@ -150,6 +141,7 @@ struct SmallMask {
 PixelBuffer cBitFilter::MaskFilter(const KernelMask& mskBits, int32_t Weight, int32_t rFactor,
                                    int32_t gFactor, int32_t bFactor, bool KeepMargins) {
     if (mskBits.side() == 0) throw StatementFailed("a mask without weights has no bounds");
+    if (mskBits.side() > largestMask) throw StatementFailed("a mask larger than any kernel");
     const int32_t n = mskBits.side() - 1;
     const int32_t h = n / 2;
     Walk walk = regionBox(0);
@@ -160,29 +152,36 @@ PixelBuffer cBitFilter::MaskFilter(const KernelMask& mskBits, int32_t Weight, in
                      std::min(box.right, maxX_ - n + h + 1),
                      std::min(box.bottom, maxY_ - n + h + 1)};
     }
-    // The common masks: channels alike, and narrow sums, of which many are worked on at once.
-    if (Weight != 0 && rFactor == gFactor && gFactor == bFactor) {
-        if (SmallMask<3>::holds(mskBits))
-            return filterChannels(OnFailure::raise, walk, Stencil{1}, Channels::blueGreenRed,
-                                  SmallMask<3>(mskBits, Weight, bFactor));
-        if (SmallMask<5>::holds(mskBits))
-            return filterChannels(OnFailure::raise, walk, Stencil{2}, Channels::blueGreenRed,
-                                  SmallMask<5>(mskBits, Weight, bFactor));
-    }
-    // A side of even length has its centre up and left of the middle.
+    return convolve(walk, {mskBits, Weight, rFactor, gFactor, bFactor});
+}
+
+PixelBuffer cBitFilter::convolve(const Walk& walk, const tFilterKernel& kernel) {
+    // The common masks: narrow sums, of which many are worked on at once.
+    const auto filter = [&](auto small) {
+        return filterChannels(OnFailure::raise, walk, Stencil{small.reach}, Channels::blueGreenRed,
+                              small);
+    };
+    if (SmallMask<3>::holds(kernel)) return filter(SmallMask<3>(kernel));
+    if (SmallMask<5>::holds(kernel)) return filter(SmallMask<5>(kernel));
+    // A side of even length has its centre up and left of the middle, so that the mask goes out
+    // farther to the right and down: as far as the window has to reach.
+    const int32_t n = kernel.mskBits.side() - 1;
+    const int32_t h = n / 2;
     return filterWindows(OnFailure::raise, walk, Stencil{n - h}, [&](const Window& w, Pixel& p) {
         WideColour sum{};
         for (int32_t j = 0; j <= n; ++j)
             for (int32_t i = 0; i <= n; ++i) {
                 const Pixel& place = w.at(i - h, j - h);
-                const int32_t weight = mskBits.at(j, i);
+                const int32_t weight = kernel.mskBits.at(j, i);
                 sum.blue += place.blue * weight;
                 sum.green += place.green * weight;
                 sum.red += place.red * weight;
             }
-        p = {clampToByte(quotient(sum.blue, Weight) + bFactor),
-             clampToByte(quotient(sum.green, Weight) + gFactor),
-             clampToByte(quotient(sum.red, Weight) + rFactor), p.fourth};
+        const auto level = [&](int32_t channelSum, int32_t factor) {
+            return clampToByte(quotient(channelSum, kernel.Weight) + factor);
+        };
+        takeColours(p, {level(sum.blue, kernel.bFactor), level(sum.green, kernel.gFactor),
+                        level(sum.red, kernel.rFactor), 0});
     });
 }
 
@@ -207,14 +206,25 @@ PixelBuffer cBitFilter::SOFTEN(int32_t Factor) {
     });
 }
 
+PixelBuffer cBitFilter::setOff(const Walk& walk, int32_t a, int32_t b, int32_t divisor) {
+    const auto filter = [&](auto change) {
+        return filterChannels(OnFailure::skip, walk, Stencil{}, Channels::blueGreenRed, change);
+    };
+    const auto sumAlone = [](const ChannelWindow& p) { return clampToByte(sumOfEight(p)); };
+    const auto difference = [=](const ChannelWindow& p) {
+        return clampToByte(quotientInLoop(a * p(0, 0) - b * sumOfEight(p), divisor));
+    };
+    // Without a divisor the sum of the neighbours stands as it is.
+    if (divisor == 0) return filter(sumAlone);
+    return filter(difference);
+}
+
 PixelBuffer cBitFilter::SHARPEN(int32_t Factor) {
-    return filterChannels(OnFailure::skip, regionBox(1), Stencil{}, Channels::blueGreenRed,
-                          setOff(124 - Factor, 2, 108 - Factor));
+    return setOff(regionBox(1), 124 - Factor, 2, 108 - Factor);
 }
 
 PixelBuffer cBitFilter::EDGEENHANCE(int32_t Factor) {
-    return filterChannels(OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
-                          setOff(Factor + 9, 1, Factor + 1));
+    return setOff(regionBox(0), Factor + 9, 1, Factor + 1);
 }
 
 PixelBuffer cBitFilter::CONTOUR(int32_t Factor, int32_t BackColor) {
@@ -231,14 +241,15 @@ PixelBuffer cBitFilter::SKETCH(int32_t Factor, bool BW, int32_t BackColor) {
     const Pixel back = BW ? Pixel{255, 255, 255, 0} : colourOf(BackColor);
     return filterWindows(OnFailure::skip, regionBox(0), Stencil{},
                          [=](const Window& w, Pixel& result) {
-                             const bool flat = edgesAt(w).mean() > Factor;
+                             const bool flat = brightness(edgesAt(w)) > Factor;
                              const Pixel edge = BW ? Pixel{} : w.at(0, 0);
                              takeColours(result, flat ? back : edge);
                          });
 }
 
 // Departs from the frame in the last column and row, which repeat what has been written beside
-// and above them.
+// and above them: once all others are there, in whatever order, and thus after the report of the
+// end, which these few pixels do not put off.
 PixelBuffer cBitFilter::plate(float slope) {
     std::array<int32_t, 511> heights{};  // of the differences from -255 to 255
     int32_t* const level = heights.data() + 255;

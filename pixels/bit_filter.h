@@ -176,9 +176,13 @@ class cBitFilter {
     // Neighbourhood: each pixel from a window around it, which reads the margin's black beyond the
     // edge. Defined in filters/neighbourhood.cpp.
 
+    /// The longest side of a mask: far beyond any kernel, and short enough that no window wants for
+    /// memory.
+    static constexpr int32_t largestMask = 1024;
     /// Convolution with a square of weights; Weight divides the sum and each channel's factor is
     /// added, limited to 0 to 255. KeepMargins leaves pixels whose window leaves the image.
-    /// \throws StatementFailed for a Weight of 0 or a mask without weights
+    /// \throws StatementFailed for a Weight of 0, a mask without weights or one of more than
+    ///         `largestMask` a side
     PixelBuffer MaskFilter(const KernelMask& mskBits, int32_t Weight, int32_t rFactor,
                            int32_t gFactor, int32_t bFactor, bool KeepMargins);
     /// The mean of the eight pixels at distance Factor.
@@ -368,6 +372,11 @@ class cBitFilter {
 
     // Helpers of one family.
 
+    /// MaskFilter over the centres of a walk.
+    PixelBuffer convolve(const Walk& walk, const tFilterKernel& kernel);
+    /// SHARPEN and EDGEENHANCE: (a * centre - b * sum of the eight around it) \ divisor, or that
+    /// sum where the divisor is 0.
+    PixelBuffer setOff(const Walk& walk, int32_t a, int32_t b, int32_t divisor);
     /// EMBOSS and Engrave: levels by the difference of a pixel and its lower right neighbour.
     PixelBuffer plate(float slope);
     /// RankFilterN4 and RankFilterND over `overFive(channel window, join)`.

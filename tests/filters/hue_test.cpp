@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -249,6 +248,15 @@ TEST(Hue, ReplaceLTakesBrightnessesUpToTheToleranceAsItStands) {
               (Pixels{{0, 241, 14, 0}, {0, 9, 255, 0}}));
 }
 
+TEST(Hue, ANegativeToleranceActsLikeItsAbsoluteValueBehindTheGatesToo) {
+    Engine yellow(rowOf({{0, 255, 255, 0}}));
+    EXPECT_EQ(pixelsOf(yellow.filter.ReplaceHS(rgb(255, 0, 0), 0, 100, 0, -300)),
+              (Pixels{{0, 113, 113, 0}}));
+    Engine red(rowOf({{0, 6, 255, 0}}));
+    EXPECT_EQ(pixelsOf(red.filter.ReplaceL(rgb(255, 0, 0), rgb(0, 255, 0), 2, -20)),
+              (Pixels{{0, 241, 14, 0}}));
+}
+
 TEST(Hue, NegativeTolerancesOfHueSaturationAndBrightnessTakeNothing) {
     Engine engine(rowOf({{0, 0, 255, 0}}));
     const Pixels source{{0, 0, 255, 0}};
@@ -311,14 +319,12 @@ TEST(Hue, RotateLGoesAsASineOfTheBrightness) {
 }
 
 TEST(Hue, RotateLWeighsTheChannels) {
-    // The step 2 / 2.5 of the weights themselves.
+    // A full channel brings its weight: sin(0.071 * 0.8), sin(0.707 * 0.8), sin(0.222 * 0.8), of
+    // 127.5 around 127.5.
     Engine engine(rowOf({{255, 0, 0, 1}, {0, 255, 0, 2}, {0, 0, 255, 3}}));
-    Pixels expected;
-    for (const double y : {0.071, 0.707, 0.222}) {
-        const auto level = static_cast<uint8_t>(std::lround(std::sin(y * 0.8) * 127.5 + 127.5));
-        expected.push_back({level, level, level, static_cast<uint8_t>(expected.size() + 1)});
-    }
-    EXPECT_EQ(pixelsOf(engine.filter.RotateL(0, 2)), expected);
+    // 134.74, 195.83 and 150.03.
+    EXPECT_EQ(pixelsOf(engine.filter.RotateL(0, 2)),
+              (Pixels{{135, 135, 135, 1}, {196, 196, 196, 2}, {150, 150, 150, 3}}));
 }
 
 TEST(Hue, RotateLOfBlackWithoutOffsetIsTheMiddle) {
