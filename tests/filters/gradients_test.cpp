@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "engine.h"
 #include "support/comparison.h"
+#include "support/engine.h"
 
 // The gradients by values worked out by hand. Pixels are written blue, green, red, fourth.
 

@@ -1,13 +1,16 @@
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 
 #include <gtest/gtest.h>
 
-#include "engine.h"
 #include "filters/hls.h"
+#include "member_checks.h"
 #include "pixels/bit_filter.h"
 #include "support/comparison.h"
+#include "support/engine.h"
 
 // The hue members by values worked out by hand. Pixels are written blue, green, red, fourth;
 // colour arguments by rgb().

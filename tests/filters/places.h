@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "engine.h"
+#include "support/engine.h"
 #include "support/pictures.h"
 
 namespace tessarine::tests {

@@ -2,9 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "engine.h"
+#include "member_checks.h"
 #include "pixels/bit_filter.h"
 #include "support/comparison.h"
+#include "support/engine.h"
 
 // The recipes by values worked out by hand. Pixels are written blue, green, red, fourth.
 

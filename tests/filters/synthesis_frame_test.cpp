@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "engine.h"
 #include "support/comparison.h"
+#include "support/engine.h"
 
 // What holds for all synthesis members alike: what they leave alone, odd regions and pictures,
 // and their reports.

@@ -5,8 +5,8 @@
 
 #include <gtest/gtest.h>
 
-#include "engine.h"
 #include "support/comparison.h"
+#include "support/engine.h"
 
 // The synthesis members by values worked out by hand. Pixels are written blue, green, red, fourth.
 

@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "engine.h"
+#include "member_checks.h"
 #include "pixels/bit_filter.h"
 #include "support/clock.h"
 #include "support/comparison.h"
