@@ -5,8 +5,9 @@
 
 #include <gtest/gtest.h>
 
-#include "engine.h"
 #include "filters/kernels.h"
+#include "member_checks.h"
+#include "support/engine.h"
 
 // What the tests of the neighbourhood family share.
 
