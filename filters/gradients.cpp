@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 
 #include "filters/colour.h"
@@ -25,22 +26,22 @@ class Gradient {
           p_(single(Pressure / 100.0)),
           ip_(single(1 - double{p_})),
           freq_(single((Frequency - 1) * 3.141592025756836)) {
-        // The squares wrap; a negative sum has no root and leaves no distance.
-        const int32_t squared = dX * dX + dY * dY;
-        rad_ = squared > 0 ? roundToInteger(std::sqrt(squared)) : 0;
+        const double x = dX;
+        const double y = dY;
+        rad_ = roundToInteger(std::sqrt(x * x + y * y));
         if (rad_ < freq_) freq_ = static_cast<float>(rad_);
     }
 
     /// The rounded distance of the two points; 0 only where there is none.
     int32_t rad() const { return rad_; }
 
-    /// The share of the second colour, 0 to 1, at a place of the ramp.
+    /// The share of the second colour, at most 1, at a place of the ramp.
     float share(float t) const {
         if (freq_ > 0) {
             t = single(std::sin(double{t} * freq_));
             t = single(double{t} * t);
         }
-        return std::clamp(t, 0.0F, 1.0F);
+        return std::min(t, 1.0F);
     }
 
     /// A pixel under the gradient. A channel that would leave a byte's range stays as it is.
@@ -68,7 +69,7 @@ class Gradient {
     int32_t rad_;
 };
 
-/// The direction of (dX, dY) in radians, 0 to 2 pi.
+/// The direction of (dX, dY) in radians, 0 to 2 pi; a single before the turns are added and after.
 float directionOf(int32_t dX, int32_t dY) {
     const int32_t sign = (dY > 0) - (dY < 0);
     const float a = single(dX != 0 ? std::atan(static_cast<double>(dY) / dX) : sign * 90 * degree);
@@ -90,7 +91,7 @@ PixelBuffer cBitFilter::GradientCircular(int32_t X1, int32_t Y1, int32_t X2, int
         int32_t i = run.x - X1;
         for (Pixel& pixel : run.result) {
             // More than 32767 pixels away the squares wrap. Where they have no root, the ramp goes
-            // on from the pixel before.
+            // on from the pixel before, and there alone the order of the pixels matters.
             const int32_t squared = i * i + j * j;
             if (squared >= 0) t = single(std::sqrt(squared) / gradient.rad());
             t = gradient.share(t);
@@ -113,7 +114,7 @@ PixelBuffer cBitFilter::GradientLinear(int32_t X1, int32_t Y1, int32_t X2, int32
         int32_t i = run.x - X1;
         for (Pixel& pixel : run.result) {
             const float t = single(i * double{ca} + j * double{sa});
-            pixel = gradient.over(pixel, gradient.share(t));
+            pixel = gradient.over(pixel, std::max(gradient.share(t), 0.0F));
             ++i;
         }
     });

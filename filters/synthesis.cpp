@@ -376,7 +376,7 @@ PixelBuffer cBitFilter::StuckiBW(int32_t PalWeight) {
         sumRows(int32_t{0}, ofRow, [this](int32_t y) { reportRow(y, OnFailure::skip); });
     raiseProgress(100);
     const int32_t count = BitsWidth() * BitsHeight();
-    const int32_t threshold = count == 0 ? 0 : sum / count;
+    const int32_t threshold = count == 0 ? 0 : quotient(sum, count);
 
     PendingErrors errors(maxX_, maxY_);
     return filterRows(OnFailure::skip, regionBox(0), [&](const RowRun& run) {

@@ -91,7 +91,7 @@ PixelBuffer cBitFilter::Contrast(int32_t Factor) {
         sumRows(int32_t{0}, ofRow, [this](int32_t y) { reportRow(y, OnFailure::skip); });
     raiseProgress(100);
     const int32_t count = BitsWidth() * BitsHeight();
-    const int32_t mean = count == 0 ? 0 : sum / count;
+    const int32_t mean = count == 0 ? 0 : quotient(sum, count);
 
     const float c = percentFactor(Factor);
     std::array<int32_t, 256> spread{};

@@ -32,8 +32,10 @@ struct Smallest {
 
 uint32_t systemClock() {
     using namespace std::chrono;
-    return static_cast<uint32_t>(
-        duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
+    // Counted from the first reading. Counted from the machine's start, a new engine's time of
+    // the last report, 0, would lie in the future for half of every 50 days.
+    static const steady_clock::time_point start = steady_clock::now() - seconds(1);
+    return static_cast<uint32_t>(duration_cast<milliseconds>(steady_clock::now() - start).count());
 }
 
 void cBitFilter::Bits(PixelBuffer given) {
@@ -73,7 +75,7 @@ int32_t cBitFilter::GetLMed() const {
             sum += brightness(p);
         return sum;
     };
-    return sumRows(int32_t{0}, ofRow) / count;
+    return quotient(sumRows(int32_t{0}, ofRow), count);
 }
 
 float cBitFilter::GetAngle(int32_t dX, int32_t dY) {
@@ -92,14 +94,11 @@ void cBitFilter::PrepareBitmap(BitmapHeader& header, PixelBuffer& given, int32_t
 PixelBuffer cBitFilter::NewDoc(uint8_t R, uint8_t G, uint8_t b) {
     PixelBuffer result = bits_;
     const Rect scan = regionBox(0).scan;
-    if (scan.isEmpty()) return result;
     Pixel* block = result.writableBlock();
     for (int32_t y = scan.top; y < scan.bottom; ++y) {
-        Pixel* row = block + result.offsetOfRow(y);
         for (int32_t x = scan.left; x < scan.right; ++x)
-            row[x] = {b, G, R, row[x].fourth};
-        if (static_cast<int32_t>(timeGetTime() - lastTick_) > reportInterval)
-            lastTick_ = timeGetTime();
+            takeColours(block[result.offsetOfRow(y) + x], {b, G, R, 0});
+        isReportDue();
     }
     return result;
 }
@@ -168,9 +167,14 @@ void SurroundingsCopy::take(int32_t x, int32_t y) {
             places_.push_back(bits_.reached(x + dx * stencil_.spacing, y + dy * stencil_.spacing));
 }
 
-void cBitFilter::report(int32_t part, int32_t whole, OnFailure mode) {
-    if (static_cast<int32_t>(timeGetTime() - lastTick_) <= reportInterval) return;
+bool cBitFilter::isReportDue() {
+    if (static_cast<int32_t>(timeGetTime() - lastTick_) <= reportInterval) return false;
     lastTick_ = timeGetTime();
+    return true;
+}
+
+void cBitFilter::report(int32_t part, int32_t whole, OnFailure mode) {
+    if (!isReportDue()) return;
     if (whole == 0) {
         if (mode == OnFailure::skip) return;
         throw StatementFailed("there is no percentage of nothing");

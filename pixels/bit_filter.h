@@ -35,14 +35,16 @@ enum class Uncovered;
 
 /// The filter engine: one image, the region of it that filters may touch, and the image functions.
 ///
-/// A filter member reads the image and returns a new buffer; the image itself stays. Outside the
-/// region, in the margin and in the fourth channel the result equals the source. Rows go out as
-/// `Progress` at most every 10 milliseconds, and Progress(100) once at a filter's end.
+/// A filter member reads the image and returns a new buffer; the image itself stays. Unless the
+/// member says otherwise, the result equals the source outside the region and in the fourth
+/// channel. After a row the percentage done goes out as `Progress` where more than 10 milliseconds
+/// have passed since the last time, and Progress(100) once at a filter's end. Rows beyond the
+/// buffer are neither walked nor reported.
 ///
 /// Not reentrant: a listener of `Progress` must not call a filter of the same object.
 ///
 /// Members marked (skips) run in skipping mode; of the others, a failing statement reaches the
-/// caller as StatementFailed.
+/// caller as StatementFailed. Want of memory for the result reaches it from all of them.
 class cBitFilter {
   public:
     /// Called on the caller's thread with the percentage done, measured against the whole height.
@@ -51,7 +53,8 @@ class cBitFilter {
     /// The clock that spaces the reports of Progress.
     std::function<uint32_t()> timeGetTime = systemClock;
     /// The random numbers of DIFFUSE and NOISE. Neither seeds them: the sequence goes on from one
-    /// call to the next.
+    /// call to the next. A program has one sequence because it has one engine; engines of
+    /// pictures that run by themselves have one each.
     RandomGenerator random;
 
     int32_t BitsWidth() const { return maxX_ + 1; }
@@ -59,7 +62,8 @@ class cBitFilter {
 
     const PixelBuffer& Bits() const { return bits_; }
     /// Takes the image in; region, scan rectangle and the time of the last report stay.
-    /// \throws StatementFailed for a buffer without dimensions; the size then stays as it was.
+    /// \throws StatementFailed for a buffer without dimensions; the image is dropped
+    ///         then, and the size stays as it was.
     void Bits(PixelBuffer given);
 
     /// The region that filters keep to. It stays its owner's: once the owner lets go of it,
@@ -70,7 +74,8 @@ class cBitFilter {
     /// Largest and smallest (B + G + R) \ 3 of the whole image; 0 and 255 for an empty one.
     int32_t GetLMax() const;
     int32_t GetLMin() const;
-    /// Mean of (B + G + R) \ 3 over the whole image, truncated.
+    /// Mean of (B + G + R) \ 3 over the whole image, truncated. The sum is a 32-bit integer like
+    /// all others and wraps on very large bright pictures.
     /// \throws StatementFailed for an empty image.
     int32_t GetLMed() const;
 
@@ -199,7 +204,8 @@ class cBitFilter {
     /// The smallest of each channel in a window of 3 by 3. (skips)
     PixelBuffer ERODE();
     /// Minimum (fltType 0) or maximum (1) of each channel over the pixel and its four direct
-    /// neighbours; any other fltType gives black. The outermost 1 - fltType pixels stay.
+    /// neighbours; any other fltType gives black. With fltType 0 the outermost
+    /// pixels of the region's box stay.
     PixelBuffer RankFilterN4(int32_t fltType);
     /// The same over the pixel and its four diagonal neighbours.
     PixelBuffer RankFilterND(int32_t fltType);
@@ -341,11 +347,12 @@ class cBitFilter {
     template <class RowOf>
     PixelBuffer filterSources(Uncovered uncovered, RowOf rowOf);
     /// `change(run)` for the region's pixels in the square of 2 * radius + 1 pixels a side around
-    /// a centre. Reports against the square's height; a radius of 0 fails there.
+    /// a centre. Each row of the square reports against the square's height; a radius of 0 fails
+    /// there.
     template <class Change>
     PixelBuffer filterSquare(OnFailure mode, Point centre, int32_t radius, Change change);
     /// `paintCell(result, cell)` for each cell, or each row of joined cells, of a grid that may
-    /// reach into the buffer, row by row; reports after each row of cells.
+    /// reach into the buffer, row by row; reports after each row of such cells.
     /// \throws StatementFailed for a step of 0 that would never end
     template <class PaintCell>
     PixelBuffer filterCells(OnFailure mode, const CellGrid& grid, PaintCell paintCell);
@@ -379,13 +386,16 @@ class cBitFilter {
     /// \throws StatementFailed for a step of 0 that would never end
     static std::vector<int32_t> steps(int32_t from, int32_t to, int32_t step, int64_t lowest,
                                       int64_t highest);
-    /// Of `count` windows from (x, y) on, the ones from first to last lie in the buffer.
+    /// Of `count` windows from (x, y) on, those from `first` up to, but without, `last` lie in the
+    /// buffer.
     std::pair<size_t, size_t> windowsInBuffer(int32_t x, int32_t y, size_t count,
                                               const Stencil& stencil) const;
     /// The part of a rectangle that lies in the buffer, margin included.
     Rect inBuffer(const Rect& rect) const;
     /// Sets the inclusive rectangle that a filter with this margin walks.
     void SetScanRect(int32_t margin);
+    /// Whether a report is due; if so the time of the last report is now.
+    bool isReportDue();
     /// The report after a part of the work: Progress((part * 100) \ whole) where more than 10 ms
     /// have passed. A whole of 0 fails.
     void report(int32_t part, int32_t whole, OnFailure mode);
@@ -395,6 +405,8 @@ class cBitFilter {
 
     /// Milliseconds that must have passed since the last report.
     static constexpr int32_t reportInterval = 10;
+    /// The largest radius of a square of which all rows report.
+    static constexpr int32_t largestWholeSquare = 1 << 20;
 
     PixelBuffer bits_;
     int32_t maxX_ = 0;

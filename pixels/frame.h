@@ -95,14 +95,18 @@ void cBitFilter::visitRuns(const Rect& rect, Visit visit) const {
     const RegionHandle region = regionHandle_.lock();
     if (!region || !bits_.isDimensioned()) return;
     const Rect clipped = inBuffer(rect);
-    for (int32_t y = clipped.top; y < clipped.bottom; ++y)
-        for (const Rect& part : region->band(y)) {
-            const int32_t from = std::max(part.left, clipped.left);
-            const int32_t to = std::min(part.right, clipped.right);
+    for (int32_t y = clipped.top; y < clipped.bottom; ++y) {
+        const std::span<const Rect> band = region->band(y);
+        auto part = std::partition_point(band.begin(), band.end(),
+                                         [&](const Rect& r) { return r.right <= clipped.left; });
+        for (; part != band.end() && part->left < clipped.right; ++part) {
+            const int32_t from = std::max(part->left, clipped.left);
+            const int32_t to = std::min(part->right, clipped.right);
             if (from >= to) continue;
             visit(std::span<const Pixel>(bits_.row(y) + from, static_cast<size_t>(to - from)), from,
                   y);
         }
+    }
 }
 
 template <class Change>
@@ -226,13 +230,18 @@ PixelBuffer cBitFilter::filterSquare(OnFailure mode, Point centre, int32_t radiu
     const int64_t reach = radius;
     const int32_t left = clampToInteger(centre.x - reach);
     const int32_t right = clampToInteger(centre.x + reach + 1);
-    // The rows beyond the buffer hold no pixel; each such stretch counts as one row.
-    const int32_t above = -PixelBuffer::margin - 1;
-    const int32_t below = maxY_ + PixelBuffer::margin + 1;
-    const auto top = static_cast<int32_t>(std::clamp<int64_t>(centre.y - reach, above, below));
-    const auto bottom = static_cast<int32_t>(std::clamp<int64_t>(centre.y + reach, above, below));
-    for (int32_t y = top; y <= bottom && radius >= 0; ++y) {
-        paintRuns(result, {left, y, right, y + 1}, change);
+    int64_t top = centre.y - reach;
+    int64_t bottom = centre.y + reach;
+    // Rows beyond the buffer hold no pixel and are reported like all others, unless the square is
+    // larger than any picture: then each such stretch counts as one row.
+    if (radius > largestWholeSquare) {
+        const int64_t above = -PixelBuffer::margin - 1;
+        const int64_t below = maxY_ + PixelBuffer::margin + 1;
+        top = std::clamp(top, above, below);
+        bottom = std::clamp(bottom, above, below);
+    }
+    for (int64_t y = top; y <= bottom; ++y) {
+        paintRuns(result, {left, clampToInteger(y), right, clampToInteger(y + 1)}, change);
         const int64_t done = std::clamp<int64_t>(y - centre.y + reach, 0, 2 * reach);
         report(static_cast<int32_t>(done), 2 * radius, mode);
     }

@@ -22,7 +22,7 @@ inline int32_t roundToInteger(double value) {
     return std::numeric_limits<int32_t>::min();
 }
 
-/// Stores a value as a single where a definition says so.
+/// Stores a value with the precision of 32 bits, where an intermediate one is kept so.
 constexpr float single(double value) { return static_cast<float>(value); }
 
 /// Limits an integer to the range of 32 bits.

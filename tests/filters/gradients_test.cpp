@@ -35,14 +35,15 @@ TEST(Gradient, BetweenTwoEqualPointsIsThePictureAndReportsNothing) {
     }
 }
 
-TEST(Gradient, BetweenPointsWhoseSquaredDistanceWrapsTo0OrBelowIsThePictureToo) {
-    // 65536 squared is 2^32; 50000 squared is above 2^31.
+TEST(Gradient, BetweenFarPointsIsAsFlatAsTheirDistanceIsLong) {
+    // 65536 squared is 2^32, which 32 bits do not hold; 8 pixels of the way are no level yet.
     for (const Gradient gradient : both)
         for (const int32_t far : {65536, 50000}) {
             Engine engine(randomBuffer(9, 7, 1));
-            EXPECT_EQ(call(engine, gradient, {0, 0}, {far, 0}, black, white, 100, 1),
-                      engine.picture);
-            EXPECT_TRUE(engine.reports.empty());
+            const PixelBuffer result =
+                call(engine, gradient, {0, 0}, {far, 0}, white, black, 100, 1);
+            EXPECT_EQ(levelsOf(result), Rows(7, std::vector<uint8_t>(9, 255)));
+            EXPECT_EQ(engine.reports, std::vector<int32_t>{100});
         }
 }
 

@@ -194,6 +194,15 @@ TEST(SynthesisReports, OfADiscAreMeasuredAgainstItsHeight) {
               (Reports{0, 25, 50, 75, 100, 100}));
 }
 
+TEST(SynthesisReports, OfADiscCountItsRowsOutsideTheImage) {
+    // Around the first row: two of the five rows lie above the image, which has a margin of two,
+    // and of a larger disc four of nine.
+    EXPECT_EQ(reportsOf([](Engine& e) { e.filter.Light(0.5F, 0, 0.25F, 10, 0); }),
+              (Reports{0, 25, 50, 75, 100, 100}));
+    EXPECT_EQ(reportsOf([](Engine& e) { e.filter.Light(0.5F, 0, 0.5F, 10, 0); }),
+              (Reports{0, 12, 25, 37, 50, 62, 75, 87, 100, 100}));
+}
+
 TEST(SynthesisReports, OfATextureFollowEachRowOfTiles) {
     // A texture of 3 rows is laid in steps of 2.
     EXPECT_EQ(reportsOf([](Engine& e) { e.filter.Texturize(randomBuffer(4, 3, 7)); }),

@@ -373,9 +373,9 @@ inline PixelBuffer gradient(const PixelBuffer& source, const Region& region,
     PixelBuffer result = source;
     const int32_t dX = with.X2 - with.X1;
     const int32_t dY = with.Y2 - with.Y1;
-    const int32_t squares = dX * dX + dY * dY;
-    if (squares <= 0) return result;  // a negative number has no root, which leaves 0
-    const int32_t rad = round(std::sqrt(double(squares)));
+    const double dist = std::sqrt(double(dX) * dX + double(dY) * dY);
+    if (dist == 0) return result;
+    const int32_t rad = round(dist);
     const float p = static_cast<float>(with.Pressure / 100.0);
     const float ip = static_cast<float>(1 - double{p});
     float freq = static_cast<float>((with.Frequency - 1) * 3.141592025756836);

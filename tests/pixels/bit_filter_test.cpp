@@ -223,5 +223,32 @@ TEST(BitFilter, TheSystemClockNeverRunsBackwards) {
     EXPECT_LT(second - first, 60000U);
 }
 
+TEST(BitFilter, TheSystemClockCountsFromItsFirstReadingOn) {
+    // However long the machine has been up, a new engine's first row is late.
+    EXPECT_GT(systemClock(), 10U);
+    EXPECT_LT(systemClock(), 24U * 60 * 60 * 1000);
+    cBitFilter filter;
+    std::vector<int32_t> reports;
+    keepReports(filter, reports);
+    const PixelBuffer picture = randomBuffer(2, 2, 1);
+    const RegionHandle whole = wholeRegion(picture);
+    filter.Bits(picture);
+    filter.BitsRegion(whole);
+    filter.Flip(true, false);
+    EXPECT_EQ(reports.at(0), 0);
+}
+
+TEST(BitFilter, ANewDocReadsTheClockForEachRowOfTheBox) {
+    const PixelBuffer picture = randomBuffer(6, 5, 1);
+    const RegionHandle beside = regionOf({{100, 0, 110, 5}});
+    cBitFilter filter;
+    filter.Bits(picture);
+    filter.BitsRegion(beside);
+    SteppingClock clock(100, 11);
+    clock.attachTo(filter);
+    EXPECT_EQ(filter.NewDoc(1, 2, 3), picture);
+    EXPECT_EQ(clock.readings(), 10) << "two a row, since each is late";
+}
+
 }  // namespace
 }  // namespace tessarine::tests
