@@ -185,7 +185,9 @@ class DispatchTable : public ChainFixture {
         batch.pickRelY = relY;
     }
 
-    const PixelBuffer picture = randomBuffer(200, 174, 5);
+    // Darkened, since its median brightness would else be where Equalize moves it.
+    const PixelBuffer picture =
+        filtered(randomBuffer(200, 174, 5), [](cBitFilter& f) { return f.BRIGHTNESS(-30); });
 };
 
 TEST_F(DispatchTable, HoldsEveryIdButTheOnesThatResizeAndTheFreeOne) {

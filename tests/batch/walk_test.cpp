@@ -321,18 +321,6 @@ TEST_F(Walk, AnEmptyPictureIsResizedToBlack) {
             }
 }
 
-TEST_F(Walk, AResizeWithoutASourcePictureKeepsNoProportions) {
-    for (const int32_t smooth : {0, 1}) {
-        batch.iSrc = PictureHolder();
-        batch.funcParam = {40, 30, smooth};
-        batch.funcOption = true;
-        const PixelBuffer picture(0, 0);
-        const PixelBuffer result = resultOf(*findFunction(59), picture, wholeRegion(picture));
-        EXPECT_EQ(result.width(), 40);
-        EXPECT_EQ(result.height(), 0);
-    }
-}
-
 TEST_F(Walk, AnEmptyPictureIsTurnedIntoBlackOfTheSourcesTurnedSize) {
     for (const Size& size : std::vector<Size>{{0, 0}, {0, 5}, {5, 0}})
         for (const bool smooth : {false, true}) {
