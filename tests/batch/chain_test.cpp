@@ -211,43 +211,6 @@ TEST_F(Row, OfSwapRgbReadsTheBoxesAtTheMomentOfApplication) {
     expectResult(expected());
 }
 
-/// A row's function with its columns, and the member's call that it stands for.
-struct Dispatch {
-    int16_t id;
-    std::vector<std::string> columns;
-    PixelBuffer (*call)(cBitFilter&);
-};
-
-TEST_F(Row, CallsTheMemberOfItsIdWithItsColumns) {
-    const std::vector<Dispatch> table = {
-        {1, {"25"}, [](cBitFilter& f) { return f.BRIGHTNESS(25); }},
-        {2, {"40"}, [](cBitFilter& f) { return f.Contrast(40); }},
-        {3, {"-60"}, [](cBitFilter& f) { return f.SATURATION(-60); }},
-        {4, {"30"}, [](cBitFilter& f) { return f.GammaCorrection(30); }},
-        {13, {"90"}, [](cBitFilter& f) { return f.Threshold(90); }},
-        {15, {"31"}, [](cBitFilter& f) { return f.Reduction(31); }},
-        {25, {"10", "-20", "30"}, [](cBitFilter& f) { return f.ShiftRGB(10, -20, 30); }},
-        {26,
-         {"1", "2", "0"},
-         [](cBitFilter& f) {
-             return f.SwapRGB(1, 2, 0, false, false, false, false, false, false);
-         }},
-        {46, {}, [](cBitFilter& f) { return f.Equalize(); }},
-        {49, {}, [](cBitFilter& f) { return f.GreyScale(); }},
-        {51, {}, [](cBitFilter& f) { return f.Invert(); }},
-    };
-    for (const Dispatch& function : table) {
-        TrayRow& row = addRow(function.id);
-        for (size_t k = 0; k < function.columns.size(); ++k)
-            row.columns[k] = function.columns[k];
-        batch.cFilter.Bits(sample);
-        batch.ApplyRow(function.id, static_cast<int16_t>(batch.Ltray.size()), true);
-        const PixelBuffer expected = filtered(sample, function.call);
-        EXPECT_FALSE(expected == sample) << function.id;
-        EXPECT_EQ(batch.workBits, expected) << function.id;
-    }
-}
-
 TEST_F(Chain, AddingMovesTheResultOnAndWritesTheWholeWorkingState) {
     batch.functionId = 12;
     batch.funcParam = {-5, 70000, 0};

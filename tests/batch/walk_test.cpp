@@ -1,4 +1,5 @@
 #include <functional>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -173,6 +174,34 @@ class Walk : public testing::Test {
     cBatch batch{platform};
 };
 
+/// Two rectangles that overlap or not, whose box leaves a pixel on each side where there is one.
+RegionHandle innerRegion(const Size& size) {
+    const int32_t left = size.width >= 3 ? 1 : 0;
+    const int32_t top = size.height >= 3 ? 1 : 0;
+    const int32_t right = size.width - left;
+    const int32_t bottom = size.height - top;
+    const int32_t width = right - left;
+    const int32_t height = bottom - top;
+    return regionOf({{left, top, left + (width + 1) / 2, top + (height + 1) / 2},
+                     {left + width / 3, top + height / 2, right, bottom}});
+}
+
+/// The same up to the picture's edges.
+RegionHandle outerRegion(const Size& size) {
+    return regionOf({{0, 0, (size.width + 1) / 2, (size.height + 1) / 2},
+                     {size.width / 3, size.height / 2, size.width, size.height}});
+}
+
+/// From the middle on to beyond the margin.
+RegionHandle regionBeyond(const Size& size) {
+    return regionOf({{size.width / 2, size.height / 2, size.width + 9, size.height + 7}});
+}
+
+/// Right of the margin.
+RegionHandle regionOutside(const Size& size) {
+    return regionOf({{size.width + 2, 0, size.width + 5, size.height}});
+}
+
 TEST_F(Walk, EveryFunctionKeepsToItsBoundsOnPicturesOfEveryShape) {
     const std::vector<Size> sizes{{1, 1}, {1, 9}, {9, 1}, {2, 2}, {3, 2}, {41, 30}};
     batch.cFilter.timeGetTime = [] { return 0U; };
@@ -186,19 +215,57 @@ TEST_F(Walk, EveryFunctionKeepsToItsBoundsOnPicturesOfEveryShape) {
                 SCOPED_TRACE(std::string(function.name) + " " + setting.text + " on " +
                              std::to_string(size.width) + " by " + std::to_string(size.height));
                 const PixelBuffer picture = randomBuffer(size.width, size.height, 7);
-                const RegionHandle whole = wholeRegion(picture);
-                expectOutsideUntouched(function, picture, resultOf(function, picture, whole),
-                                       *whole);
-                const RegionHandle two =
-                    regionOf({{0, 0, (size.width + 1) / 2, (size.height + 1) / 2},
-                              {size.width / 3, size.height / 2, size.width, size.height}});
-                expectOutsideUntouched(function, picture, resultOf(function, picture, two), *two);
-                calls += 2;
+                for (const RegionHandle& region : {wholeRegion(picture), outerRegion(size),
+                                                   innerRegion(size), regionBeyond(size)}) {
+                    expectOutsideUntouched(function, picture, resultOf(function, picture, region),
+                                           *region);
+                    ++calls;
+                }
                 if (HasFailure()) return;
             }
         }
     }
-    EXPECT_GT(calls, 69 * 2 * 6);
+    EXPECT_GT(calls, 69 * 4 * 6);
+}
+
+TEST_F(Walk, TheInnerRegionsBoxIsAProperPartOfThePicture) {
+    const Rect box = innerRegion({41, 30})->box();
+    EXPECT_EQ(box, (Rect{1, 1, 40, 29}));
+    EXPECT_FALSE(*innerRegion({41, 30}) == Region(box));
+}
+
+TEST_F(Walk, WhereTheRegionHoldsNothingOfThePictureTheResultIsTheSource) {
+    batch.cFilter.timeGetTime = [] { return 0U; };
+    int calls = 0;
+    for (const FunctionDef& function : functionTable()) {
+        if (function.treeIndex == 0 || resizes(function.id) || ignoresRegion(function.id)) continue;
+        for (const Setting& setting : settingsOf(function)) {
+            set(function, setting);
+            for (const Size& size : std::vector<Size>{{1, 1}, {1, 9}, {17, 12}}) {
+                SCOPED_TRACE(std::string(function.name) + " " + setting.text + " on " +
+                             std::to_string(size.width) + " by " + std::to_string(size.height));
+                const PixelBuffer picture = randomBuffer(size.width, size.height, 7);
+                const auto empty = std::make_shared<const Region>();
+                EXPECT_EQ(resultOf(function, picture, empty), picture) << "empty region";
+                EXPECT_EQ(resultOf(function, picture, nullptr), picture) << "no region";
+                const RegionHandle outside = regionOutside(size);
+                EXPECT_EQ(resultOf(function, picture, outside), picture) << "beyond the picture";
+                ++calls;
+                if (HasFailure()) return;
+            }
+        }
+    }
+    EXPECT_GT(calls, 65 * 3);
+}
+
+TEST_F(Walk, FlipTurnsThePictureWithoutARegion) {
+    const PixelBuffer picture = randomBuffer(17, 12, 7);
+    for (const int16_t id : {int16_t{68}, int16_t{69}}) {
+        const FunctionDef& function = *findFunction(id);
+        set(function, {"", [](cBatch&) {}});
+        EXPECT_EQ(resultOf(function, picture, std::make_shared<const Region>()),
+                  resultOf(function, picture, wholeRegion(picture)));
+    }
 }
 
 TEST_F(Walk, EveryFunctionGivesTheSamePictureTwice) {
@@ -207,11 +274,14 @@ TEST_F(Walk, EveryFunctionGivesTheSamePictureTwice) {
     const RegionHandle whole = wholeRegion(picture);
     for (const FunctionDef& function : functionTable()) {
         if (function.treeIndex == 0) continue;
-        set(function, {});
-        batch.cFilter.random = RandomGenerator();
-        const PixelBuffer first = resultOf(function, picture, whole);
-        batch.cFilter.random = RandomGenerator();
-        EXPECT_EQ(resultOf(function, picture, whole), first) << function.name;
+        for (const Setting& setting : settingsOf(function)) {
+            set(function, setting);
+            batch.cFilter.random = RandomGenerator();
+            const PixelBuffer first = resultOf(function, picture, whole);
+            batch.cFilter.random = RandomGenerator();
+            EXPECT_EQ(resultOf(function, picture, whole), first)
+                << function.name << " " << setting.text;
+        }
     }
 }
 
@@ -219,13 +289,60 @@ TEST_F(Walk, OnAnEmptyPictureEveryFunctionEnds) {
     batch.cFilter.timeGetTime = [] { return 0U; };
     for (const FunctionDef& function : functionTable()) {
         if (function.treeIndex == 0 || resizes(function.id)) continue;
-        set(function, {});
-        for (const Size& size : std::vector<Size>{{0, 0}, {0, 5}, {5, 0}}) {
-            const PixelBuffer picture(size.width, size.height);
-            const RegionHandle whole = wholeRegion(picture);
-            EXPECT_EQ(resultOf(function, picture, whole), picture) << function.name;
+        for (const Setting& setting : settingsOf(function)) {
+            set(function, setting);
+            for (const Size& size : std::vector<Size>{{0, 0}, {0, 5}, {5, 0}}) {
+                const PixelBuffer picture(size.width, size.height);
+                const RegionHandle whole = wholeRegion(picture);
+                EXPECT_EQ(resultOf(function, picture, whole), picture)
+                    << function.name << " " << setting.text;
+                EXPECT_EQ(resultOf(function, picture, regionBeyond(size)).width(), size.width)
+                    << function.name << " " << setting.text;
+            }
         }
     }
+}
+
+// ---- The functions that resize, on pictures without pixels ----
+
+TEST_F(Walk, AnEmptyPictureIsResizedToBlack) {
+    // The source holder never has a side of 0 and keeps the size it had: 200 by 174.
+    for (const Size& size : std::vector<Size>{{0, 0}, {0, 5}, {5, 0}})
+        for (const int32_t smooth : {0, 1})
+            for (const bool keepProportions : {false, true}) {
+                batch.iSrc.setPicture(samplePicture());
+                const FunctionDef& function = *findFunction(59);
+                batch.funcParam = {40, 30, smooth};
+                batch.funcOption = keepProportions;
+                const PixelBuffer picture(size.width, size.height);
+                EXPECT_EQ(resultOf(function, picture, wholeRegion(picture)),
+                          PixelBuffer(40, keepProportions ? 35 : 30))
+                    << size.width << " by " << size.height << ", " << smooth;
+            }
+}
+
+TEST_F(Walk, AnEmptyPictureIsTurnedIntoBlackOfTheSourcesTurnedSize) {
+    for (const Size& size : std::vector<Size>{{0, 0}, {0, 5}, {5, 0}})
+        for (const bool smooth : {false, true}) {
+            batch.iSrc.setPicture(Bitmap(PixelBuffer(40, 30)));
+            batch.sbDegrees = 90;
+            batch.funcOption = smooth;
+            const PixelBuffer picture(size.width, size.height);
+            EXPECT_EQ(resultOf(*findFunction(70), picture, wholeRegion(picture)),
+                      PixelBuffer(30, 40))
+                << size.width << " by " << size.height;
+        }
+}
+
+TEST_F(Walk, WithoutASourcePictureTurningLeavesNothing) {
+    for (const int16_t degrees : {0, 45, -180})
+        for (const bool smooth : {false, true}) {
+            batch.iSrc = PictureHolder();
+            batch.sbDegrees = degrees;
+            batch.funcOption = smooth;
+            const PixelBuffer picture(0, 0);
+            EXPECT_EQ(resultOf(*findFunction(70), picture, wholeRegion(picture)), picture);
+        }
 }
 
 }  // namespace

@@ -498,6 +498,19 @@ TEST(StuckiBw, TakesItsThresholdFromTheWholeImageWhateverTheRegion) {
     EXPECT_EQ(levelsOf(alone.filter.StuckiBW(0)), (Rows{{0, 255, 255}}));
 }
 
+TEST(StuckiBw, OfMoreWhiteThan32BitsHoldTurnsBlackWhite) {
+    // 4096 * 2100 = 8601600 pixels, one of them black: 8601599 * 255 = 2193407745, which wraps to
+    // -2101559551 and makes the threshold -2101559551 \ 8601600 = -244. No level is below it.
+    Engine engine(drawBuffer(4096, 2100, [](int32_t x, int32_t y) {
+        return grey(x == 2 && y == 1 ? uint8_t{0} : uint8_t{255});
+    }));
+    engine.keepTo({{0, 0, 6, 3}});
+    const PixelBuffer result = engine.filter.StuckiBW(10);
+    for (int32_t y = 0; y < 3; ++y)
+        for (int32_t x = 0; x < 6; ++x)
+            EXPECT_EQ(result.at(x, y), grey(255)) << x << ", " << y;
+}
+
 TEST(StuckiBw, HandsErrorsOnToTheRightButNotToTheLastColumn) {
     // All at the threshold of 100. Column 0 becomes white, its error of -155 gives -29 and -14 to
     // the next two. 71 becomes black and gives 13 and 6; 99 becomes black and gives 18; 124

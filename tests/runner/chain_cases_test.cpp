@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 #include "runner/preparation.h"
@@ -20,10 +22,11 @@ std::vector<std::string> idsOf(const std::string& rows) {
 }
 
 /// The command line of a case, the program's name included.
-std::vector<std::string> wordsOf(const CaseRow& row, const ScratchFolder& folder) {
+std::vector<std::string> wordsOf(const CaseRow& row, const ScratchFolder& folder,
+                                 const std::string& mode) {
     std::vector<std::string> words{TESSARINE_BATCH,
                                    "--mode",
-                                   "window",
+                                   mode,
                                    "--quiet",
                                    "--format",
                                    "bmp",
@@ -38,15 +41,32 @@ std::vector<std::string> wordsOf(const CaseRow& row, const ScratchFolder& folder
     return words;
 }
 
+/// Fills what the run of a case reads, as the program does.
+void prepareCase(cBatch& batch, const CaseRow& row, const ScratchFolder& folder,
+                 const std::string& mode) {
+    const std::vector<std::string> words = wordsOf(row, folder, mode);
+    std::vector<const char*> argv;
+    for (const std::string& word : words)
+        argv.push_back(word.c_str());
+    const auto line = readCommandLine(static_cast<int>(argv.size()), argv.data());
+    ASSERT_TRUE(line.has_value());
+    ASSERT_EQ(line->windowMode, mode == "window");
+    prepareRun(batch, *line);
+}
+
+/// Where the run's picture differs from the one that the case expects; empty where nowhere.
+std::string differenceOf(const CaseRow& row, const ScratchFolder& folder) {
+    return firstDifference(readBitmapFile(folder / "Sample1.bmp"),
+                           readPixmap(casesFolder() + row.at("expected")));
+}
+
 TEST(ChainCases, TheWindowsRunGivesTheExpectedPictureToTheByte) {
     const ScratchFolder scratch;
     Tally tally("chains.tsv");
     for (const CaseRow& row : readCases("chains.tsv")) {
-        const Finished run = runProgram(wordsOf(row, scratch), scratch.path().string());
+        const Finished run = runProgram(wordsOf(row, scratch, "window"), scratch.path().string());
         ASSERT_EQ(run.status, 0) << row.at("name") << ": " << run.err;
-        const std::string difference =
-            firstDifference(readBitmapFile(scratch / "Sample1.bmp"),
-                            readPixmap(casesFolder() + row.at("expected")));
+        const std::string difference = differenceOf(row, scratch);
         EXPECT_EQ(difference, "") << row.at("name");
         const std::vector<std::string> ids = idsOf(row.at("rows"));
         tally.count(ids.size() == 1 ? "id " + ids[0] : "chains", difference.empty());
@@ -54,19 +74,31 @@ TEST(ChainCases, TheWindowsRunGivesTheExpectedPictureToTheByte) {
     EXPECT_EQ(tally.all(), 379);
 }
 
+TEST(ChainCases, TheFirstPictureByItselfIsTheOneOfTheWindowsRun) {
+    const ScratchFolder scratch;
+    int cases = 0;
+    for (const CaseRow& row : readCases("chains.tsv")) {
+        SilentPlatform platform;
+        cBatch batch(platform);
+        prepareCase(batch, row, scratch, "independent");
+        std::filesystem::remove(scratch / "Sample1.bmp");
+        batch.BatchEach();
+        ASSERT_EQ(batch.report.entries().size(), 1U);
+        ASSERT_EQ(batch.report.entries()[0].status, PictureReport::Status::saved)
+            << row.at("name") << ": " << batch.report.entries()[0].message;
+        EXPECT_EQ(differenceOf(row, scratch), "") << row.at("name");
+        ++cases;
+    }
+    EXPECT_EQ(cases, 379);
+}
+
 TEST(ChainCases, TheRunLeavesTheExpectedRandomNumbers) {
     const ScratchFolder scratch;
     int drawing = 0;
     for (const CaseRow& row : readCases("chains.tsv")) {
-        const std::vector<std::string> words = wordsOf(row, scratch);
-        std::vector<const char*> argv;
-        for (const std::string& word : words)
-            argv.push_back(word.c_str());
-        const auto line = readCommandLine(static_cast<int>(argv.size()), argv.data());
-        ASSERT_TRUE(line.has_value());
         SilentPlatform platform;
         cBatch batch(platform);
-        prepareRun(batch, *line);
+        prepareCase(batch, row, scratch, "window");
         // The preview that follows a run would draw on.
         batch.LSelectedFunctions.clear();
         batch.CmdBatchAll();
