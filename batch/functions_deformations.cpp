@@ -59,8 +59,8 @@ std::vector<FunctionDef> deformationFunctions() {
                      {"Definition", 0, 100, 0}},
          .picksPoint = true,
          .call = flare,
-         .sentence = "Throws a round spot of light on the picked point, strongest at its centre. "
-                     "The extension is the spot's radius in pixels of each picture.",
+         .sentence = "Throws a round spot of light on the picked point, strongest at its centre; "
+                     "the extension is its radius in pixels of each picture.",
          .example = "X=66,Y=45,Extension=60,Intensity=200"},
         {.id = 30,
          .name = "Fold",
@@ -103,8 +103,8 @@ std::vector<FunctionDef> deformationFunctions() {
          .sliders = {{"Diameter", 1, 100, 50}, {"Magnify factor", 0, 100, 50}},
          .picksPoint = true,
          .call = lens,
-         .sentence = "Magnifies what lies around the picked point, as a round lens does. The "
-                     "number of the diameter is the lens's radius in pixels of each picture.",
+         .sentence = "Magnifies what lies around the picked point, as a round lens does; the "
+                     "diameter's number is its radius in pixels of each picture.",
          .example = "X=66,Y=45,Diameter=45,Magnify factor=80"},
         {.id = 38,
          .name = "Scanliness",
