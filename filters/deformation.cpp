@@ -315,24 +315,14 @@ PixelBuffer cBitFilter::TILE(int32_t Factor) {
     const int32_t th = sizeOf(maxY_);
     const float fx = single(static_cast<double>(maxX_) / tw);
     const float fy = single(static_cast<double>(maxY_) / th);
-    SetScanRect(0);
-    const AxisTable columns(maxX_, [=, this](int32_t x) {
-        const auto inTile = static_cast<int32_t>((int64_t{x} - scanLeft_) % tw);
-        return roundToInteger(inTile * double{fx});
-    });
     // Tiles cover one line more than the step. The next tile leaves nothing of it, and after the
     // last tile that line lies outside the region's box.
-    const CellGrid grid{.left = scanLeft_,
-                        .top = scanTop_,
-                        .right = scanRight_,
-                        .bottom = scanBottom_,
-                        .stepX = tw,
-                        .stepY = th,
-                        .width = tw,
-                        .height = th,
-                        .reportFrom = 0,
-                        .reportWhole = maxY_,
-                        .joined = true};
+    CellGrid grid = gridOverBox(tw, th, tw, th);
+    grid.joined = true;
+    const AxisTable columns(maxX_, [=](int32_t x) {
+        const auto inTile = static_cast<int32_t>((int64_t{x} - grid.left) % tw);
+        return roundToInteger(inTile * double{fx});
+    });
     return filterCells(OnFailure::skip, grid, [&](PixelBuffer& result, const Rect& tiles) {
         paintRuns(result, tiles, [&](const RowRun& run) {
             const Pixel* source = bits_.row(roundToInteger((run.y - tiles.top) * double{fy}));

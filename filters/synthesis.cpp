@@ -186,16 +186,7 @@ PixelBuffer cBitFilter::HALFTONE(int32_t Radius, int32_t Definition, int32_t Int
     const float k = single((Intensity + 100) / 100.0);
     const int32_t step = 2 * Radius;
     const int32_t side = clampToInteger(2 * int64_t{Radius} + 1);
-    SetScanRect(0);
-    const CellGrid cells{.left = scanLeft_,
-                         .top = scanTop_,
-                         .right = scanRight_,
-                         .bottom = scanBottom_,
-                         .stepX = step,
-                         .stepY = step,
-                         .width = side,
-                         .height = side,
-                         .reportWhole = maxY_};
+    const CellGrid cells = gridOverBox(step, step, side, side);
     return filterCells(OnFailure::raise, cells, [&](PixelBuffer& result, const Rect& cell) {
         ColourSums colour;
         visitRuns(cell, [&](std::span<const Pixel> run, int32_t, int32_t) { colour.add(run); });
@@ -335,17 +326,8 @@ PixelBuffer cBitFilter::Texturize(const PixelBuffer& mskBits) {
     // Tiles overlap by one line: they lie as far apart as their first and last lines.
     const int32_t mW = mskBits.isDimensioned() ? mskBits.width() - 1 : 0;
     const int32_t mH = mskBits.isDimensioned() ? mskBits.height() - 1 : 0;
-    SetScanRect(0);
-    const CellGrid tiles{.left = scanLeft_,
-                         .top = scanTop_,
-                         .right = scanRight_,
-                         .bottom = scanBottom_,
-                         .stepX = mW,
-                         .stepY = mH,
-                         .width = mW + 1,
-                         .height = mH + 1,
-                         .reportWhole = maxY_,
-                         .joined = true};
+    CellGrid tiles = gridOverBox(mW, mH, mW + 1, mH + 1);
+    tiles.joined = true;
     return filterCells(OnFailure::skip, tiles, [&](PixelBuffer& result, const Rect& row) {
         paintRuns(result, row, [&](const RowRun& run) {
             const Pixel* texture = mskBits.row(run.y - row.top);

@@ -130,6 +130,19 @@ Rect cBitFilter::inBuffer(const Rect& rect) const {
             std::min(rect.right, maxX_ + margin + 1), std::min(rect.bottom, maxY_ + margin + 1)};
 }
 
+CellGrid cBitFilter::gridOverBox(int32_t stepX, int32_t stepY, int32_t width, int32_t height) {
+    SetScanRect(0);
+    return {.left = scanLeft_,
+            .top = scanTop_,
+            .right = scanRight_,
+            .bottom = scanBottom_,
+            .stepX = stepX,
+            .stepY = stepY,
+            .width = width,
+            .height = height,
+            .reportWhole = maxY_};
+}
+
 std::vector<int32_t> cBitFilter::steps(int32_t from, int32_t to, int32_t step, int64_t lowest,
                                        int64_t highest) {
     if (step == 0) {

@@ -356,6 +356,8 @@ class cBitFilter {
     /// there.
     template <class Change>
     PixelBuffer filterSquare(OnFailure mode, Point centre, int32_t radius, Change change);
+    /// Cells of width by height pixels all over the region's box, from its corner on.
+    CellGrid gridOverBox(int32_t stepX, int32_t stepY, int32_t width, int32_t height);
     /// `paintCell(result, cell)` for each cell, or each row of joined cells, of a grid that may
     /// reach into the buffer, row by row; reports after each row of such cells.
     /// \throws StatementFailed for a step of 0 that would never end

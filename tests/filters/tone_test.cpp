@@ -390,13 +390,6 @@ TEST(Tone, SwapBanksOfAnyOtherNumberChangesNothingAndStillReports) {
     }
 }
 
-/// All thirteen members with plain arguments.
-struct NamedCall {
-    const char* name;
-    bool skips;  ///< runs in skipping mode
-    PixelBuffer (*call)(cBitFilter&);
-};
-
 const NamedCall allMembers[] = {
     {"BRIGHTNESS", false, [](cBitFilter& f) { return f.BRIGHTNESS(7); }},
     {"Contrast", true, [](cBitFilter& f) { return f.Contrast(7); }},
@@ -437,30 +430,7 @@ TEST(Tone, AReportOfAPictureOneRowHighIsSkippedOrFailsAsTheMemberDoes) {
 }
 
 TEST(Tone, EveryMemberKeepsMarginFourthChannelSourceAndWhatLiesOutsideTheRegion) {
-    // Fourth bytes and a margin of their own, and a region of two parts.
-    PixelBuffer picture = randomBuffer(20, 12, 13);
-    Pixel* block = picture.writableBlock();
-    for (size_t i = 0; i < picture.pixelCount(); ++i)
-        if (block[i] == Pixel{}) block[i] = {11, 22, 33, 44};
-    const RegionHandle region = regionOf({{0, 0, 10, 5}, {5, 5, 15, 9}});
-    for (const NamedCall& member : allMembers) {
-        Engine engine(picture);
-        engine.filter.BitsRegion(region);
-        const PixelBuffer result = member.call(engine.filter);
-        int changed = 0;
-        for (int32_t y = -2; y < 14; ++y)
-            for (int32_t x = -2; x < 22; ++x) {
-                const Pixel& before = picture.at(x, y);
-                const Pixel& after = result.at(x, y);
-                EXPECT_EQ(after.fourth, before.fourth) << member.name;
-                if (!region->contains(x, y)) {
-                    EXPECT_EQ(after, before) << member.name << " at " << x << ", " << y;
-                }
-                changed += after == before ? 0 : 1;
-            }
-        EXPECT_GT(changed, 0) << member.name;
-        EXPECT_EQ(engine.filter.Bits(), picture) << member.name;
-    }
+    expectOnlyTheRegionsColoursToChange(allMembers);
 }
 
 TEST(Tone, EveryMemberOnAnEmptyRegionGivesTheSourceAndReportsItsEnd) {
