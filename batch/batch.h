@@ -62,6 +62,12 @@ struct SheetSlider {
     int32_t centreOffset = 0;
 };
 
+/// A panel of the status bar.
+struct StatusPanel {
+    std::string text;
+    std::string icon;  ///< the extension, in lower case, of the file type whose icon it shows
+};
+
 /// A progress bar.
 struct ProgressBar {
     bool visible = false;
@@ -171,6 +177,9 @@ class cBatch {
     ProgressBar pb;
     std::string RTF;
     bool stopRequested = false;
+
+    /// The status bar's panels; "SB(1)" is the first of them.
+    std::array<StatusPanel, 5> SB{{{"Ombrel Tessarine", {}}, {}, {}, {}, {}}};
 
     // ---- The window, as settings know it ----
 

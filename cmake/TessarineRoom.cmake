@@ -20,7 +20,7 @@ endif()
 # include path: each room publishes a folder of its own that holds nothing but a link to it.
 function(tessarine_room name)
   cmake_parse_arguments(ROOM "" "" "USES;LIBRARIES" ${ARGN})
-  file(GLOB sources CONFIGURE_DEPENDS *.cpp)
+  file(GLOB sources CONFIGURE_DEPENDS *.cpp *.h)
   list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
   add_library(tessarine_${name} STATIC ${sources})
   set(door ${PROJECT_BINARY_DIR}/doors/${name})

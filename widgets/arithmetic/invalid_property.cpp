@@ -1,0 +1,7 @@
+#include "widgets/arithmetic/invalid_property.h"
+
+namespace tessarine {
+
+InvalidPropertyValue::InvalidPropertyValue() : std::invalid_argument("invalid property value") {}
+
+}  // namespace tessarine

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include <QMainWindow>
+
+#include "batch/batch.h"
+#include "wizard/desktop.h"
+#include "wizard/repaints.h"
+#include "wizard/step.h"
+
+namespace tessarine {
+
+/// The main window: a wizard of four steps on one tab strip, with a status bar below. It owns the
+/// program without a screen and is the screen that the program knows.
+class fBatch : public QMainWindow, private Platform {
+    Q_OBJECT
+
+  public:
+    explicit fBatch(Desktop& desktop);
+    ~fBatch() override;
+
+    cBatch& batch() { return batch_; }
+    /// What the splash window's tick does: settings, controls, stored size, show.
+    void start() { batch_.Startup(); }
+    /// Takes in what a file manager hands over: function lists, picture lists, pictures, folders.
+    void openPaths(const std::vector<std::string>& paths);
+
+  signals:
+    /// The window stands; the splash window is no longer needed.
+    void ready();
+
+  private:
+    void messageBox(const std::string& text, Icon icon, const std::string& title) override;
+    std::optional<std::string> saveDialog(const std::string& filter) override;
+    std::optional<std::string> openDialog(const std::string& filter) override;
+    void giveWay() override;
+    void changed(std::string_view control) override { repaints_.changed(control); }
+    void openPath(const std::string& path) override { desktop_.openPath(path); }
+    void loadWindow() override;
+    void unloadWindow() override;
+    void maximizeWindow() override;
+    void sizeWindow(int32_t width, int32_t height) override;
+    void setDialogFolder(const std::string& folder) override { dialogFolder_ = folder; }
+    void showWindow() override;
+    void unloadSplash() override { emit ready(); }
+    bool anotherInstanceRuns() override { return desktop_.anotherInstanceRuns(); }
+    std::string programFolder() override { return desktop_.programFolder(); }
+
+    Desktop& desktop_;
+    Repaints repaints_;
+    std::string dialogFolder_;
+    cBatch batch_;
+    std::array<Step*, 4> steps_{};
+};
+
+}  // namespace tessarine

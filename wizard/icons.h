@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string_view>
+
+#include <QIcon>
+
+namespace tessarine {
+
+/// The program's own icon of a name ("open-list"), in the colours of the current palette, crisp
+/// at every size and density. The names are those of assets/icons.
+QIcon programIcon(std::string_view name);
+
+/// A picture of the program ("splash", "about", "banner"), of assets/pictures.
+QIcon programPicture(std::string_view name);
+
+}  // namespace tessarine

@@ -1,0 +1,6 @@
+#include <QApplication>
+
+int main(int argumentCount, char** arguments) {
+    const QApplication application(argumentCount, arguments);
+    return QApplication::exec();
+}

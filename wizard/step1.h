@@ -1,0 +1,19 @@
+#pragma once
+
+#include "wizard/step.h"
+
+namespace tessarine {
+
+class Frame_step1 : public Step {
+    Q_OBJECT
+
+  public:
+    Frame_step1(const StepContext& context, QWidget* parent);
+
+    void layOut() override;
+
+  private:
+    StepContext context_;
+};
+
+}  // namespace tessarine
