@@ -184,8 +184,8 @@ void cpvSlider::paintRail(QPainter& painter) const {
 
     // A sunken edge is dark at the top and light at the bottom, a raised one the other way.
     const auto line = [&](double inset, bool sunken) {
-        const QColor dark = mixed(window, Qt::black, 0.55);
-        const QColor light = mixed(window, Qt::white, 0.75);
+        const QColor dark(0, 0, 0, 60);
+        const QColor light(255, 255, 255, 70);
         const QRectF edge = strip.adjusted(inset, inset, -inset, -inset);
         QLinearGradient shade(edge.topLeft(),
                               Orientation() == 0 ? edge.bottomLeft() : edge.topRight());
@@ -215,8 +215,11 @@ void cpvSlider::paintThumb(QPainter& painter) const {
     const QColor text = palette().color(QPalette::WindowText);
     const QColor accent = palette().color(QPalette::Highlight);
     const bool hot = isEnabled() && (track_.dragging() || underMouse());
-    painter.setPen(QPen(hot ? accent : mixed(window, text, isEnabled() ? 0.5 : 0.25), 1));
-    painter.setBrush(track_.dragging() ? accent : palette().color(QPalette::Button).lighter(108));
+    // On a dark ground a thumb in the colour of buttons would hardly be seen.
+    const QColor face = window.lightness() < 128 ? mixed(window, text, isEnabled() ? 0.75 : 0.4)
+                                                 : palette().color(QPalette::Button).lighter(108);
+    painter.setPen(QPen(hot ? accent : mixed(window, text, 0.5), 1));
+    painter.setBrush(track_.dragging() ? accent : face);
     painter.drawEllipse(thumb.adjusted(0.5, 0.5, -0.5, -0.5));
 }
 

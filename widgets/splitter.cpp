@@ -136,6 +136,13 @@ void Splitter::adopt(QWidget* control) {
     }
     // A neighbour that refuses to become small must not bury the bar.
     bar_->raise();
+    // The tab key goes from the first neighbour over the bar to the second.
+    if (control != leftOrTop_) return;
+    QWidget* last = nullptr;
+    for (QWidget* one = control; one == control || control->isAncestorOf(one);
+         one = one->nextInFocusChain())
+        if (one->focusPolicy() & Qt::TabFocus) last = one;
+    if (last) setTabOrder(last, bar_);
 }
 
 void Splitter::resizeEvent(QResizeEvent*) { arithmetic_.resize(width(), height()); }
