@@ -67,18 +67,15 @@ constexpr Colours night{
     .shadow = 0xff0b0c10,
 };
 
-/// Whether nobody but the program has a say in its looks: the style is the toolkit's own, and so
-/// are the colours.
-bool desktopBringsNothing() {
-    const QStyle& style = *QApplication::style();
-    if (style.name() != toolkitStyle) return false;
+/// Whether the colours are not those that the style comes with.
+bool desktopBringsColours() {
     const QPalette desktop = QApplication::palette();
-    const QPalette plain = style.standardPalette();
+    const QPalette plain = QApplication::style()->standardPalette();
     for (const QPalette::ColorRole role : {QPalette::Window, QPalette::WindowText, QPalette::Base,
                                            QPalette::Text, QPalette::Button, QPalette::Highlight})
         if (desktop.color(QPalette::Active, role) != plain.color(QPalette::Active, role))
-            return false;
-    return true;
+            return true;
+    return false;
 }
 
 /// Looking for a bus where none can be may start one, which takes its time.
@@ -133,7 +130,10 @@ QPalette programPalette(ColourScheme scheme) {
 }
 
 void applyAppearance(QApplication& application) {
-    if (!desktopBringsNothing()) return;
+    if (QApplication::style()->name() != toolkitStyle) return;
+    const bool hasColours = desktopBringsColours();
+    QApplication::setStyle(new ProgramStyle);
+    if (hasColours) return;
     ColourScheme scheme = ColourScheme::light;
     if (sessionHasBus()) {
         auto* preference =
@@ -141,7 +141,6 @@ void applyAppearance(QApplication& application) {
         preference->wait(patienceAtStart);
         scheme = preference->scheme();
     }
-    QApplication::setStyle(new ProgramStyle);
     showScheme(scheme);
 }
 
