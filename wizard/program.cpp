@@ -7,6 +7,7 @@
 #include <QUrl>
 
 #include "widgets/splash.h"
+#include "wizard/appearance.h"
 #include "wizard/batch_window.h"
 #include "wizard/icons.h"
 #include "wizard/leaving.h"
@@ -76,7 +77,7 @@ int runProgram(int argumentCount, char** arguments) {
     }
 
     // The toolkit takes options of its own off the line.
-    const QApplication application(argumentCount, arguments);
+    QApplication application(argumentCount, arguments);
     const WindowCommandLine line =
         WindowCommandLine::parse({arguments + 1, arguments + argumentCount});
     if (!line.refusal.empty()) {
@@ -89,6 +90,8 @@ int runProgram(int argumentCount, char** arguments) {
     QApplication::setWindowIcon(programIcon("program"));
     // The end of the splash window is not the end of the program.
     QGuiApplication::setQuitOnLastWindowClosed(false);
+
+    applyAppearance(application);
 
     SystemDesktop desktop;
     fBatch window(desktop);

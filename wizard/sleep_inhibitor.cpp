@@ -30,7 +30,12 @@ void SleepInhibitor::keepAwake(bool awake) {
     awake_ = awake;
     ++asked_;
     if (awake) {
-        askLoginManager();
+        // A bus that is not there gives no answer either.
+        if (system_.isConnected()) {
+            askLoginManager();
+        } else {
+            askSession();
+        }
         return;
     }
     loginLock_ = {};
@@ -55,9 +60,14 @@ void SleepInhibitor::askLoginManager() {
             loginLock_ = reply.value();
             return;
         }
-        for (size_t i = 0; i < std::size(sessionServices); ++i)
-            askSession(i);
+        askSession();
     });
+}
+
+void SleepInhibitor::askSession() {
+    if (!session_.isConnected()) return;
+    for (size_t i = 0; i < std::size(sessionServices); ++i)
+        askSession(i);
 }
 
 void SleepInhibitor::askSession(size_t service) {

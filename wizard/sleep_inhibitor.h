@@ -30,6 +30,7 @@ class SleepInhibitor : public QObject {
     static const SessionService sessionServices[2];
 
     void askLoginManager();
+    void askSession();
     void askSession(size_t service);
     void release(size_t service, uint32_t cookie);
 
