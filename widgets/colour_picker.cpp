@@ -405,8 +405,17 @@ void fGradient::showModel() {
     p.labNew->setColour(cGradient::TranslateColor(p.model.Color()));
     p.labOld->setColour(cGradient::TranslateColor(p.model.oldColour()));
     p.chkAccel->setEnabled(p.model.acceleratedEnabled());
+    nameAreas();
     p.canvasStands = false;
     update();
+}
+
+void fGradient::nameAreas() {
+    auto& p = *parts_;
+    const auto captionOf = [](Axis axis) { return plain(axes[static_cast<size_t>(axis)].caption); };
+    p.imgBar->setAccessibleName(captionOf(p.model.axis()));
+    p.imgRect->setAccessibleName(captionOf(p.model.acrossAxis()) + " and " +
+                                 captionOf(p.model.upAxis()).toLower());
 }
 
 void fGradient::paintEvent(QPaintEvent*) {

@@ -48,6 +48,8 @@ class fGradient : public QDialog {
     void layOut();
     /// Shows what stands in the model.
     void showModel();
+    /// Tells those who do not see the pictures what runs along them.
+    void nameAreas();
     void paintCanvas();
     void paintMarkers();
 

@@ -92,6 +92,9 @@ class ColourPickerModel {
 
     // ---- Pictures ----
 
+    /// What runs along the rectangle's width and up its height.
+    Axis acrossAxis() const;
+    Axis upAxis() const;
     /// The rectangle's size in a window.
     /// \param numericWidth  of fraNumeric \param tickHeight  of chkWebSafe
     static Size rectangleSize(Size client, int32_t numericWidth, int32_t tickHeight);
@@ -152,8 +155,6 @@ class ColourPickerModel {
     /// A component's value and its highest one.
     double component(Axis axis) const;
     static double span(Axis axis);
-    Axis acrossAxis() const;
-    Axis upAxis() const;
 
     int32_t color_ = -1;
     int32_t oldColour_ = 0;
