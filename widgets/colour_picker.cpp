@@ -401,7 +401,7 @@ void fGradient::showModel() {
                          p.model.spinValue(axes[i].axis));
     const ColourTexts texts = p.model.texts();
     for (size_t i = 0; i < readOnly.size(); ++i)
-        p.texts[i]->setText(QString::fromStdString(texts.*readOnly[i].text));
+        p.texts[i]->show(QString::fromStdString(texts.*readOnly[i].text));
     p.labNew->setColour(cGradient::TranslateColor(p.model.Color()));
     p.labOld->setColour(cGradient::TranslateColor(p.model.oldColour()));
     p.chkAccel->setEnabled(p.model.acceleratedEnabled());

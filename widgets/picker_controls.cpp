@@ -178,6 +178,10 @@ ReadOnlyField::ReadOnlyField(const QString& name, const QString& widest, QWidget
     setAlignment(Qt::AlignRight);
 }
 
+void ReadOnlyField::show(const QString& given) {
+    if (text() != given) setText(given);
+}
+
 QSize ReadOnlyField::sizeHint() const {
     // The base class asks for the width of 17 letters.
     QSize size = QLineEdit::sizeHint();

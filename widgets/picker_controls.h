@@ -106,6 +106,9 @@ class ReadOnlyField : public QLineEdit {
     /// \param widest  a text of the greatest width
     ReadOnlyField(const QString& name, const QString& widest, QWidget* parent);
 
+    /// A text that stands already keeps what is selected of it.
+    void show(const QString& text);
+    using QWidget::show;
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
