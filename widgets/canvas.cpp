@@ -93,9 +93,9 @@ void cGradient::DrawEdge(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t Bo
     QPainter painter(hdc_);
     prepare(painter);
     const QRect rect = normalized(LeftX, TopY, RightX, BottomY);
-    const QBrush light = colours.brush(QPalette::Light);
-    const QBrush mid = colours.brush(QPalette::Mid);
-    const QBrush dark = colours.brush(QPalette::Dark);
+    const QBrush& light = colours.brush(QPalette::Light);
+    const QBrush& mid = colours.brush(QPalette::Mid);
+    const QBrush& dark = colours.brush(QPalette::Dark);
     const QRect inner = rect.adjusted(1, 1, -1, -1);
     if (edge == Edge::sunken) {
         drawFrame(painter, rect, mid, light);
