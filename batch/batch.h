@@ -321,8 +321,8 @@ class cBatch {
     /// Sorts lvFolder by a column, 0 to 2, now and whenever it is filled: names without regard to
     /// case and with numbers by their value, sizes by bytes.
     void SortFolder(int32_t column, bool descending);
-    /// Ticks row `row` (from 0) of lvFolder, or clears its tick.
-    void CheckRow(int32_t row, bool checked);
+    /// Ticks rows (from 0) of lvFolder, or clears their ticks.
+    void CheckRows(const std::vector<int32_t>& rows, bool checked);
     void CheckAll(bool checked);
     /// A row was clicked, with these rows selected; exactly one is shown in the preview.
     void ClickFolder(const std::vector<int32_t>& selected);

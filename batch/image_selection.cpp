@@ -99,9 +99,9 @@ void cBatch::arrangeFolder() {
                      });
 }
 
-void cBatch::CheckRow(int32_t row, bool checked) {
-    if (row < 0 || row >= static_cast<int32_t>(lvFolder.size())) return;
-    lvFolder[static_cast<size_t>(row)].checked = checked;
+void cBatch::CheckRows(const std::vector<int32_t>& rows, bool checked) {
+    for (const int32_t row : rows)
+        attempt([&] { itemAt(lvFolder, row).checked = checked; });
     platform_.changed("lvFolder");
 }
 

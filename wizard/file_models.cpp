@@ -61,7 +61,7 @@ int FileModel::rowCount(const QModelIndex& parent) const {
 QVariant FileModel::headerData(int section, Qt::Orientation orientation, int role) const {
     if (orientation != Qt::Horizontal) return {};
     if (role == Qt::DisplayRole) return heading(section);
-    if (role == Qt::TextAlignmentRole) return int(Qt::AlignLeading | Qt::AlignVCenter);
+    if (role == Qt::TextAlignmentRole) return int(alignment(section) | Qt::AlignVCenter);
     return {};
 }
 
@@ -73,6 +73,7 @@ QVariant FileModel::data(const QModelIndex& index, int role) const {
     if (!has(index)) return {};
     const auto row = size_t(index.row());
     if (role == Qt::DisplayRole) return textOf(text(row, index.column()));
+    if (role == Qt::TextAlignmentRole) return int(alignment(index.column()) | Qt::AlignVCenter);
     if (role == Qt::ToolTipRole) return textOf(path(row));
     if (role == Qt::DecorationRole && index.column() == 0) return fileTypeIcon(icon(row));
     return {};
@@ -106,14 +107,12 @@ const std::string& FolderModel::text(size_t row, int column) const {
 QVariant FolderModel::data(const QModelIndex& index, int role) const {
     if (role == Qt::CheckStateRole && index.column() == 0 && has(index))
         return batch_.lvFolder[size_t(index.row())].checked ? Qt::Checked : Qt::Unchecked;
-    if (role == Qt::TextAlignmentRole && index.column() == 1)
-        return int(Qt::AlignTrailing | Qt::AlignVCenter);
     return FileModel::data(index, role);
 }
 
 bool FolderModel::setData(const QModelIndex& index, const QVariant& value, int role) {
     if (role != Qt::CheckStateRole || !has(index)) return false;
-    batch_.CheckRow(index.row(), value.toInt() == Qt::Checked);
+    batch_.CheckRows({index.row()}, value.toInt() == Qt::Checked);
     return true;
 }
 

@@ -26,6 +26,7 @@ class FileModel : public QAbstractTableModel {
   protected:
     virtual std::vector<std::string> paths() const = 0;
     virtual QString heading(int column) const = 0;
+    virtual Qt::Alignment alignment(int) const { return Qt::AlignLeading; }
     virtual size_t rows() const = 0;
     virtual const std::string& text(size_t row, int column) const = 0;
     virtual const std::string& icon(size_t row) const = 0;
@@ -56,6 +57,9 @@ class FolderModel : public FileModel {
   protected:
     std::vector<std::string> paths() const override;
     QString heading(int column) const override;
+    Qt::Alignment alignment(int column) const override {
+        return column == 1 ? Qt::AlignTrailing : Qt::AlignLeading;
+    }
     size_t rows() const override { return batch_.lvFolder.size(); }
     const std::string& text(size_t row, int column) const override;
     const std::string& icon(size_t row) const override { return batch_.lvFolder[row].smallIcon; }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <QApplication>
 #include <QDrag>
 #include <QDropEvent>
 #include <QFile>
@@ -19,6 +20,9 @@ namespace {
 
 /// Pixels of the picture that goes with the pointer.
 constexpr int dragPictureSize = 32;
+
+/// Pixels left and right of a cell's text.
+constexpr int cellMargins = 12;
 
 std::vector<std::string> localPaths(const QMimeData& data) {
     std::vector<std::string> paths;
@@ -58,6 +62,10 @@ FileView::FileView(const QString& name, const QString& accessibleName, QWidget* 
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollMode(ScrollPerPixel);
     connect(this, &QTreeView::clicked, this, &FileView::rowClicked);
+    connect(header(), &QHeaderView::sectionResized, this, [this] {
+        if (!spreading_ && QApplication::mouseButtons() != Qt::NoButton)
+            columnsAreThePersons_ = true;
+    });
 }
 
 std::vector<int32_t> FileView::selectedRows() const {
@@ -75,6 +83,25 @@ void FileView::keyReleaseEvent(QKeyEvent* event) {
     QTreeView::keyReleaseEvent(event);
     // A key held down passes many rows; only the one where it is let go is looked at.
     if (movesFromRowToRow(event->key()) && !event->isAutoRepeat()) emit rowClicked();
+}
+
+void FileView::resizeEvent(QResizeEvent* event) {
+    QTreeView::resizeEvent(event);
+    spreadColumns();
+}
+
+void FileView::changeEvent(QEvent* event) {
+    QTreeView::changeEvent(event);
+    if (event->type() == QEvent::FontChange) spreadColumns();
+}
+
+void FileView::spreadColumns() {
+    if (columnsAreThePersons_ || model() == nullptr) return;
+    spreading_ = true;
+    const std::vector<int> widths = columnWidths(viewport()->width());
+    for (size_t column = 0; column < widths.size(); ++column)
+        header()->resizeSection(int(column), widths[column]);
+    spreading_ = false;
 }
 
 bool FileView::takes(const QDropEvent& event) const {
@@ -106,10 +133,25 @@ FolderView::FolderView(QWidget* parent) : FileView("lvFolder", "Images in Folder
 }
 
 void FolderView::keyPressEvent(QKeyEvent* event) {
-    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter)
-        return FileView::keyPressEvent(event);
+    switch (event->key()) {
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            emit enterPressed();
+            break;
+        case Qt::Key_Space:
+            emit spacePressed();
+            break;
+        default:
+            return FileView::keyPressEvent(event);
+    }
     event->accept();
-    emit enterPressed();
+}
+
+std::vector<int> FolderView::columnWidths(int width) const {
+    // A size is told in full; the name has what the type's name leaves.
+    const int size = fontMetrics().horizontalAdvance("99999.9 KB") + cellMargins;
+    const int type = std::max((width - size) * 3 / 8, 0);
+    return {std::max(width - size - type, 0), size, type};
 }
 
 void FolderView::startDrag(Qt::DropActions) {
@@ -133,6 +175,10 @@ void BasketView::keyPressEvent(QKeyEvent* event) {
     if (event->key() != Qt::Key_Delete) return FileView::keyPressEvent(event);
     event->accept();
     emit deletePressed();
+}
+
+std::vector<int> BasketView::columnWidths(int width) const {
+    return {width / 2, width - width / 2};
 }
 
 bool BasketView::takes(const QDropEvent& event) const {

@@ -26,11 +26,21 @@ class FileView : public QTreeView {
 
   protected:
     void keyReleaseEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    /// The widths of the columns for a width of all of them together.
+    virtual std::vector<int> columnWidths(int width) const = 0;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     /// Whether a drop of this drag does something here.
     virtual bool takes(const QDropEvent& event) const;
+
+  private:
+    void spreadColumns();
+
+    bool spreading_ = false;
+    bool columnsAreThePersons_ = false;  ///< one of them was dragged
 };
 
 /// lvFolder.
@@ -42,9 +52,12 @@ class FolderView : public FileView {
 
   signals:
     void enterPressed();
+    /// The space bar, which ticks and unticks.
+    void spacePressed();
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
+    std::vector<int> columnWidths(int width) const override;
     void startDrag(Qt::DropActions supportedActions) override;
 };
 
@@ -62,6 +75,7 @@ class BasketView : public FileView {
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
+    std::vector<int> columnWidths(int width) const override;
     bool takes(const QDropEvent& event) const override;
     void dropEvent(QDropEvent* event) override;
 };

@@ -74,7 +74,8 @@ void PreviewImage::show(const PreviewPicture& preview, const QString& name) {
     const QImage image(reinterpret_cast<const uchar*>(bitmap.row(0)), bitmap.width(),
                        bitmap.height(), bitmap.pixels().stride() * qsizetype(sizeof(Pixel)),
                        QImage::Format_RGB32);
-    picture_ = QPixmap::fromImage(image.copy());
+    // The bitmap's fourth bytes are 0, which is no opacity to a picture of the screen.
+    picture_ = QPixmap::fromImage(image.convertToFormat(QImage::Format_ARGB32_Premultiplied));
     setAccessibleName("Preview of " + name);
     setGeometry(preview.left, preview.top, preview.width, preview.height);
     setVisible(true);

@@ -29,7 +29,6 @@ Frame_step1::Frame_step1(const StepContext& context, QWidget* parent)
     : Step(parent), context_(context) {
     setObjectName("Frame_step1");
     buildPanes();
-    buildToolbars();
     connectTree();
     connectLists();
     connectSplitters();
@@ -57,10 +56,12 @@ void Frame_step1::buildPanes() {
     bs14_ = splitter("bs14", 1, bs12_);
     folderPane_ = pane("plvFolder", bs13_);
     folderTools_ = new ListToolbar("TBFolder", "Images in Folder", folderPane_);
+    fillFolderTools();
     folderModel_ = new FolderModel(context_.batch);
     folderView_ = new FolderView(folderPane_);
     basketPane_ = pane("plvSelected", bs13_);
     basketTools_ = new ListToolbar("TBSelected", "Image Basket", basketPane_);
+    fillBasketTools();
     basketModel_ = new BasketModel(context_.batch);
     basketView_ = new BasketView(basketPane_);
     preview_ = new PreviewPanel(bs14_);
@@ -77,29 +78,32 @@ void Frame_step1::buildPanes() {
     bs14_->RightOrBottomControl(description_);
 }
 
-void Frame_step1::buildToolbars() {
+void Frame_step1::fillFolderTools() {
     cBatch& batch = context_.batch;
-    const auto onClick = [this](QToolButton& button, auto action) {
-        connect(&button, &QToolButton::clicked, this, action);
-    };
-    ListToolbar& folder = *folderTools_;
-    onClick(folder.add("check-all", "&Check All"), [&batch] { batch.CheckAll(true); });
-    onClick(folder.add("uncheck-all", "&Uncheck All"), [&batch] { batch.CheckAll(false); });
-    onClick(folder.add("add-checked", "Add Checked File(s) to &Tray"),
+    ListToolbar& tools = *folderTools_;
+    connect(&tools.add("check-all", "&Check All"), &QToolButton::clicked, this,
+            [&batch] { batch.CheckAll(true); });
+    connect(&tools.add("uncheck-all", "&Uncheck All"), &QToolButton::clicked, this,
+            [&batch] { batch.CheckAll(false); });
+    connect(&tools.add("add-checked", "Add Checked File(s) to &Tray"), &QToolButton::clicked, this,
             [&batch] { batch.AddCheckedToBasket(); });
-    ListToolbar& basket = *basketTools_;
-    const auto removeSelected = [this, &batch] {
-        batch.RemoveSelected(basketView_->selectedRows());
-    };
-    onClick(basket.add("remove", "&Remove Selected File"), removeSelected);
-    onClick(basket.add("remove-all", "Re&move All"), [&batch] { batch.RemoveAll(); });
-    onClick(basket.add("open-list", {}, "Open a picture list", QKeySequence("Ctrl+O")),
-            [&batch] { batch.LoadPictureList(); });
-    onClick(
-        basket.add("save-list", {}, "Save the basket as a picture list", QKeySequence("Ctrl+S")),
-        [&batch] { batch.SavePictureList(); });
-    connect(basketView_, &BasketView::deletePressed, this, removeSelected);
 }
+
+void Frame_step1::fillBasketTools() {
+    cBatch& batch = context_.batch;
+    ListToolbar& tools = *basketTools_;
+    connect(&tools.add("remove", "&Remove Selected File"), &QToolButton::clicked, this,
+            &Frame_step1::removeSelected);
+    connect(&tools.add("remove-all", "Re&move All"), &QToolButton::clicked, this,
+            [&batch] { batch.RemoveAll(); });
+    connect(&tools.add("open-list", {}, "Open a picture list", QKeySequence("Ctrl+O")),
+            &QToolButton::clicked, this, [&batch] { batch.LoadPictureList(); });
+    connect(
+        &tools.add("save-list", {}, "Save the basket as a picture list", QKeySequence("Ctrl+S")),
+        &QToolButton::clicked, this, [&batch] { batch.SavePictureList(); });
+}
+
+void Frame_step1::removeSelected() { context_.batch.RemoveSelected(basketView_->selectedRows()); }
 
 void Frame_step1::connectTree() {
     connect(tree_, &FolderTree::pathChanged, this, [this](const QString& path) {
@@ -121,10 +125,16 @@ void Frame_step1::connectLists() {
             [this, &batch] { batch.ClickFolder(folderView_->selectedRows()); });
     connect(folderView_, &FolderView::enterPressed, this,
             [this, &batch] { batch.AddSelectedToBasket(folderView_->selectedRows()); });
+    connect(folderView_, &FolderView::spacePressed, this, [this, &batch] {
+        const auto current = size_t(folderView_->currentIndex().row());
+        if (current >= batch.lvFolder.size()) return;
+        batch.CheckRows(folderView_->selectedRows(), !batch.lvFolder[current].checked);
+    });
     connect(folderView_, &FolderView::pathsDropped, this,
             [&batch](const std::vector<std::string>& paths) { batch.DropOnFolder(paths); });
     connect(basketView_, &BasketView::rowClicked, this,
             [this, &batch] { batch.ClickBasket(basketView_->selectedRows()); });
+    connect(basketView_, &BasketView::deletePressed, this, &Frame_step1::removeSelected);
     connect(basketView_, &BasketView::rowsDropped, this,
             [&batch](const std::vector<int32_t>& rows) { batch.DropRowsOnBasket(rows); });
     connect(basketView_, &BasketView::pathsDropped, this,

@@ -35,7 +35,9 @@ class Frame_step1 : public Step {
 
   private:
     void buildPanes();
-    void buildToolbars();
+    void fillFolderTools();
+    void fillBasketTools();
+    void removeSelected();
     void connectLists();
     void connectSplitters();
     void connectTree();

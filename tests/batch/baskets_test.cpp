@@ -64,7 +64,7 @@ TEST_F(Baskets, SelectedRowsAreAddedWithTheirExtension) {
 
 TEST_F(Baskets, CheckedRowsAreAddedByTheToolbar) {
     listWith({"a.jpg", "b.png", "c.gif"});
-    batch.CheckRow(1, false);
+    batch.CheckRows({1}, false);
     batch.AddCheckedToBasket();
     EXPECT_THAT(basket(), ElementsAre("a.jpg", "c.gif"));
     batch.CheckAll(true);

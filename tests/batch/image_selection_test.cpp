@@ -170,14 +170,14 @@ TEST_F(ImageSelection, RowsAreCheckedAllTogetherAndOneByOne) {
     EXPECT_THAT(checks(), ElementsAre(true, true, true));
     batch.CheckAll(false);
     EXPECT_THAT(checks(), ElementsAre(false, false, false));
-    batch.CheckRow(1, true);
+    batch.CheckRows({1}, true);
     EXPECT_THAT(checks(), ElementsAre(false, true, false));
-    batch.CheckRow(3, true);
-    batch.CheckRow(-1, true);
+    batch.CheckRows({3}, true);
+    batch.CheckRows({-1}, true);
     EXPECT_THAT(checks(), ElementsAre(false, true, false));
     batch.CheckAll(true);
     EXPECT_THAT(checks(), ElementsAre(true, true, true));
-    batch.CheckRow(0, false);
+    batch.CheckRows({0}, false);
     list();
     EXPECT_THAT(checks(), ElementsAre(true, true, true)) << "a new listing is checked anew";
 }
@@ -213,7 +213,7 @@ TEST_F(ImageSelection, ASortOrderHoldsForTheNextFolderToo) {
     file("b.png", 10);
     list();
     batch.SortFolder(1, false);
-    batch.CheckRow(0, false);
+    batch.CheckRows({0}, false);
     list();
     EXPECT_THAT(names(), ElementsAre("b.png", "a.png"));
 }
