@@ -5,9 +5,12 @@
 #include <QToolButton>
 #include <QWindow>
 
+#include "batch/texts.h"
 #include "widgets/about.h"
 #include "wizard/frame_layout.h"
+#include "wizard/file_types.h"
 #include "wizard/icons.h"
+#include "wizard/list_drops.h"
 #include "wizard/status_bar.h"
 #include "wizard/step1.h"
 #include "wizard/step2.h"
@@ -28,6 +31,7 @@ constexpr QSize aboutSize{420, 260};
 fBatch::fBatch(Desktop& desktop) : desktop_(desktop), batch_(*this) {
     setObjectName("fBatch");
     setWindowTitle("Ombrel Tessarine");
+    new ListDrops(*this, [this](const std::vector<std::string>& paths) { openPaths(paths); });
 }
 
 fBatch::~fBatch() { unloadWindow(); }
@@ -95,6 +99,7 @@ void fBatch::unloadWindow() {
 }
 
 void fBatch::showWindow() {
+    static_cast<Frame_step1*>(steps_[0])->start();
     show();
     // The window manager holds the frame to the least size, so that it does not flicker back.
     const Extent least = leastWindow({0, 0});
@@ -207,12 +212,35 @@ std::optional<std::string> fBatch::openDialog(const std::string& filter) {
     return desktop_.openDialog(this, filter, dialogFolder_);
 }
 
+std::string fBatch::fileTypeName(const std::string& extension) {
+    return tessarine::fileTypeName(extension);
+}
+
 void fBatch::giveWay() { QApplication::processEvents(); }
 
 void fBatch::openPath(const std::string& path) {
     if (!closed_) desktop_.openPath(path);
 }
 
-void fBatch::openPaths(const std::vector<std::string>&) {}
+void fBatch::openPaths(const std::vector<std::string>& paths) {
+    if (closed_ || strip_ == nullptr) return;
+    // A list that replaces the basket must not take away what came with it.
+    std::vector<std::string> folders;
+    std::vector<std::string> pictures;
+    for (const std::string& path : paths) {
+        const std::string extension = lowerCase(extensionOf(path));
+        if (folderExists(path)) {
+            folders.push_back(path);
+        } else if (extension == "qfk") {
+            batch_.OpenFunctionList(path);
+        } else if (extension == "qpkl") {
+            batch_.OpenPictureList(path);
+        } else {
+            pictures.push_back(path);
+        }
+    }
+    if (!pictures.empty()) batch_.DropOnBasket(pictures);
+    if (!folders.empty()) batch_.DropOnFolder({folders.back()});
+}
 
 }  // namespace tessarine

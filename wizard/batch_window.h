@@ -61,6 +61,7 @@ class fBatch : public QWidget, private Platform {
     void unloadSplash() override { emit ready(); }
     bool anotherInstanceRuns() override { return desktop_.anotherInstanceRuns(); }
     std::string programFolder() override { return desktop_.programFolder(); }
+    std::string fileTypeName(const std::string& extension) override;
 
     void addSteps();
     void addStatusBar();

@@ -3,7 +3,7 @@
 #include <QEvent>
 #include <QPainter>
 
-#include "wizard/icons.h"
+#include "wizard/file_types.h"
 
 namespace tessarine {
 
@@ -67,7 +67,7 @@ StatusBar::StatusBar(QWidget* parent) : QStatusBar(parent), pb_(new QProgressBar
 
 void StatusBar::showPanel(size_t index, const StatusPanel& panel) {
     panels_.at(index)->show(QString::fromStdString(panel.text),
-                            panel.icon.empty() ? QIcon() : programIcon("image-file"));
+                            panel.icon.empty() ? QIcon() : fileTypeIcon(panel.icon));
     layOut();
 }
 
