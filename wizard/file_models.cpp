@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QMimeData>
 #include <QUrl>
@@ -15,6 +16,9 @@ namespace {
 
 QString textOf(const std::string& bytes) { return QFile::decodeName(bytes.c_str()); }
 
+/// Process and rows of a drag out of lvFolder.
+constexpr const char* rowsFormat = "application/x-tessarine-folder-rows";
+
 template <class Rows>
 std::vector<std::string> pathsOf(const Rows& rows) {
     std::vector<std::string> paths;
@@ -25,6 +29,15 @@ std::vector<std::string> pathsOf(const Rows& rows) {
 }
 
 }  // namespace
+
+std::vector<int32_t> draggedRows(const QMimeData& data) {
+    const QList<QByteArray> numbers = data.data(rowsFormat).split(' ');
+    std::vector<int32_t> rows;
+    if (numbers.first() != QByteArray::number(QCoreApplication::applicationPid())) return rows;
+    for (qsizetype i = 1; i < numbers.size(); ++i)
+        rows.push_back(numbers[i].toInt());
+    return rows;
+}
 
 void FileModel::follow() {
     std::vector<std::string> now = paths();
@@ -143,14 +156,21 @@ void FolderModel::sort(int column, Qt::SortOrder order) {
     emit layoutChanged({}, VerticalSortHint);
 }
 
-QStringList FolderModel::mimeTypes() const { return {"text/uri-list"}; }
+QStringList FolderModel::mimeTypes() const { return {rowsFormat, "text/uri-list"}; }
 
 QMimeData* FolderModel::mimeData(const QModelIndexList& indexes) const {
-    QList<QUrl> urls;
+    std::vector<int> rows;
     for (const QModelIndex& index : indexes)
-        if (index.column() == 0 && has(index))
-            urls.append(QUrl::fromLocalFile(textOf(path(size_t(index.row())))));
+        if (index.column() == 0 && has(index)) rows.push_back(index.row());
+    std::sort(rows.begin(), rows.end());
+    QList<QUrl> urls;
+    QByteArray numbers = QByteArray::number(QCoreApplication::applicationPid());
+    for (const int row : rows) {
+        numbers += " " + QByteArray::number(row);
+        urls.append(QUrl::fromLocalFile(textOf(path(size_t(row)))));
+    }
     auto* data = new QMimeData;
+    data->setData(rowsFormat, numbers);
     data->setUrls(urls);
     return data;
 }

@@ -9,6 +9,10 @@
 
 namespace tessarine {
 
+/// The rows of lvFolder that are being dragged, from 0; empty for what comes from elsewhere,
+/// another running program of this kind included.
+std::vector<int32_t> draggedRows(const QMimeData& data);
+
 /// A list of the program's as a view shows it. The rows are the program's own; only their paths
 /// are kept here, to tell what became of the rows when the list has changed.
 class FileModel : public QAbstractTableModel {

@@ -12,6 +12,7 @@
 #include <QTimer>
 #include <QUrl>
 
+#include "wizard/file_models.h"
 #include "wizard/icons.h"
 
 namespace tessarine {
@@ -61,6 +62,7 @@ FileView::FileView(const QString& name, const QString& accessibleName, QWidget* 
     setTextElideMode(Qt::ElideMiddle);
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollMode(ScrollPerPixel);
+    viewport()->setAcceptDrops(true);
     connect(this, &QTreeView::clicked, this, &FileView::rowClicked);
     connect(header(), &QHeaderView::sectionResized, this, [this] {
         if (!spreading_ && QApplication::mouseButtons() != Qt::NoButton)
@@ -105,7 +107,7 @@ void FileView::spreadColumns() {
 }
 
 bool FileView::takes(const QDropEvent& event) const {
-    return event.source() == nullptr && event.mimeData()->hasUrls();
+    return event.mimeData()->hasUrls() && draggedRows(*event.mimeData()).empty();
 }
 
 void FileView::dragEnterEvent(QDragEnterEvent* event) { dragMoveEvent(event); }
@@ -181,16 +183,14 @@ std::vector<int> BasketView::columnWidths(int width) const {
     return {width / 2, width - width / 2};
 }
 
-bool BasketView::takes(const QDropEvent& event) const {
-    return qobject_cast<FolderView*>(event.source()) != nullptr || FileView::takes(event);
-}
+bool BasketView::takes(const QDropEvent& event) const { return event.mimeData()->hasUrls(); }
 
 void BasketView::dropEvent(QDropEvent* event) {
-    const auto* folder = qobject_cast<FolderView*>(event->source());
-    if (folder == nullptr) return FileView::dropEvent(event);
+    std::vector<int32_t> rows = draggedRows(*event->mimeData());
+    if (rows.empty()) return FileView::dropEvent(event);
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    QTimer::singleShot(0, this, [this, rows = folder->selectedRows()] { emit rowsDropped(rows); });
+    QTimer::singleShot(0, this, [this, rows = std::move(rows)] { emit rowsDropped(rows); });
 }
 
 }  // namespace tessarine

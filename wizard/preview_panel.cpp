@@ -64,7 +64,7 @@ PreviewImage::PreviewImage(QWidget* parent) : QWidget(parent) {
     hide();
 }
 
-void PreviewImage::show(const PreviewPicture& preview, const QString& name) {
+void PreviewImage::show(const PreviewPicture& preview) {
     if (!preview.visible) {
         picture_ = {};
         hide();
@@ -76,7 +76,6 @@ void PreviewImage::show(const PreviewPicture& preview, const QString& name) {
                        QImage::Format_RGB32);
     // The bitmap's fourth bytes are 0, which is no opacity to a picture of the screen.
     picture_ = QPixmap::fromImage(image.convertToFormat(QImage::Format_ARGB32_Premultiplied));
-    setAccessibleName("Preview of " + name);
     setGeometry(preview.left, preview.top, preview.width, preview.height);
     setVisible(true);
     update();

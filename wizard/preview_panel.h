@@ -15,8 +15,7 @@ class PreviewImage : public QWidget {
   public:
     explicit PreviewImage(QWidget* parent);
     /// Takes the picture's place, or hides.
-    /// \param name  of the file, for those who do not see it
-    void show(const PreviewPicture& preview, const QString& name);
+    void show(const PreviewPicture& preview);
 
   protected:
     void paintEvent(QPaintEvent*) override;

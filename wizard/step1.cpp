@@ -178,8 +178,10 @@ void Frame_step1::showWhatChanges() {
     repaints.on("FT", [this, &batch] { tree_->setPath(textOf(batch.FT)); });
     repaints.on("lvFolder", [this] { folderModel_->followFolder(); });
     repaints.on("lvSelected", [this] { basketModel_->follow(); });
-    repaints.on("PPreview",
-                [this, &batch] { image_->show(batch.PPreview, textOf(batch.LFileName)); });
+    repaints.on("PPreview", [this, &batch] { image_->show(batch.PPreview); });
+    repaints.on("LFileName", [this, &batch] {
+        image_->setAccessibleName("Preview of " + textOf(batch.LFileName));
+    });
     const auto label = [&](const char* name, std::string cBatch::*text) {
         repaints.on(name,
                     [this, &batch, name, text] { description_->tell(name, textOf(batch.*text)); });
@@ -230,6 +232,13 @@ void Frame_step1::refitPreview() {
 int Frame_step1::visibleWidth(const QWidget& pane) const {
     const int left = pane.mapTo(this, QPoint(0, 0)).x();
     return std::clamp(width() - left, 0, std::max(pane.width(), 0));
+}
+
+bool Frame_step1::event(QEvent* event) {
+    const bool done = Step::event(event);
+    // Another screen may be denser or less dense.
+    if (event->type() == QEvent::ScreenChangeInternal && bs11_ != nullptr) refitPreview();
+    return done;
 }
 
 void Frame_step1::changeEvent(QEvent* event) {

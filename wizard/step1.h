@@ -31,6 +31,7 @@ class Frame_step1 : public Step {
     void layOut() override;
 
   protected:
+    bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
 
   private:

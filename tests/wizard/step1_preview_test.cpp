@@ -36,6 +36,7 @@ TEST_F(Step1, ARowOfTheBasketIsShownTheSameWay) {
     pressButton("TBFolder(3)");
     clickRow(selected, 1);
     EXPECT_EQ(shown("LFileName"), "b.ppm");
+    EXPECT_EQ(control(window, "PPreview").accessibleName(), "Preview of b.ppm");
     QTest::keyClick(&selected, Qt::Key_Up);
     EXPECT_EQ(shown("LFileName"), "a.ppm") << "keys that move from row to row do as a click";
 }
