@@ -7,8 +7,8 @@
 
 #include "batch/texts.h"
 #include "widgets/about.h"
-#include "wizard/frame_layout.h"
 #include "wizard/file_types.h"
+#include "wizard/frame_layout.h"
 #include "wizard/icons.h"
 #include "wizard/list_drops.h"
 #include "wizard/status_bar.h"
