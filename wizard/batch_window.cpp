@@ -24,7 +24,7 @@ namespace {
 
 constexpr const char* webPage = "https://tessarine.example/";
 
-constexpr QSize aboutSize{420, 260};
+constexpr QSize aboutSize{380, 280};
 
 }  // namespace
 
