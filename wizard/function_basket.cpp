@@ -21,6 +21,7 @@ FunctionList::FunctionList(QWidget* parent) : QListWidget(parent) {
     setSelectionMode(QAbstractItemView::SingleSelection);
     setDragDropMode(QAbstractItemView::DropOnly);
     setDropIndicatorShown(false);
+    setIconSize(QSize(16, 16));
     heading_ = new QLabel("Function Basket", this);
     heading_->setIndent(6);
     heading_->setAutoFillBackground(true);
@@ -31,9 +32,9 @@ FunctionList::FunctionList(QWidget* parent) : QListWidget(parent) {
 void FunctionList::resizeEvent(QResizeEvent* event) {
     QListWidget::resizeEvent(event);
     const int height = heading_->fontMetrics().height() + 6;
-    setViewportMargins(0, height, 0, 0);
-    const int frame = frameWidth();
-    heading_->setGeometry(frame, frame, width() - 2 * frame, height);
+    if (viewportMargins().top() != height) setViewportMargins(0, height, 0, 0);
+    const QRect rows = viewport()->geometry();
+    heading_->setGeometry(rows.left(), rows.top() - height, rows.width(), height);
 }
 
 // Whatever else is dragged here is left to the window.

@@ -1,6 +1,7 @@
 #include "wizard/function_tree.h"
 
 #include <QDrag>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QScrollBar>
@@ -25,11 +26,16 @@ FunctionTree::FunctionTree(QWidget* parent) : QTreeWidget(parent) {
     setAccessibleName(tr("Functions"));
     setHeaderHidden(true);
     setIndentation(14);
+    // A long name is reached by scrolling, not cut off.
+    header()->setStretchLastSection(false);
+    header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     setUniformRowHeights(true);
     setSelectionMode(QAbstractItemView::SingleSelection);
     setDragEnabled(true);
     setDragDropMode(QAbstractItemView::DragOnly);
 
+    const QIcon groupIcon = programIcon("group");
+    const QIcon functionIcon = programIcon("function");
     QTreeWidgetItem* group = nullptr;
     int index = 0;
     for (const TreeNode& node : catalogueTree()) {
@@ -40,7 +46,7 @@ FunctionTree::FunctionTree(QWidget* parent) : QTreeWidget(parent) {
             item->setFlags(item->flags() & ~Qt::ItemIsDragEnabled);
         }
         item->setText(0, QString::fromUtf8(node.text.data(), qsizetype(node.text.size())));
-        item->setIcon(0, programIcon(isGroup ? "group" : "function"));
+        item->setIcon(0, isGroup ? groupIcon : functionIcon);
         item->setData(0, indexRole, ++index);
     }
 

@@ -133,6 +133,7 @@ QWidget* makeBanksPanel(const StepContext& context, QWidget* parent) {
     grid->setHorizontalSpacing(18);
     grid->setVerticalSpacing(0);
     grid->setColumnStretch(5, 1);
+    grid->setRowStretch(4, 1);
 
     struct Column {
         const char* label;

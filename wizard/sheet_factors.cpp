@@ -62,12 +62,12 @@ QWidget* FactorsPanel::makeRow(int index) {
     auto* label = new QLabel(row);
     label->setObjectName(nameOf("lblFInfo", index));
     label->setTextFormat(Qt::PlainText);
-    label->setMinimumWidth(widestLabel(label->fontMetrics()));
+    label->setFixedWidth(widestLabel(label->fontMetrics()) + 4);
     auto* slider = new cpvSlider(row);
     slider->setObjectName(nameOf("sbFilter", index));
     slider->Orientation(0);
     slider->setMinimumWidth(90);
-    slider->setFixedHeight(22);
+    slider->setFixedHeight(slider->sizeHint().height());
     auto* field = new DigitsField(row);
     field->setObjectName(nameOf("lblFilterV", index));
     field->setAlignment(Qt::AlignRight);

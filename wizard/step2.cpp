@@ -22,8 +22,10 @@ namespace {
 constexpr int margin = 4;
 constexpr int gap = 6;
 constexpr int greatestScale = 8;
-/// The catalogue is never narrower, and the controls scroll beside it.
+/// The catalogue is never narrower: the controls scroll beside it.
 constexpr int leastCatalogue = 150;
+/// For larger pictures the catalogue gives up what lies above this width.
+constexpr int enoughCatalogue = 190;
 
 }  // namespace
 
@@ -139,7 +141,7 @@ QSize Frame_step2::controlsFor(int scale) const {
 }
 
 int Frame_step2::layOutButtons(int top, int width, bool place) const {
-    constexpr int padding = 22;
+    constexpr int padding = 16;
     const auto widthOf = [](const QPushButton* button) {
         return button->fontMetrics().horizontalAdvance(button->text().remove('&')) + padding;
     };
@@ -165,7 +167,7 @@ int Frame_step2::layOutButtons(int top, int width, bool place) const {
 }
 
 void Frame_step2::layOut() {
-    const int catalogue = Lfunctions_->fullWidth();
+    const int catalogue = std::min(Lfunctions_->fullWidth(), enoughCatalogue);
     int scale = greatestScale;
     while (scale > 1 && (controlsFor(scale).width() + catalogue > width() ||
                          controlsFor(scale).height() > height()))
