@@ -41,8 +41,10 @@ QRadioButton* makeChoice(const StepContext& context, const std::string& name, st
     QObject::connect(choice, &QRadioButton::clicked, panel,
                      [choose = std::move(choose)](bool) { choose(); });
     showAlways(context, name, [choice, &member] {
-        // The group keeps one chosen, and the one to be chosen clears the others.
+        // The group keeps one chosen, and the one to be chosen clears the others. The tab key
+        // goes to the chosen one.
         if (member) choice->setChecked(true);
+        choice->setFocusPolicy(member ? Qt::StrongFocus : Qt::ClickFocus);
     });
     return choice;
 }

@@ -96,6 +96,8 @@ QWidget* makeRotatePanel(const StepContext& context, QWidget* parent) {
     sbDegrees->setRange(lowestDegrees, highestDegrees);
     sbDegrees->setPageStep(5);
     sbDegrees->setFocusPolicy(Qt::StrongFocus);
+    // A bar that scrolls a text counts downwards; this one shows an amount.
+    sbDegrees->setInvertedControls(false);
     QObject::connect(sbDegrees, &QScrollBar::valueChanged, panel,
                      [&batch](int value) { batch.ChangeDegrees(value); });
     showAlways(context, "sbDegrees", [sbDegrees, &batch] {

