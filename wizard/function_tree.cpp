@@ -25,7 +25,7 @@ FunctionTree::FunctionTree(QWidget* parent) : QTreeWidget(parent) {
     setObjectName("Lfunctions");
     setAccessibleName(tr("Functions"));
     setHeaderHidden(true);
-    setIndentation(14);
+    setIndentation(12);
     // A long name is reached by scrolling, not cut off.
     header()->setStretchLastSection(false);
     header()->setSectionResizeMode(QHeaderView::ResizeToContents);

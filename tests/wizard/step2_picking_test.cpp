@@ -23,13 +23,7 @@ class Picking : public Step2 {
     void pressOn(PictureView& view, int x, int y) {
         QTest::mousePress(&view, Qt::LeftButton, {}, in(view, x, y));
     }
-    QTimer& tmrSelect = control<QTimer>(step, "tmrSelect");
-
-    template <class Object>
-    static Object& control(const QWidget& parent, const char* name) {
-        if (auto* found = parent.findChild<Object*>(name)) return *found;
-        throw std::runtime_error(name);
-    }
+    QTimer& tmrSelect = *step.findChild<QTimer*>("tmrSelect");
 };
 
 TEST_F(Picking, APressOnEitherPictureSetsThePoint) {
@@ -199,6 +193,26 @@ TEST_F(Picking, ASwatchPreviewsAfterACancelToo) {
     press("Col(1)");
     EXPECT_EQ(batch.Col[1], before);
     EXPECT_NE(batch.workBits, batch.originalBits);
+}
+
+TEST_F(Picking, TheColourPickerOpensWithTheSwatchsColour) {
+    selectFunction(isolate);
+    std::string shown;
+    // The picker is modal: it is answered while it waits.
+    QTimer::singleShot(0, [&] {
+        QWidget* picker = QApplication::activeModalWidget();
+        ASSERT_NE(picker, nullptr);
+        shown = control<QLineEdit>(*picker, "txtRed").text().toStdString();
+        auto& field = control<QLineEdit>(*picker, "txtRed");
+        field.setFocus();
+        field.selectAll();
+        QTest::keyClicks(&field, "17");
+        click(control<QWidget>(*picker, "cmdOK"));
+    });
+    press("Col(1)");
+    EXPECT_EQ(shown, "192");
+    EXPECT_EQ(batch.Col[1], 0x00000011U);
+    EXPECT_EQ(batch.funcColor[1], 0x00000011);
 }
 
 TEST_F(Picking, APressedSwatchLooksPressedUntilItIsReleased) {
