@@ -19,6 +19,14 @@ class fSplash : public QWidget {
     /// The first tick of tSplash, 500 milliseconds after the window was first shown. It comes
     /// once, whether the window was closed meanwhile or not.
     void tSplash();
+
+  protected:
+    void showEvent(QShowEvent*) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+  private:
+    QTimer* timer_;
+    bool shownBefore_ = false;
 };
 
 }  // namespace tessarine

@@ -136,10 +136,10 @@ void Splitter::adopt(QWidget* control) {
     }
     // A neighbour that refuses to become small must not bury the bar.
     bar_->raise();
-    // The tab key goes from the first neighbour over the bar to the second.
-    if (control != leftOrTop_) return;
+    // The tab key goes from the first neighbour over the bar to the second. That is said again
+    // for the second: Qt takes the order of only two for a ring, which needs no change.
     QWidget* last = nullptr;
-    for (QWidget* one = control; one == control || control->isAncestorOf(one);
+    for (QWidget* one = leftOrTop_; one && (one == leftOrTop_ || leftOrTop_->isAncestorOf(one));
          one = one->nextInFocusChain())
         if (one->focusPolicy() & Qt::TabFocus) last = one;
     if (last) setTabOrder(last, bar_);
