@@ -26,9 +26,6 @@ FunctionTree::FunctionTree(QWidget* parent) : QTreeWidget(parent) {
     setAccessibleName(tr("Functions"));
     setHeaderHidden(true);
     setIndentation(12);
-    // A long name is reached by scrolling, not cut off.
-    header()->setStretchLastSection(false);
-    header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     setUniformRowHeights(true);
     setSelectionMode(QAbstractItemView::SingleSelection);
     setDragEnabled(true);
@@ -60,6 +57,16 @@ void FunctionTree::expandGroups() {
     for (int i = topLevelItemCount() - 1; i >= 0; --i)
         topLevelItem(i)->setExpanded(true);
     scrollToTop();
+    keepNamesWhole();
+}
+
+// The rows fill the width, and a name that is longer is reached by scrolling.
+void FunctionTree::keepNamesWhole() { header()->setMinimumSectionSize(sizeHintForColumn(0)); }
+
+void FunctionTree::changeEvent(QEvent* event) {
+    QTreeWidget::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        keepNamesWhole();
 }
 
 QTreeWidgetItem* FunctionTree::node(int16_t treeIndex) const {

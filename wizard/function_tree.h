@@ -31,9 +31,11 @@ class FunctionTree : public QTreeWidget {
     void startDrag(Qt::DropActions actions) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
   private:
     void select(QTreeWidgetItem* item);
+    void keepNamesWhole();
 
     int16_t selected_ = 0;  ///< the index last told to onSelect
 };
