@@ -45,6 +45,33 @@ struct BasketItem {
     std::string column1;    ///< the folder
 };
 
+/// One picture file of the current folder.
+struct FolderRow {
+    std::string text;       ///< the file's name
+    std::string column1;    ///< its size as text
+    std::string column2;    ///< the system's name of its type
+    std::string smallIcon;  ///< the extension in lower case
+    std::string Tag;        ///< the full path
+    bool checked = true;
+    uint64_t bytes = 0;  ///< its size, for sorting
+};
+
+/// The files of a folder, of whatever type.
+struct FileList {
+    std::string path;  ///< without a separator at its end, but for the root
+    std::vector<std::string> names;
+};
+
+/// The picture in the preview panel.
+struct PreviewPicture {
+    bool visible = false;
+    int32_t left = 0;  ///< its place in the panel, in pixels of the window
+    int32_t top = 0;
+    int32_t width = 0;
+    int32_t height = 0;
+    Bitmap picture;  ///< at most previewDensity times that size
+};
+
 /// A slider with its label, value field and spin.
 struct SheetSlider {
     bool visible = false;  ///< frFilter(i)
@@ -138,6 +165,22 @@ class cBatch {
     PictureHolder iSrc;  ///< the run's picture between the steps
     PictureHolder iOri;  ///< the built-in sample
     PictureHolder iDst;  ///< the preview's result
+
+    // ---- Controls of the first step ----
+
+    FileList Fil;                     ///< the current folder
+    std::vector<FolderRow> lvFolder;  ///< its pictures
+    int32_t lvFolderColumn = -1;      ///< the column it is sorted by; -1 for the folder's order
+    bool lvFolderDescending = false;
+    PictureHolder tPreview;  ///< the file last clicked, at its own size
+    PreviewPicture PPreview;
+    int32_t PreviewWidth = 0;  ///< of the panel around PPreview, in pixels of the window
+    int32_t PreviewHeight = 0;
+    double previewDensity = 1;  ///< pixels of the screen for one of the window
+    std::string LFileName;
+    std::string LType;
+    std::string LResolution;
+    std::string LLocation;
 
     // ---- Controls of the sheet ----
 
@@ -287,10 +330,53 @@ class cBatch {
     void StepDegrees(int32_t step);
     void ChangeAntialiasing(int16_t ticked);
 
+    // ---- Image selection ----
+
+    /// What the folder tree's change to a folder does: its pictures are listed.
+    void ChangeFolder(const std::string& path);
+    /// Fills lvFolder from Fil, every row checked.
+    void ListFiles();
+    /// Sorts lvFolder by a column, 0 to 2, now and whenever it is filled: names without regard to
+    /// case and with numbers by their value, sizes by bytes.
+    void SortFolder(int32_t column, bool descending);
+    /// Ticks rows (from 0) of lvFolder, or clears their ticks.
+    void CheckRows(const std::vector<int32_t>& rows, bool checked);
+    void CheckAll(bool checked);
+    /// A row was clicked, with these rows selected; exactly one is shown in the preview.
+    void ClickFolder(const std::vector<int32_t>& selected);
+    void ClickBasket(const std::vector<int32_t>& selected);
+    /// Adds rows of lvFolder (from 0, in their order) to the basket. Those that are in it already
+    /// are counted in a message.
+    void AddSelectedToBasket(const std::vector<int32_t>& rows);
+    void AddCheckedToBasket();
+    /// The same for rows dragged to the basket.
+    void DropRowsOnBasket(const std::vector<int32_t>& rows);
+    /// What a file manager drops on the basket: accepted files, folders with theirs, and list
+    /// files, which are opened.
+    void DropOnBasket(const std::vector<std::string>& paths);
+    /// What a file manager drops on lvFolder: the tree goes to the first path's folder.
+    void DropOnFolder(const std::vector<std::string>& paths);
+    /// Takes rows (from 0) out of the basket.
+    void RemoveSelected(const std::vector<int32_t>& rows);
+    void RemoveAll();
+    /// Shows a file in the preview panel and tells its figures. A file that cannot be read leaves
+    /// the figures of the one before.
+    void ShowImageDetails(const std::string& path);
+    /// Fits the picture into a preview panel of this size, in pixels of the window. Without a
+    /// picture, or without room, PPreview is hidden.
+    void FitPreview(int32_t previewWidth, int32_t previewHeight);
+
     // ---- List files ----
 
+    /// The basket's list buttons: a list that the person chooses is read or written.
+    void LoadPictureList();
+    void SavePictureList();
+    /// Reads a picture list into the basket.
+    void OpenPictureList(const std::string& path);
     void SaveFunctionList();
     void LoadFunctionList();
+    /// Reads a function list into chain and pool.
+    void OpenFunctionList(const std::string& path);
     /// Takes a record of a function list into the working state and appends it to chain and pool.
     void AppendRecord(const FunctionRecord& record);
     void SaveList();
@@ -328,6 +414,14 @@ class cBatch {
     Platform& platform() { return platform_; }
 
   private:
+    /// Writes a panel of the status bar, counted from 1.
+    void showStatus(int32_t panel, const std::string& text, const std::string& icon = {});
+    void arrangeFolder();
+    void addDropped(const std::vector<std::string>& files);
+    void tellAdded(int32_t duplicates);
+    void showBasketCount();
+    void hidePreview();
+
     /// Reads columns 1 to 7 of a row into the working state; what does not convert stays.
     void loadColumns(const TrayRow& row);
     /// Works out the picked point from columns 8 and 9.
@@ -387,6 +481,8 @@ int64_t millisecondsSince(std::chrono::steady_clock::time_point start);
 
 /// Reads a picture list that the person chooses through `dialog` into `list`.
 void LoadList(Platform& dialog, std::vector<BasketItem>& list);
+/// Reads the picture list of a path into `list`; messages go to `dialog`.
+void OpenPictureList(Platform& dialog, const std::string& path, std::vector<BasketItem>& list);
 
 /// The built-in preview picture, 200 by 174.
 Bitmap samplePicture();

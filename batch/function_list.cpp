@@ -56,8 +56,11 @@ void cBatch::AppendRecord(const FunctionRecord& record) {
 
 void cBatch::LoadFunctionList() {
     const std::optional<std::string> path = platform_.openDialog("Functions List(*.qfk)|*.qfk");
-    if (!path) return;
-    if (lowerCase(extensionOf(*path)) != "qfk") {
+    if (path) OpenFunctionList(*path);
+}
+
+void cBatch::OpenFunctionList(const std::string& path) {
+    if (lowerCase(extensionOf(path)) != "qfk") {
         platform_.messageBox("This is  not a valid Function List!", Icon::critical,
                              "Invalid Functions List");
         return;
@@ -66,7 +69,7 @@ void cBatch::LoadFunctionList() {
     std::vector<FunctionRecord> records;
     int16_t count = 0;
     attemptOnFile([&] {
-        records = readFunctionList(*path);
+        records = readFunctionList(path);
         count = toInteger16(static_cast<double>(records.size()));
     });
     for (int32_t i = 0; i < count; ++i)

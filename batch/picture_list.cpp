@@ -38,8 +38,11 @@ void cBatch::SaveList() {
 
 void LoadList(Platform& dialog, std::vector<BasketItem>& list) {
     const std::optional<std::string> path = dialog.openDialog(pictureListFilter);
-    if (!path) return;
-    if (lowerCase(extensionOf(*path)) != "qpkl") {
+    if (path) OpenPictureList(dialog, *path, list);
+}
+
+void OpenPictureList(Platform& dialog, const std::string& path, std::vector<BasketItem>& list) {
+    if (lowerCase(extensionOf(path)) != "qpkl") {
         dialog.messageBox("This is  not a valid picture List!", Icon::critical,
                           "INVALID PICTURE LIST");
         return;
@@ -47,7 +50,7 @@ void LoadList(Platform& dialog, std::vector<BasketItem>& list) {
     std::vector<std::string> pictures;
     int16_t count = 0;
     attemptOnFile([&] {
-        pictures = readPictureList(*path);
+        pictures = readPictureList(path);
         count = toInteger16(static_cast<double>(pictures.size()));
     });
     list.clear();
@@ -60,6 +63,7 @@ void LoadList(Platform& dialog, std::vector<BasketItem>& list) {
             ++missing;
         }
     }
+    dialog.changed("lvSelected");
     if (missing > 0) {
         dialog.messageBox(
             std::to_string(missing) +

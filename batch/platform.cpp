@@ -6,6 +6,7 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "batch/texts.h"
 #include "pixels/bit_filter.h"
 
 namespace tessarine {
@@ -32,6 +33,10 @@ bool Platform::fileExists(const std::string& path) {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     return fs::exists(status) && !fs::is_directory(status);
+}
+
+std::string Platform::fileTypeName(const std::string& extension) {
+    return upperCase(extension) + " File";
 }
 
 std::string Platform::programFolder() {

@@ -58,6 +58,8 @@ class Platform {
 
     virtual bool folderExists(const std::string& path);
     virtual bool fileExists(const std::string& path);
+    /// What the system calls files of an extension (lower case); by default "JPG File".
+    virtual std::string fileTypeName(const std::string& extension);
     /// Where tsStart.up lies: the program's own folder if it can be written, else the user's
     /// configuration folder. Without a separator at its end.
     virtual std::string programFolder();

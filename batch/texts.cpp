@@ -119,6 +119,14 @@ std::string lowerCase(std::string_view text) {
     return lower;
 }
 
+std::string upperCase(std::string_view text) {
+    std::string upper(text);
+    for (char& c : upper) {
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    return upper;
+}
+
 std::string extensionOf(std::string_view path) {
     const std::string_view name = lastPart(path);
     const size_t point = name.rfind('.');

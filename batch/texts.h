@@ -28,8 +28,9 @@ std::string singleText(float value);
 /// Without blanks at both ends, or at the right end.
 std::string trimmed(std::string_view text);
 std::string rightTrimmed(std::string_view text);
-/// ASCII letters in lower case.
+/// ASCII letters in lower case, or in upper case.
 std::string lowerCase(std::string_view text);
+std::string upperCase(std::string_view text);
 
 /// What stands behind the last "." of the path's last part, as it stands; empty where none does.
 std::string extensionOf(std::string_view path);

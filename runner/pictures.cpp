@@ -1,15 +1,14 @@
 #include "runner/pictures.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <string_view>
 #include <system_error>
 
 #include <fmt/format.h>
 
+#include "batch/accepted_files.h"
 #include "batch/list_files.h"
 #include "batch/texts.h"
 #include "imagefiles/disk.h"
@@ -20,18 +19,6 @@ namespace tessarine {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// What a folder gives: files of these extensions, and no others.
-constexpr std::array<std::string_view, 39> acceptedExtensions{
-    "bmp", "jpg", "jpeg", "cut",  "lbm",  "pcd", "pic", "png", "ppm", "pbm", "pgm", "sgi", "tga",
-    "vst", "vda", "icb",  "tif",  "tiff", "lif", "mng", "jng", "dcx", "psd", "pdd", "psp", "pix",
-    "pxr", "xpm", "rgb",  "rgba", "bw",   "gif", "wmf", "emf", "dib", "koa", "ras", "iff", "pcx"};
-
-bool isAccepted(const fs::path& path) {
-    const std::string extension = lowerCase(extensionOf(path.native()));
-    return std::find(acceptedExtensions.begin(), acceptedExtensions.end(), extension) !=
-           acceptedExtensions.end();
-}
 
 BasketItem basketItem(const std::string& path) {
     const std::string extension = extensionOf(path);
@@ -49,7 +36,7 @@ void addFolder(const std::string& folder, bool recursive, std::vector<BasketItem
         std::error_code ignored;
         if (at->is_directory(ignored)) {
             if (!at->is_symlink(ignored)) folders.push_back(at->path().native());
-        } else if (at->is_regular_file(ignored) && isAccepted(at->path()) &&
+        } else if (at->is_regular_file(ignored) && isAcceptedPicture(at->path().native()) &&
                    !Draft::isDraft(at->path().filename().native())) {
             files.push_back(at->path().native());
         }

@@ -13,7 +13,7 @@ namespace tessarine {
 
 fBatch::fBatch(Desktop& desktop) : desktop_(desktop), batch_(*this) { setObjectName("fBatch"); }
 
-fBatch::~fBatch() { repaints_.clear(); }
+fBatch::~fBatch() { unloadWindow(); }
 
 void fBatch::openPaths(const std::vector<std::string>&) {}
 
