@@ -102,6 +102,13 @@ struct ProgressBar {
     int32_t value = 0;
 };
 
+/// The cross at the picked point, in pixels of the preview pictures.
+struct PickMark {
+    int32_t x = 0;
+    int32_t y = 0;
+    uint32_t colour = 0;  ///< 0x00BBGGRR
+};
+
 /// A list of texts of which one may be chosen; index -1 for none.
 struct ChoiceList {
     std::vector<std::string> items;
@@ -150,6 +157,8 @@ class cBatch {
     std::vector<BasketItem> lvSelected;
     std::vector<TrayRow> Ltray;
     std::vector<ChainEntry> LSelectedFunctions;
+    int32_t selectedFunction =
+        -1;  ///< the selected entry of LSelectedFunctions, from 0; -1 for none
 
     // ---- Picture holders ----
 
@@ -192,6 +201,7 @@ class cBatch {
     std::array<bool, 2> ColVisible{};
     bool pickEnabled = false;
     bool tmrSelect = false;  ///< the timer runs
+    PickMark pickMark;       ///< as it was last drawn
     std::array<bool, 3> optRChannel{false, false, true};
     std::array<bool, 3> optGChannel{false, true, false};
     std::array<bool, 3> optBChannel{true, false, false};
@@ -255,11 +265,15 @@ class cBatch {
     /// Restarts from originalBits, applies the chain and shows the result.
     void RebuildChain();
     void RebuildChainAndDraw();
+    /// Adds the function of the selected node; nothing without one, or where it is a group's.
+    void CmdAdd();
+    /// A button of the tray's toolbar, from 1, of which 6 is a separator.
+    void TBTray(int16_t button);
     /// Appends the previewed function to chain and pool; `name` is the tree node's text.
     void AddFunction(const std::string& name);
     /// Takes entry `index` (from 0) out of the chain; its row stays in the pool.
     void RemoveFunction(int32_t index);
-    /// Moves entry `index` (from 0) one place up or down, where there is one.
+    /// Moves entry `index` (from 0) one place up or down, where there is one, and selects it.
     void MoveFunctionUp(int32_t index);
     void MoveFunctionDown(int32_t index);
     /// Empties chain and pool and shows the sample; nothing where the chain is empty.
@@ -294,8 +308,12 @@ class cBatch {
     void ChangeOption(int16_t ticked);
     void ChangeSwatch(int16_t index, uint32_t colour);
     /// A point of the preview was picked, in pixels of the picture taken in; the first swatch
-    /// takes its colour. Nothing happens while no point is asked for.
+    /// takes its colour. While no point is asked for, iOri is repainted and that is all.
     void PickPoint(float X, float Y);
+    /// Draws the cross at the picked point on both preview pictures, until their next repaint.
+    void DrawPickMark();
+    /// A tick of tmrSelect: the cross changes between red and black.
+    void TickSelect();
     /// Ticks box `index` of a column of frBanks: 0 red, 1 green, 2 blue.
     void ChooseBank(int16_t column, int16_t index);
     void ChangeInvert(int16_t index, int16_t ticked);
@@ -419,6 +437,8 @@ class cBatch {
     void coverWithRegion(int32_t width, int32_t height);
     /// Appends a row with the whole working state, and the chain entry that refers to it.
     void appendRow(const std::string& name);
+    /// Changes an entry of the chain for the one above it.
+    void swapWithUpper(int32_t index);
     /// originalBits, then every chain entry.
     void applyChain();
     /// The sample without any function.
@@ -456,6 +476,7 @@ class cBatch {
     int runsUnderWay_ = 0;
     int16_t selectedNode_ = 0;   ///< tree index of the node last selected; 0 for none
     bool choosingBank_ = false;  ///< a column of frBanks is being cleared
+    uint32_t markColour_ = 0;    ///< of the picked point's cross
 };
 
 /// A folder's path with a separator at its end.

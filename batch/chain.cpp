@@ -144,6 +144,13 @@ void cBatch::RebuildChainAndDraw() {
     paintPreview();
 }
 
+void cBatch::CmdAdd() {
+    if (selectedNode_ < 1) return;
+    const TreeNode& node = catalogueTree()[static_cast<size_t>(selectedNode_ - 1)];
+    if (node.functionId < 0) return;
+    AddFunction(std::string(node.text));
+}
+
 void cBatch::AddFunction(const std::string& name) {
     attempt([&] { cFilter.Bits(workBits); });
     appendRow(name);
@@ -175,6 +182,9 @@ void cBatch::restart() {
 void cBatch::RemoveFunction(int32_t index) {
     if (index < 0 || index >= static_cast<int32_t>(LSelectedFunctions.size())) return;
     LSelectedFunctions.erase(LSelectedFunctions.begin() + index);
+    // The selection passes to the entry that moves up, or at the end to the one before it.
+    const auto count = static_cast<int32_t>(LSelectedFunctions.size());
+    if (selectedFunction > index || selectedFunction >= count) --selectedFunction;
     platform_.changed("LSelectedFunctions");
     if (LSelectedFunctions.empty())
         restart();
@@ -182,28 +192,66 @@ void cBatch::RemoveFunction(int32_t index) {
         RebuildChain();
 }
 
-void cBatch::MoveFunctionUp(int32_t index) {
-    if (index < 1 || index >= static_cast<int32_t>(LSelectedFunctions.size())) return;
+void cBatch::swapWithUpper(int32_t index) {
     const auto place = static_cast<size_t>(index);
     std::swap(LSelectedFunctions[place - 1], LSelectedFunctions[place]);
     platform_.changed("LSelectedFunctions");
     RebuildChain();
 }
 
+void cBatch::MoveFunctionUp(int32_t index) {
+    if (index < 1 || index >= static_cast<int32_t>(LSelectedFunctions.size())) return;
+    selectedFunction = index - 1;
+    swapWithUpper(index);
+}
+
 void cBatch::MoveFunctionDown(int32_t index) {
-    if (index < 0) return;
-    MoveFunctionUp(index + 1);
+    if (index < 0 || int64_t{index} + 1 >= static_cast<int64_t>(LSelectedFunctions.size())) return;
+    selectedFunction = index + 1;
+    swapWithUpper(index + 1);
 }
 
 void cBatch::ClearFunctions() {
     if (LSelectedFunctions.empty()) return;
     LSelectedFunctions.clear();
     Ltray.clear();
+    selectedFunction = -1;
     platform_.changed("LSelectedFunctions");
     restart();
 }
 
+void cBatch::TBTray(int16_t button) {
+    switch (button) {
+        case 1:
+            CmdAdd();
+            break;
+        case 2:
+            RemoveFunction(selectedFunction);
+            break;
+        case 3:
+            ClearFunctions();
+            break;
+        case 4:
+            LoadFunctionList();
+            RebuildChain();
+            break;
+        case 5:
+            SaveFunctionList();
+            RebuildChain();
+            break;
+        case 7:
+            MoveFunctionUp(selectedFunction);
+            break;
+        case 8:
+            MoveFunctionDown(selectedFunction);
+            break;
+        default:
+            break;
+    }
+}
+
 void cBatch::PickPoint(float X, float Y) {
+    platform_.changed("iOri");
     if (!pickEnabled) return;
     X = std::max(std::min(X, static_cast<float>(workWidth - 1)), 0.0F);
     Y = std::max(std::min(Y, static_cast<float>(workHeight - 1)), 0.0F);
@@ -219,7 +267,21 @@ void cBatch::PickPoint(float X, float Y) {
         platform_.changed("Col(0)");
     }
     platform_.giveWay();
+    DrawPickMark();
     previewCurrent();
+}
+
+void cBatch::DrawPickMark() {
+    pickMark.x = roundToInteger(double{pickRelX} * iOri.width());
+    pickMark.y = roundToInteger(double{pickRelY} * iOri.height());
+    pickMark.colour = markColour_;
+    platform_.changed("pickMark");
+}
+
+void cBatch::TickSelect() {
+    constexpr uint32_t red = 255;
+    markColour_ = markColour_ == red ? 0 : red;
+    DrawPickMark();
 }
 
 void cBatch::SetPicture(PictureHolder& picture) {

@@ -92,6 +92,7 @@ void cBatch::LoadWindow() {
     place(bs21, startupRecord.splitterBs21, "bs21");
 
     LSelectedFunctions.clear();
+    selectedFunction = -1;
     platform_.changed("LSelectedFunctions");
     functionId = 5;
 

@@ -1,10 +1,12 @@
 #include "widgets/folder_tree.h"
 
+#include <QAbstractFileIconProvider>
 #include <QDir>
 #include <QFileSystemModel>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QScrollBar>
+#include <QStyle>
 
 namespace tessarine {
 
@@ -14,11 +16,26 @@ bool liesInHiddenFolder(const QString& path) { return path.contains("/."); }
 
 }  // namespace
 
-FolderTree::FolderTree(QWidget* parent) : QTreeView(parent), folders_(new QFileSystemModel(this)) {
+/// The style's picture of a folder for each of them: nothing is looked up folder by folder, and a
+/// desktop without an icon theme has one too.
+class FolderTree::OneIcon : public QAbstractFileIconProvider {
+  public:
+    explicit OneIcon(const QIcon& icon) : icon_(icon) {}
+    QIcon icon(IconType) const override { return icon_; }
+    QIcon icon(const QFileInfo&) const override { return icon_; }
+
+  private:
+    QIcon icon_;
+};
+
+FolderTree::FolderTree(QWidget* parent)
+    : QTreeView(parent),
+      icons_(std::make_unique<OneIcon>(style()->standardIcon(QStyle::SP_DirIcon))),
+      folders_(new QFileSystemModel(this)) {
     setAccessibleName("Folders");
+    folders_->setIconProvider(icons_.get());
     folders_->setFilter(QDir::Dirs | QDir::NoDotAndDotDot);
     folders_->setReadOnly(true);
-    folders_->setOption(QFileSystemModel::DontUseCustomDirectoryIcons);
     folders_->setRootPath("/");
     setModel(folders_);
     setHeaderHidden(true);
@@ -38,6 +55,12 @@ FolderTree::FolderTree(QWidget* parent) : QTreeView(parent), folders_(new QFileS
     connect(this, &QTreeView::doubleClicked, this,
             [this](const QModelIndex& index) { emit folderActivated(folders_->filePath(index)); });
     keepInView(folders_->index(QDir::homePath()));
+}
+
+FolderTree::~FolderTree() {
+    // The model reads folders on a thread of its own, which asks for icons to its end.
+    setModel(nullptr);
+    delete folders_;
 }
 
 QString FolderTree::path() const {

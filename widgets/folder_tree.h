@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include <QPersistentModelIndex>
 #include <QString>
 #include <QTreeView>
@@ -15,6 +17,7 @@ class FolderTree : public QTreeView {
 
   public:
     explicit FolderTree(QWidget* parent = nullptr);
+    ~FolderTree() override;
 
     /// The selected folder, without a separator at its end but for the root; empty where none is,
     /// also after the selected one has gone from the disk.
@@ -42,6 +45,8 @@ class FolderTree : public QTreeView {
     void keepInView(const QModelIndex& index);
     void follow();
 
+    class OneIcon;
+    std::unique_ptr<OneIcon> icons_;
     QFileSystemModel* folders_;
     QString announced_;
     /// What stays in view while its parents load, until a person takes over.

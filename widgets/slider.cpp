@@ -165,7 +165,7 @@ void cpvSlider::paintRail(QPainter& painter) const {
     const QColor text = palette().color(QPalette::WindowText);
     QPainterPath shape;
     shape.addRoundedRect(strip, roundness, roundness);
-    painter.fillPath(shape, mixed(window, text, isEnabled() ? 0.22 : 0.12));
+    painter.fillPath(shape, mixed(window, text, isEnabled() ? 0.22 : 0.28));
 
     // What lies between the low end and the thumb is filled.
     const double middle = Orientation() == 0 ? track_.thumbLeft() + track_.thumbSize().width / 2

@@ -108,6 +108,13 @@ void Splitter::SplitterPosition(int32_t percent) {
     announceValue(bar_, SplitterPosition());
 }
 
+bool Splitter::Enabled() const { return bar_->isEnabled(); }
+
+void Splitter::Enabled(bool enabled) {
+    if (!enabled) endDrag();
+    bar_->setEnabled(enabled);
+}
+
 void Splitter::SplitterColor(const QColor& colour) {
     colour_ = colour;
     bar_->update();
@@ -146,6 +153,11 @@ void Splitter::adopt(QWidget* control) {
 }
 
 void Splitter::resizeEvent(QResizeEvent*) { arithmetic_.resize(width(), height()); }
+
+void Splitter::endDrag() {
+    // The button's release does not reach a hidden or disabled bar.
+    if (arithmetic_.moverVisible()) arithmetic_.release();
+}
 
 void Splitter::showBars() {
     bar_->setGeometry(rectangle(arithmetic_.bar()));

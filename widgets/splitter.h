@@ -40,6 +40,9 @@ class Splitter : public QWidget, private SplitterBar::Control {
     void SplitterMax(int32_t percent) { arithmetic_.setMaximum(percent); }
     int32_t SplitterWidth() const { return arithmetic_.thickness(); }
     void SplitterWidth(int32_t pixels) { arithmetic_.setThickness(pixels); }
+    /// Whether the bar can be moved by a person; the neighbours do not mind.
+    bool Enabled() const;
+    void Enabled(bool enabled);
     /// An invalid colour, the default, is the palette's.
     QColor SplitterColor() const { return colour_; }
     void SplitterColor(const QColor& colour);
@@ -62,6 +65,7 @@ class Splitter : public QWidget, private SplitterBar::Control {
 
   protected:
     void resizeEvent(QResizeEvent*) override;
+    void hideEvent(QHideEvent*) override { endDrag(); }
 
   private:
     class Bar;
@@ -69,6 +73,7 @@ class Splitter : public QWidget, private SplitterBar::Control {
     void moveNeighbours() override;
     void happened(SplitterBar::Event event) override;
     void adopt(QWidget* control);
+    void endDrag();
 
     SplitterBar arithmetic_;
     QColor colour_;

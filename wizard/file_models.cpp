@@ -87,7 +87,9 @@ QVariant FileModel::data(const QModelIndex& index, int role) const {
     const auto row = size_t(index.row());
     if (role == Qt::DisplayRole) return textOf(text(row, index.column()));
     if (role == Qt::TextAlignmentRole) return int(alignment(index.column()) | Qt::AlignVCenter);
-    if (role == Qt::ToolTipRole) return textOf(path(row));
+    // A text may be cut short; the name's column tells the whole path.
+    if (role == Qt::ToolTipRole)
+        return textOf(index.column() == 0 ? path(row) : text(row, index.column()));
     if (role == Qt::DecorationRole && index.column() == 0) return fileTypeIcon(icon(row));
     return {};
 }

@@ -150,10 +150,12 @@ void FolderView::keyPressEvent(QKeyEvent* event) {
 }
 
 std::vector<int> FolderView::columnWidths(int width) const {
-    // A size is told in full; the name has what the type's name leaves.
-    const int size = fontMetrics().horizontalAdvance("99999.9 KB") + cellMargins;
-    const int type = std::max((width - size) * 3 / 8, 0);
-    return {std::max(width - size - type, 0), size, type};
+    // A size is told in full. The name has most of the rest, and where that is little the type
+    // gives way to it.
+    const int size = fontMetrics().horizontalAdvance("9999.9 KB") + cellMargins;
+    const int rest = std::max(width - size, 0);
+    const int name = std::min(std::max(width / 2, rest * 5 / 8), rest);
+    return {name, size, rest - name};
 }
 
 void FolderView::startDrag(Qt::DropActions) {

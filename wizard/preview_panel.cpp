@@ -124,11 +124,9 @@ void ValueLabel::paintEvent(QPaintEvent*) {
 }
 
 DescriptionFrame::DescriptionFrame(QWidget* parent)
-    : QWidget(parent), title_(new QLabel("Image Preview & Description", this)) {
+    : QWidget(parent), title_(new ValueLabel("Image Preview & Description", this)) {
     setObjectName("Frame_Preview");
     setAccessibleName(title_->text());
-    title_->setFont(boldened(font()));
-    title_->setWordWrap(true);
     title_->setToolTip(title_->text());
     add("LFileName", "File Name:");
     add("LType", "Type:");
@@ -158,9 +156,8 @@ void DescriptionFrame::tell(const char* name, const QString& text) {
 void DescriptionFrame::layOut(int visibleWidth) {
     visibleWidth_ = visibleWidth;
     const int width = std::max(visibleWidth - 2 * margin, 1);
-    const int titleHeight = title_->heightForWidth(width);
-    title_->setGeometry(margin, margin, width, titleHeight);
-    const int top = margin + titleHeight + margin;
+    placeTitle(width);
+    const int top = title_->geometry().bottom() + 1 + margin;
     int captionWidth = 0;
     for (const Entry& entry : entries_)
         captionWidth = std::max(captionWidth, entry.caption->sizeHint().width());
@@ -170,6 +167,18 @@ void DescriptionFrame::layOut(int visibleWidth) {
         placeBelow(margin, top, width);
     hideWhatDoesNotFit();
     update();
+}
+
+void DescriptionFrame::placeTitle(int width) {
+    // Bold where its words fit, else as slim as other text.
+    const QFont bold = boldened(font());
+    const QFontMetrics metrics(bold);
+    const QStringList words = title_->text().split(' ');
+    const bool fits = std::all_of(words.begin(), words.end(), [&](const QString& word) {
+        return metrics.horizontalAdvance(word) <= width;
+    });
+    title_->setFont(fits ? bold : font());
+    title_->setGeometry(margin, margin, width, title_->heightAt(width));
 }
 
 std::vector<int> DescriptionFrame::linesWithin(int lines, int width) const {
@@ -226,10 +235,7 @@ void DescriptionFrame::paintEvent(QPaintEvent*) {
 
 void DescriptionFrame::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::FontChange && !entries_.empty()) {
-        title_->setFont(boldened(font()));
-        layOut();
-    }
+    if (event->type() == QEvent::FontChange && !entries_.empty()) layOut();
 }
 
 }  // namespace tessarine

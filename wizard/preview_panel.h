@@ -42,6 +42,7 @@ class ValueLabel : public QLabel {
   public:
     using QLabel::QLabel;
     int linesAt(int width) const;
+    int heightAt(int width) const { return linesAt(width) * fontMetrics().lineSpacing(); }
 
   protected:
     void paintEvent(QPaintEvent*) override;
@@ -73,7 +74,9 @@ class DescriptionFrame : public QWidget {
     std::vector<int> linesWithin(int lines, int width) const;
     void hideWhatDoesNotFit();
 
-    QLabel* title_;
+    void placeTitle(int width);
+
+    ValueLabel* title_;
     std::vector<Entry> entries_;
     int visibleWidth_ = 0;
 };

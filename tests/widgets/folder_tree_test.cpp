@@ -79,6 +79,18 @@ TEST_F(AFolderTree, BringsItsPathIntoViewOnceItsParentsAreLoaded) {
     EXPECT_EQ(tree.path(), root + "/folder 120");
 }
 
+TEST_F(AFolderTree, TakesAFolderThatWasMadeAMomentAgo) {
+    make("old");
+    show();
+    ASSERT_TRUE(tree.setPath(root));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return shownBelow(tree.currentIndex()).size() == 1; }));
+    const QString made = make("new");
+    EXPECT_TRUE(tree.setPath(made));
+    EXPECT_EQ(tree.path(), made);
+    QTest::qWait(200);
+    EXPECT_EQ(tree.path(), made);
+}
+
 TEST_F(AFolderTree, RefusesAFolderThatIsNotThere) {
     ASSERT_TRUE(tree.setPath(root));
     EXPECT_FALSE(tree.setPath(root + "/missing"));
@@ -125,6 +137,15 @@ TEST_F(AFolderTree, ShowsAHiddenFolderWhenThePathLiesInOne) {
     QTest::qWait(100);
     EXPECT_EQ(tree.path(), inner);
     EXPECT_TRUE(inView());
+}
+
+TEST_F(AFolderTree, ShowsAFolderPictureBesideEveryName) {
+    make("a");
+    show();
+    ASSERT_TRUE(tree.setPath(root));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !shownBelow(tree.currentIndex()).isEmpty(); }));
+    const QModelIndex a = tree.model()->index(0, 0, tree.currentIndex());
+    EXPECT_FALSE(a.data(Qt::DecorationRole).value<QIcon>().isNull());
 }
 
 TEST_F(AFolderTree, ShowsTheNameColumnOnly) {

@@ -128,12 +128,29 @@ TEST_F(ShownSplitter, StaysWhereItIsAfterAPlainClick) {
 }
 
 TEST_F(ShownSplitter, DoesNotMoveWhileItIsDisabled) {
-    splitter.setEnabled(false);
+    EXPECT_TRUE(splitter.Enabled());
+    splitter.Enabled(false);
+    EXPECT_FALSE(splitter.Enabled());
+    EXPECT_TRUE(first->isEnabled());
     QTest::mousePress(&bar(splitter), Qt::LeftButton, {}, QPoint(0, 50));
     QTest::mouseMove(&bar(splitter), QPoint(100, 50));
     EXPECT_FALSE(mover(splitter).isVisible());
     EXPECT_EQ(splitter.SplitterPosition(), 50);
     QTest::mouseRelease(&bar(splitter), Qt::LeftButton, {}, QPoint(100, 50));
+}
+
+TEST_F(ShownSplitter, EndsItsDragWhenItIsHiddenOrDisabled) {
+    QWidget& handle = bar(splitter);
+    QTest::mousePress(&handle, Qt::LeftButton, {}, QPoint(0, 50));
+    QTest::mouseMove(&handle, QPoint(100, 50));
+    splitter.hide();
+    EXPECT_FALSE(mover(splitter).isVisibleTo(&splitter));
+    EXPECT_EQ(first->width(), 300);
+    splitter.show();
+    QTest::mousePress(&handle, Qt::LeftButton, {}, QPoint(0, 50));
+    splitter.Enabled(false);
+    EXPECT_FALSE(mover(splitter).isVisible());
+    QTest::mouseRelease(&handle, Qt::LeftButton, {}, QPoint(0, 50));
 }
 
 TEST_F(ShownSplitter, KeepsItsPercentageAfterAResize) {
