@@ -28,6 +28,32 @@ std::vector<std::string> pathsOf(const Rows& rows) {
     return paths;
 }
 
+/// Rows from the first to the last.
+struct Run {
+    int first;
+    int last;
+};
+
+/// More runs than these are shown anew faster than removed one by one.
+constexpr size_t mostRuns = 200;
+
+/// The rows that have left; none where others came, or the order has changed.
+std::vector<Run> runsGone(const std::vector<std::string>& before,
+                          const std::vector<std::string>& now) {
+    std::vector<Run> runs;
+    size_t kept = 0;
+    for (int row = 0; row < int(before.size()); ++row) {
+        if (kept < now.size() && before[size_t(row)] == now[kept])
+            ++kept;
+        else if (!runs.empty() && runs.back().last == row - 1)
+            runs.back().last = row;
+        else
+            runs.push_back({row, row});
+    }
+    if (kept < now.size()) runs.clear();
+    return runs;
+}
+
 }  // namespace
 
 std::vector<int32_t> draggedRows(const QMimeData& data) {
@@ -41,6 +67,16 @@ std::vector<int32_t> draggedRows(const QMimeData& data) {
 
 void FileModel::follow() {
     std::vector<std::string> now = paths();
+    // What is only removed leaves the current row and what is selected beside it alone.
+    if (const std::vector<Run> gone = runsGone(shown_, now);
+        !gone.empty() && gone.size() <= mostRuns) {
+        for (auto run = gone.rbegin(); run != gone.rend(); ++run) {
+            beginRemoveRows({}, run->first, run->last);
+            shown_.erase(shown_.begin() + run->first, shown_.begin() + run->last + 1);
+            endRemoveRows();
+        }
+        return;
+    }
     const size_t shorter = std::min(now.size(), shown_.size());
     size_t head = 0;
     while (head < shorter && now[head] == shown_[head])
@@ -49,12 +85,8 @@ void FileModel::follow() {
     while (tail < shorter - head && now[now.size() - 1 - tail] == shown_[shown_.size() - 1 - tail])
         ++tail;
 
-    // Rows that came or went in one piece leave selection and scrolling alone.
-    if (head + tail == now.size() && now.size() < shown_.size()) {
-        beginRemoveRows({}, int(head), int(shown_.size() - tail) - 1);
-        shown_ = std::move(now);
-        endRemoveRows();
-    } else if (head + tail == shown_.size() && shown_.size() < now.size()) {
+    // Rows that came in one piece leave selection and scrolling alone.
+    if (head + tail == shown_.size() && shown_.size() < now.size()) {
         beginInsertRows({}, int(head), int(now.size() - tail) - 1);
         shown_ = std::move(now);
         endInsertRows();

@@ -4,6 +4,7 @@
 #include <QDropEvent>
 #include <QMimeData>
 #include <QMouseEvent>
+#include <QScrollBar>
 #include <QToolButton>
 #include <QUrl>
 
@@ -141,6 +142,21 @@ TEST_F(Step1, DeleteRemovesExactlyTheSelectedRows) {
     pressButton("TBSelected(2)");
     EXPECT_THAT(column(selected, 0), IsEmpty());
     EXPECT_EQ(batch.SB[2].text, "Basket: 0 file(s)");
+}
+
+TEST_F(Step1, RemovedRowsLeaveTheCurrentOneAndThePlaceInTheList) {
+    for (int i = 0; i < 1000; ++i)
+        batch.lvSelected.push_back(
+            {"p", "jpg", "/elsewhere/" + std::to_string(i) + ".jpg", "/elsewhere"});
+    batch.platform().changed("lvSelected");
+    clickRow(selected, 700);
+    clickRow(selected, 702, Qt::ControlModifier);
+    clickRow(selected, 704, Qt::ControlModifier);
+    const int place = selected.verticalScrollBar()->value();
+    QTest::keyClick(&selected, Qt::Key_Delete);
+    EXPECT_EQ(selected.model()->rowCount(), 997);
+    EXPECT_NEAR(selected.currentIndex().row(), 701, 2);
+    EXPECT_NEAR(selected.verticalScrollBar()->value(), place, selected.height());
 }
 
 TEST_F(Step1, ListsAreSavedAndOpenedByTheirButtons) {
