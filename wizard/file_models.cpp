@@ -4,17 +4,14 @@
 #include <unordered_map>
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QMimeData>
-#include <QUrl>
 
+#include "wizard/file_names.h"
 #include "wizard/file_types.h"
 
 namespace tessarine {
 
 namespace {
-
-QString textOf(const std::string& bytes) { return QFile::decodeName(bytes.c_str()); }
 
 /// Process and rows of a drag out of lvFolder.
 constexpr const char* rowsFormat = "application/x-tessarine-folder-rows";
@@ -117,11 +114,11 @@ bool FileModel::has(const QModelIndex& index) const {
 QVariant FileModel::data(const QModelIndex& index, int role) const {
     if (!has(index)) return {};
     const auto row = size_t(index.row());
-    if (role == Qt::DisplayRole) return textOf(text(row, index.column()));
+    if (role == Qt::DisplayRole) return shownName(text(row, index.column()));
     if (role == Qt::TextAlignmentRole) return int(alignment(index.column()) | Qt::AlignVCenter);
     // A text may be cut short; the name's column tells the whole path.
     if (role == Qt::ToolTipRole)
-        return textOf(index.column() == 0 ? path(row) : text(row, index.column()));
+        return plainToolTip(shownName(index.column() == 0 ? path(row) : text(row, index.column())));
     if (role == Qt::DecorationRole && index.column() == 0) return fileTypeIcon(icon(row));
     return {};
 }
@@ -201,7 +198,7 @@ QMimeData* FolderModel::mimeData(const QModelIndexList& indexes) const {
     QByteArray numbers = QByteArray::number(QCoreApplication::applicationPid());
     for (const int row : rows) {
         numbers += " " + QByteArray::number(row);
-        urls.append(QUrl::fromLocalFile(textOf(path(size_t(row)))));
+        urls.append(urlOf(path(size_t(row))));
     }
     auto* data = new QMimeData;
     data->setData(rowsFormat, numbers);

@@ -5,14 +5,13 @@
 #include <QApplication>
 #include <QDrag>
 #include <QDropEvent>
-#include <QFile>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QTimer>
-#include <QUrl>
 
 #include "wizard/file_models.h"
+#include "wizard/file_names.h"
 #include "wizard/icons.h"
 
 namespace tessarine {
@@ -24,13 +23,6 @@ constexpr int dragPictureSize = 32;
 
 /// Pixels left and right of a cell's text.
 constexpr int cellMargins = 12;
-
-std::vector<std::string> localPaths(const QMimeData& data) {
-    std::vector<std::string> paths;
-    for (const QUrl& url : data.urls())
-        if (url.isLocalFile()) paths.push_back(QFile::encodeName(url.toLocalFile()).toStdString());
-    return paths;
-}
 
 bool movesFromRowToRow(int key) {
     switch (key) {

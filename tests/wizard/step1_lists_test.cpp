@@ -328,6 +328,43 @@ TEST_F(Step1, AFileManagersFilesAndFoldersGoToTheBasket) {
     EXPECT_EQ(batch.SB[2].text, "Basket: 3 file(s)");
 }
 
+TEST_F(Step1, DroppedNamesKeepTheBytesThatAreNoText) {
+    const std::string bad = file("bad\xff 100%.jpg");
+    goToScratch();
+    const std::unique_ptr<QMimeData> dragged(
+        folder.model()->mimeData({folder.model()->index(0, 0)}));
+    QMimeData elsewhere;
+    elsewhere.setData("text/uri-list", dragged->data("text/uri-list"));
+    EXPECT_TRUE(drop(selected, elsewhere));
+    ASSERT_EQ(batch.lvSelected.size(), 1U);
+    EXPECT_EQ(batch.lvSelected[0].Tag, bad);
+}
+
+TEST_F(Step1, OnlyFilesOfThisMachineAreTaken) {
+    const std::string one = file("one.jpg");
+    QMimeData data;
+    data.setUrls({QUrl("https://example.org/a.jpg"),
+                  QUrl("file://localhost" + QString::fromStdString(one)),
+                  QUrl("file://another.example" + QString::fromStdString(file("two.jpg"))),
+                  QUrl("trash:///b.jpg")});
+    EXPECT_TRUE(drop(selected, data));
+    EXPECT_THAT(basket(), ElementsAre("one.jpg"));
+    EXPECT_THAT(desktop.boxes, IsEmpty());
+}
+
+TEST_F(Step1, AFolderThatIsDeletedLeavesAWorkingList) {
+    picture("gone/a.ppm");
+    file("stays/b.jpg");
+    goTo(scratch / "gone");
+    std::filesystem::remove_all(scratch.path() / "gone");
+    ASSERT_TRUE(QTest::qWaitFor([this] { return tree.path().isEmpty(); }));
+    clickRow(folder, 0);
+    EXPECT_FALSE(control(window, "PPreview").isVisible());
+    EXPECT_THAT(desktop.boxes, IsEmpty());
+    goTo(scratch / "stays");
+    EXPECT_THAT(column(folder, 0), ElementsAre("b.jpg"));
+}
+
 TEST_F(Step1, AFileManagersFolderIsGoneToInTheList) {
     file("more/b.png");
     EXPECT_TRUE(dropUrls(folder, {scratch / "more"}));
