@@ -159,6 +159,18 @@ TEST_F(Step1, RemovedRowsLeaveTheCurrentOneAndThePlaceInTheList) {
     EXPECT_NEAR(selected.verticalScrollBar()->value(), place, selected.height());
 }
 
+TEST_F(Step1, EnterHeldDownAddsOnce) {
+    file("a.jpg");
+    goToScratch();
+    clickRow(folder, 0);
+    QKeyEvent first(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, "\r");
+    QKeyEvent next(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, "\r", true);
+    QApplication::sendEvent(&folder, &first);
+    QApplication::sendEvent(&folder, &next);
+    EXPECT_THAT(basket(), ElementsAre("a.jpg"));
+    EXPECT_THAT(desktop.boxes, IsEmpty());
+}
+
 TEST_F(Step1, ListsAreSavedAndOpenedByTheirButtons) {
     file("a.jpg");
     file("b.jpg");

@@ -41,6 +41,27 @@ TEST_F(Step1, ARowOfTheBasketIsShownTheSameWay) {
     EXPECT_EQ(shown("LFileName"), "a.ppm") << "keys that move from row to row do as a click";
 }
 
+TEST_F(Step1, ARowReachedByTypingItsNameIsShown) {
+    picture("a.ppm", 40, 30);
+    picture("b.ppm", 20, 10);
+    goToScratch();
+    clickRow(folder, 0);
+    QTest::keyClick(&folder, Qt::Key_B);
+    EXPECT_EQ(shown("LFileName"), "b.ppm");
+}
+
+TEST_F(Step1, AKeyHeldDownShowsOnlyTheRowWhereItIsLetGo) {
+    for (const char* name : {"a.ppm", "b.ppm", "c.ppm"})
+        picture(name);
+    goToScratch();
+    clickRow(folder, 0);
+    QTest::keyPress(&folder, Qt::Key_Down);
+    QTest::keyPress(&folder, Qt::Key_Down);
+    EXPECT_EQ(shown("LFileName"), "a.ppm");
+    QTest::keyRelease(&folder, Qt::Key_Down);
+    EXPECT_EQ(shown("LFileName"), "c.ppm");
+}
+
 TEST_F(Step1, NamesThatAreNoTextOrNoLineAreShownOnOneLine) {
     picture("bad\xff.ppm");
     picture("new\nline.ppm");
