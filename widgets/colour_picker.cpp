@@ -180,12 +180,7 @@ void fGradient::addPictures() {
         connect(area, &PickArea::moved, this, pass(&Model::move));
         connect(area, &PickArea::released, this, pass(&Model::release));
         connect(area, &PickArea::stepped, this, [this, picture](QPoint by) {
-            Model& model = parts_->model;
-            const QPoint at = picture == Model::Picture::bar
-                                  ? QPoint(0, model.barMarker())
-                                  : QPoint(model.rectangleMarker().x, model.rectangleMarker().y);
-            model.press(picture, placeOf(at + by));
-            model.release(picture, placeOf(at + by));
+            parts_->model.step(picture, placeOf(by));
             showModel();
         });
         connect(area, &PickArea::focusChanged, this, [this] { showModel(); });

@@ -210,6 +210,22 @@ TEST_F(ColourPicker, ArrowKeysGoToTheNeighbouringPlace) {
     });
 }
 
+TEST_F(ColourPicker, AHeldArrowKeyReachesTheEndOfThePicture) {
+    open(0, [&] {
+        QWidget& rect = control(picker, "imgRect");
+        const auto hold = [&](Qt::Key key) {
+            for (int i = 0; i < rect.width(); ++i)
+                QTest::keyClick(&rect, key);
+        };
+        click(control(picker, "optRed"));
+        hold(Qt::Key_Right);
+        EXPECT_EQ(picker.Color(), packed(0, 255, 0));
+        click(control(picker, "chkWebSafe"));
+        hold(Qt::Key_Left);
+        EXPECT_EQ(picker.Color(), 0);
+    });
+}
+
 TEST_F(ColourPicker, ThePicturesStandOnTheScreenAsTheyWereMade) {
     open(HsbToRgb({0, 30, 30}), [&] {
         QWidget& rect = control(picker, "imgRect");
