@@ -296,20 +296,31 @@ TEST_F(ColourPicker, IsSizedByItsRule) {
 
 TEST_F(ColourPicker, CutsNothingOffAtItsSmallest) {
     open(start, [&] {
-        picker.resize(1, 1);
-        QApplication::processEvents();
-        QList<QWidget*> controls = picker.findChildren<QWidget*>();
-        for (const QWidget* one : controls) {
-            if (!one->isVisible() || one->objectName().isEmpty()) continue;
-            EXPECT_TRUE(one->parentWidget()->rect().contains(one->geometry()))
-                << one->objectName().toStdString();
-            if (!qobject_cast<const QAbstractButton*>(one)) continue;
-            EXPECT_GE(one->width(), one->sizeHint().width()) << one->objectName().toStdString();
-        }
-        EXPECT_LE(control(picker, "chkAccel").geometry().right(),
-                  control(picker, "fraNumeric").x());
-        EXPECT_LE(picker.width(), 640);
-        EXPECT_LE(picker.height(), 480);
+        for (const char* family : {"DejaVu Sans", "Noto Sans"})
+            for (const int points : {9, 10, 11}) {
+                SCOPED_TRACE(std::string(family) + " " + std::to_string(points));
+                picker.setFont(QFont(family, points));
+                picker.resize(1, 1);
+                QApplication::processEvents();
+                // With a title of 30 pixels it fits on a screen of 640 by 480.
+                EXPECT_LE(picker.width(), 640);
+                EXPECT_LE(picker.height(), 450);
+                EXPECT_GE(control(picker, "imgRect").width(), 120);
+                for (const QWidget* one : picker.findChildren<QWidget*>()) {
+                    if (!one->isVisible() || one->objectName().isEmpty()) continue;
+                    SCOPED_TRACE(one->objectName().toStdString());
+                    EXPECT_TRUE(one->parentWidget()->rect().contains(one->geometry()));
+                    if (!qobject_cast<const QAbstractButton*>(one)) continue;
+                    EXPECT_GE(one->width(), one->sizeHint().width());
+                }
+                const QList<QWidget*> outer =
+                    picker.findChildren<QWidget*>(Qt::FindDirectChildrenOnly);
+                for (const QWidget* one : outer)
+                    for (const QWidget* other : outer)
+                        EXPECT_TRUE(one == other || !one->geometry().intersects(other->geometry()))
+                            << one->objectName().toStdString() << " on "
+                            << other->objectName().toStdString();
+            }
     });
 }
 
