@@ -422,11 +422,11 @@ void fGradient::nameAreas() {
 
 void fGradient::paintEvent(QPaintEvent*) {
     auto& p = *parts_;
-    const cGradient& canvas = p.canvas;
+    cGradient& canvas = p.canvas;
     const bool fits = canvas.IsCreated() && canvas.Width() == p.fraNumeric->x() &&
                       canvas.Height() == p.chkWebSafe->y() &&
                       canvas.hdc()->devicePixelRatio() == devicePixelRatioF();
-    if (!fits) p.canvas.Init(p.fraNumeric->x(), p.chkWebSafe->y(), this);
+    if (!fits) canvas.Init(p.fraNumeric->x(), p.chkWebSafe->y(), this);
     if (!fits || !p.canvasStands) paintCanvas();
     p.canvasStands = true;
     canvas.BitBlt();
