@@ -33,6 +33,8 @@ void ColourPickerModel::open(int32_t colour) {
     hsb_.hue = -1;
     oldColour_ = colour;
     Color(colour);
+    // The colour of the last time may hold still, below an entry that was dropped.
+    writeFields();
     accepted_ = false;
 }
 
@@ -93,7 +95,7 @@ int32_t ColourPickerModel::highest(Axis field) {
 
 void ColourPickerModel::writeFields() {
     busy_ = true;
-    const ColourTexts texts = textsOf(color_, hsb_);
+    const ColourTexts texts = textsOf(color_, hsb());
     writeText(Axis::red, texts.red);
     writeText(Axis::green, texts.green);
     writeText(Axis::blue, texts.blue);
