@@ -415,9 +415,15 @@ void fGradient::showModel() {
 void fGradient::nameAreas() {
     auto& p = *parts_;
     const auto captionOf = [](Axis axis) { return plain(axes[static_cast<size_t>(axis)].caption); };
-    p.imgBar->setAccessibleName(captionOf(p.model.axis()));
-    p.imgRect->setAccessibleName(captionOf(p.model.acrossAxis()) + " and " +
-                                 captionOf(p.model.upAxis()).toLower());
+    const auto valueOf = [&](Axis axis) {
+        return captionOf(axis) + ' ' + QString::fromStdString(p.model.fieldText(axis));
+    };
+    const Axis across = p.model.acrossAxis();
+    const Axis up = p.model.upAxis();
+    nameForReaders(*p.imgBar, captionOf(p.model.axis()));
+    describeForReaders(*p.imgBar, valueOf(p.model.axis()));
+    nameForReaders(*p.imgRect, captionOf(across) + " and " + captionOf(up).toLower());
+    describeForReaders(*p.imgRect, valueOf(across) + ", " + valueOf(up).toLower());
 }
 
 void fGradient::paintEvent(QPaintEvent*) {
@@ -426,7 +432,7 @@ void fGradient::paintEvent(QPaintEvent*) {
     const bool fits = canvas.IsCreated() && canvas.Width() == p.fraNumeric->x() &&
                       canvas.Height() == p.chkWebSafe->y() &&
                       canvas.hdc()->devicePixelRatio() == devicePixelRatioF();
-    if (!fits) canvas.Init(p.fraNumeric->x(), p.chkWebSafe->y(), this);
+    if (!fits && !canvas.Init(p.fraNumeric->x(), p.chkWebSafe->y(), this)) return;
     if (!fits || !p.canvasStands) paintCanvas();
     p.canvasStands = true;
     canvas.BitBlt();

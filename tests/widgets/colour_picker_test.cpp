@@ -337,6 +337,24 @@ TEST_F(ColourPicker, HasANameAndAPlaceForEveryControl) {
     }
 }
 
+TEST_F(ColourPicker, PicturesTellTheirValuesToThoseWhoDoNotSeeThem) {
+    open(start, [&] {
+        QWidget& bar = control(picker, "imgBar");
+        QWidget& rect = control(picker, "imgRect");
+        EXPECT_EQ(bar.accessibleName(), "Hue");
+        EXPECT_EQ(bar.accessibleDescription(), "Hue 115");
+        EXPECT_EQ(rect.accessibleName(), "Saturation and brightness");
+        EXPECT_EQ(rect.accessibleDescription(), "Saturation 74, brightness 83");
+        QTest::mouseClick(&rect, Qt::LeftButton, {}, {rect.width() - 1, 0});
+        EXPECT_EQ(rect.accessibleDescription(), "Saturation 100, brightness 100");
+        EXPECT_EQ(control(picker, "labNew").accessibleDescription(),
+                  QString::fromStdString(text("txtNewColor")));
+        click(control(picker, "optGreen"));
+        EXPECT_EQ(bar.accessibleDescription(), "Green 255");
+        EXPECT_EQ(rect.accessibleDescription(), "Red " + field("txtRed").text() + ", blue 0");
+    });
+}
+
 TEST_F(ColourPicker, MnemonicsAreUnique) {
     QString letters;
     for (const QAbstractButton* button : picker.findChildren<QAbstractButton*>())
