@@ -223,6 +223,7 @@ class cBatch {
     // ---- Controls of the last two steps ----
 
     std::string txtDestination;
+    std::string selectedFolder;  ///< what the folder dialog left: a folder, or empty
     std::string txtName;
     ChoiceList cboFormat;  ///< filled with the rows of the format table
     int16_t chkOverwrite = 0;
@@ -391,6 +392,11 @@ class cBatch {
     void LoadWindow();
     /// The window's closing: the settings are gathered and written.
     void CloseWindow();
+
+    // ---- The destination ----
+
+    /// What follows the folder dialog: txtDestination becomes selectedFolder, if that exists.
+    void TakeSelectedFolder();
 
     // ---- The run ----
 

@@ -1,21 +1,27 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <string>
 #include <vector>
 
-#include <QMainWindow>
+#include <QWidget>
 
 #include "batch/batch.h"
 #include "wizard/desktop.h"
 #include "wizard/repaints.h"
 #include "wizard/step.h"
 
+class QToolButton;
+
 namespace tessarine {
+
+class StatusBar;
+class StepStrip;
 
 /// The main window: a wizard of four steps on one tab strip, with a status bar below. It owns the
 /// program without a screen and is the screen that the program knows.
-class fBatch : public QMainWindow, private Platform {
+class fBatch : public QWidget, private Platform {
     Q_OBJECT
 
   public:
@@ -31,6 +37,13 @@ class fBatch : public QMainWindow, private Platform {
   signals:
     /// The window stands; the splash window is no longer needed.
     void ready();
+    /// The window was closed and its settings are written.
+    void closed();
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
 
   private:
     void messageBox(const std::string& text, Icon icon, const std::string& title) override;
@@ -38,7 +51,7 @@ class fBatch : public QMainWindow, private Platform {
     std::optional<std::string> openDialog(const std::string& filter) override;
     void giveWay() override;
     void changed(std::string_view control) override { repaints_.changed(control); }
-    void openPath(const std::string& path) override { desktop_.openPath(path); }
+    void openPath(const std::string& path) override;
     void loadWindow() override;
     void unloadWindow() override;
     void maximizeWindow() override;
@@ -48,12 +61,26 @@ class fBatch : public QMainWindow, private Platform {
     void unloadSplash() override { emit ready(); }
     bool anotherInstanceRuns() override { return desktop_.anotherInstanceRuns(); }
     std::string programFolder() override { return desktop_.programFolder(); }
+    std::string fileTypeName(const std::string& extension) override;
+
+    void addSteps();
+    void addStatusBar();
+    void addButtons();
+    void openWebPage();
+    void showAbout();
+    void openHelp();
+    void layOut();
+    /// Lets the settings know how the window stands.
+    void noteWindow();
 
     Desktop& desktop_;
     Repaints repaints_;
     std::string dialogFolder_;
     cBatch batch_;
+    StepStrip* strip_ = nullptr;  ///< nothing while no window is loaded, as SB
+    StatusBar* SB_ = nullptr;
     std::array<Step*, 4> steps_{};
+    bool closed_ = false;  ///< by a person or the system, for good
 };
 
 }  // namespace tessarine

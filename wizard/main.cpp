@@ -1,6 +1,5 @@
-#include <QApplication>
+#include "wizard/program.h"
 
 int main(int argumentCount, char** arguments) {
-    const QApplication application(argumentCount, arguments);
-    return QApplication::exec();
+    return tessarine::runProgram(argumentCount, arguments);
 }

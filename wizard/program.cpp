@@ -1,0 +1,110 @@
+#include "wizard/program.h"
+
+#include <filesystem>
+#include <iostream>
+
+#include <QApplication>
+#include <QUrl>
+
+#include "widgets/splash.h"
+#include "wizard/appearance.h"
+#include "wizard/batch_window.h"
+#include "wizard/icons.h"
+#include "wizard/leaving.h"
+#include "wizard/system_desktop.h"
+
+namespace tessarine {
+
+namespace {
+
+constexpr QSize splashSize{420, 260};
+
+constexpr const char* usage =
+    "usage: tessarine [OPTION...] [--] [FILE...]\n"
+    "\n"
+    "Opens the window. A FILE is a function list (qfk), a picture list (qpkl), a\n"
+    "picture, which goes into the Image Basket, or a folder, which is shown.\n"
+    "\n"
+    "  --help     show this\n"
+    "  --version  show the program's version\n"
+    "\n"
+    "tessarine-batch does the same work without a window.\n";
+
+std::string absolutePath(const std::string& argument) {
+    if (argument.starts_with("file://"))
+        return QUrl::fromEncoded(QByteArray::fromStdString(argument)).toLocalFile().toStdString();
+    std::error_code ignored;
+    return std::filesystem::absolute(argument, ignored).string();
+}
+
+/// Closes the window, whatever stands before it, and with it the program.
+void leave(fBatch& window) {
+    if (window.isVisible()) {
+        window.close();
+    } else {
+        QCoreApplication::exit(0);
+    }
+}
+
+}  // namespace
+
+WindowCommandLine WindowCommandLine::parse(const std::vector<std::string>& arguments) {
+    WindowCommandLine line;
+    bool options = true;
+    for (const std::string& argument : arguments) {
+        if (!options || !argument.starts_with('-') || argument == "-") {
+            line.paths.push_back(absolutePath(argument));
+        } else if (argument == "--") {
+            options = false;
+        } else if (argument == "--help" || argument == "-h") {
+            line.help = true;
+        } else if (argument == "--version") {
+            line.version = true;
+        } else if (line.refusal.empty()) {
+            line.refusal = "unknown option " + argument;
+        }
+    }
+    return line;
+}
+
+int runProgram(int argumentCount, char** arguments) {
+    // These two need no screen.
+    const std::vector<std::string> all(arguments + 1, arguments + argumentCount);
+    const WindowCommandLine asked = WindowCommandLine::parse(all);
+    if (asked.help || asked.version) {
+        std::cout << (asked.help ? usage : "tessarine " TESSARINE_VERSION "\n") << std::flush;
+        return 0;
+    }
+
+    // The toolkit takes options of its own off the line.
+    QApplication application(argumentCount, arguments);
+    const WindowCommandLine line =
+        WindowCommandLine::parse({arguments + 1, arguments + argumentCount});
+    if (!line.refusal.empty()) {
+        std::cerr << "tessarine: " << line.refusal << "; --help tells the options\n";
+        return 2;
+    }
+    QCoreApplication::setApplicationName("tessarine");
+    QCoreApplication::setApplicationVersion(TESSARINE_VERSION);
+    QGuiApplication::setDesktopFileName("tessarine");
+    QApplication::setWindowIcon(programIcon("program"));
+    // The end of the splash window is not the end of the program.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+
+    applyAppearance(application);
+
+    SystemDesktop desktop;
+    fBatch window(desktop);
+    fSplash splash(programPicture("splash"), splashSize);
+    const LeavingRequests requests([&window] { leave(window); });
+    QObject::connect(&splash, &fSplash::tSplash, &window, [&] {
+        window.start();
+        window.openPaths(line.paths);
+    });
+    QObject::connect(&window, &fBatch::ready, &splash, &QWidget::close);
+    QObject::connect(&window, &fBatch::closed, &window, [] { QCoreApplication::exit(0); });
+    splash.show();
+    return QApplication::exec();
+}
+
+}  // namespace tessarine
