@@ -2,7 +2,6 @@
 
 #include <QFileInfo>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
@@ -41,8 +40,7 @@ fBrowse::fBrowse(const QString& destination, QString& selectedFolder,
       invalidPath_(std::move(invalidPath)),
       FT_(new FolderTree(this)),
       FileName_(new PathLabel(this)),
-      cmdOK_(new QPushButton("&Select", this)),
-      cmdCancel_(new QPushButton("&Cancel", this)) {
+      cmdOK_(new QPushButton("&Select", this)) {
     setObjectName("fBrowse");
     setWindowTitle("Select Folder");
     FT_->setObjectName("FT");
@@ -51,12 +49,13 @@ fBrowse::fBrowse(const QString& destination, QString& selectedFolder,
     cmdOK_->setObjectName("cmdOK");
     cmdOK_->setDefault(true);
     cmdOK_->setEnabled(false);
-    cmdCancel_->setObjectName("cmdCancel");
+    auto* cmdCancel = new QPushButton("&Cancel", this);
+    cmdCancel->setObjectName("cmdCancel");
 
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(cmdOK_);
-    buttons->addWidget(cmdCancel_);
+    buttons->addWidget(cmdCancel);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(FT_);
     layout->addWidget(FileName_);
@@ -66,15 +65,8 @@ fBrowse::fBrowse(const QString& destination, QString& selectedFolder,
     connect(FT_, &FolderTree::pathChanged, this, &fBrowse::showFolder);
     connect(FT_, &FolderTree::folderActivated, cmdOK_, &QPushButton::click);
     connect(cmdOK_, &QPushButton::clicked, this, &fBrowse::select);
-    connect(cmdCancel_, &QPushButton::clicked, this, &fBrowse::cancel);
+    connect(cmdCancel, &QPushButton::clicked, this, &fBrowse::reject);
     FT_->setPath(destination.trimmed());
-}
-
-void fBrowse::keyPressEvent(QKeyEvent* event) {
-    if (event->matches(QKeySequence::Cancel))
-        cmdCancel_->click();
-    else
-        QDialog::keyPressEvent(event);
 }
 
 void fBrowse::showFolder(const QString& folder) {
@@ -94,9 +86,10 @@ void fBrowse::select() {
     accept();
 }
 
-void fBrowse::cancel() {
+void fBrowse::reject() {
+    // Left alone, the text would still hold what an earlier dialog chose.
     selectedFolder_.clear();
-    reject();
+    QDialog::reject();
 }
 
 }  // namespace tessarine
