@@ -146,11 +146,11 @@ TEST_F(Step3, ACancelledDialogLeavesTheDestination) {
     EXPECT_EQ(batch.selectedFolder, "");
 }
 
-TEST_F(Step3, ClosedOtherwiseTheDialogLeavesWhatWasTypedSinceAnEarlierUse) {
+TEST_F(Step3, ClosedOtherwiseTheFolderOfAnEarlierUseIsTakenAgain) {
     browse([this](QWidget& dialog) { choose(dialog, out); });
     the<QLineEdit>("txtDestination").setText("/elsewhere");
     browse([](QWidget& dialog) { dialog.close(); });
-    EXPECT_EQ(batch.txtDestination, "/elsewhere");
+    EXPECT_EQ(batch.txtDestination, out);
 }
 
 TEST_F(Step3, AChosenFolderThatVanishedIsToldAndTheDialogStays) {
