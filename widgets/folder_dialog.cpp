@@ -2,6 +2,7 @@
 
 #include <QFileInfo>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
@@ -40,7 +41,8 @@ fBrowse::fBrowse(const QString& destination, QString& selectedFolder,
       invalidPath_(std::move(invalidPath)),
       FT_(new FolderTree(this)),
       FileName_(new PathLabel(this)),
-      cmdOK_(new QPushButton("&Select", this)) {
+      cmdOK_(new QPushButton("&Select", this)),
+      cmdCancel_(new QPushButton("&Cancel", this)) {
     setObjectName("fBrowse");
     setWindowTitle("Select Folder");
     FT_->setObjectName("FT");
@@ -49,13 +51,12 @@ fBrowse::fBrowse(const QString& destination, QString& selectedFolder,
     cmdOK_->setObjectName("cmdOK");
     cmdOK_->setDefault(true);
     cmdOK_->setEnabled(false);
-    auto* cmdCancel = new QPushButton("&Cancel", this);
-    cmdCancel->setObjectName("cmdCancel");
+    cmdCancel_->setObjectName("cmdCancel");
 
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(cmdOK_);
-    buttons->addWidget(cmdCancel);
+    buttons->addWidget(cmdCancel_);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(FT_);
     layout->addWidget(FileName_);
@@ -65,8 +66,15 @@ fBrowse::fBrowse(const QString& destination, QString& selectedFolder,
     connect(FT_, &FolderTree::pathChanged, this, &fBrowse::showFolder);
     connect(FT_, &FolderTree::folderActivated, cmdOK_, &QPushButton::click);
     connect(cmdOK_, &QPushButton::clicked, this, &fBrowse::select);
-    connect(cmdCancel, &QPushButton::clicked, this, &fBrowse::reject);
+    connect(cmdCancel_, &QPushButton::clicked, this, &fBrowse::cancel);
     FT_->setPath(destination.trimmed());
+}
+
+void fBrowse::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Cancel))
+        cmdCancel_->click();
+    else
+        QDialog::keyPressEvent(event);
 }
 
 void fBrowse::showFolder(const QString& folder) {
@@ -86,10 +94,9 @@ void fBrowse::select() {
     accept();
 }
 
-void fBrowse::reject() {
-    // Left alone, the text would still hold what an earlier dialog chose.
+void fBrowse::cancel() {
     selectedFolder_.clear();
-    QDialog::reject();
+    reject();
 }
 
 }  // namespace tessarine
