@@ -4,11 +4,11 @@
 #include <iostream>
 
 #include <QApplication>
-#include <QUrl>
 
 #include "widgets/splash.h"
 #include "wizard/appearance.h"
 #include "wizard/batch_window.h"
+#include "wizard/file_names.h"
 #include "wizard/icons.h"
 #include "wizard/leaving.h"
 #include "wizard/system_desktop.h"
@@ -32,7 +32,7 @@ constexpr const char* usage =
 
 std::string absolutePath(const std::string& argument) {
     if (argument.starts_with("file://"))
-        return QUrl::fromEncoded(QByteArray::fromStdString(argument)).toLocalFile().toStdString();
+        return pathOf(QUrl::fromEncoded(QByteArray::fromStdString(argument)));
     std::error_code ignored;
     return std::filesystem::absolute(argument, ignored).string();
 }

@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QPainter>
 
+#include "wizard/file_names.h"
 #include "wizard/file_types.h"
 
 namespace tessarine {
@@ -38,7 +39,9 @@ QString StatusPanelLabel::shownText() const {
     return fontMetrics().elidedText(text(), Qt::ElideMiddle, width() - textLeft() - textMargin);
 }
 
-void StatusPanelLabel::updateToolTip() { setToolTip(shownText() == text() ? QString() : text()); }
+void StatusPanelLabel::updateToolTip() {
+    setToolTip(shownText() == text() ? QString() : plainToolTip(text()));
+}
 
 void StatusPanelLabel::resizeEvent(QResizeEvent*) { updateToolTip(); }
 
@@ -66,7 +69,7 @@ StatusBar::StatusBar(QWidget* parent) : QStatusBar(parent), pb_(new QProgressBar
 }
 
 void StatusBar::showPanel(size_t index, const StatusPanel& panel) {
-    panels_.at(index)->show(QString::fromStdString(panel.text),
+    panels_.at(index)->show(shownName(panel.text),
                             panel.icon.empty() ? QIcon() : fileTypeIcon(panel.icon));
     layOut();
 }
