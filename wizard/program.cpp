@@ -11,6 +11,7 @@
 #include "wizard/batch_window.h"
 #include "wizard/icons.h"
 #include "wizard/leaving.h"
+#include "wizard/session_bus.h"
 #include "wizard/system_desktop.h"
 
 namespace tessarine {
@@ -91,7 +92,7 @@ int runProgram(int argumentCount, char** arguments) {
     // The end of the splash window is not the end of the program.
     QGuiApplication::setQuitOnLastWindowClosed(false);
 
-    applyAppearance(application);
+    applyAppearance(application, sessionBus());
 
     SystemDesktop desktop;
     fBatch window(desktop);

@@ -8,6 +8,8 @@
 #include <QMessageBox>
 #include <QProcess>
 
+#include "wizard/session_bus.h"
+
 namespace tessarine {
 
 namespace {
@@ -35,8 +37,7 @@ QString dialogFilter(const std::string& filter) {
 }
 
 SystemDesktop::SystemDesktop()
-    : SystemDesktop(InstanceLock::usersFile(), QDBusConnection::systemBus(),
-                    QDBusConnection::sessionBus()) {}
+    : SystemDesktop(InstanceLock::usersFile(), QDBusConnection::systemBus(), sessionBus()) {}
 
 SystemDesktop::SystemDesktop(const std::string& lockFile, QDBusConnection system,
                              QDBusConnection session)
