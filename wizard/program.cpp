@@ -1,7 +1,10 @@
 #include "wizard/program.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <memory>
+#include <utility>
 
 #include <QApplication>
 #include <QUrl>
@@ -20,6 +23,10 @@ namespace {
 
 constexpr QSize splashSize{420, 260};
 
+// Exit statuses.
+constexpr int wrongLine = 2;
+constexpr int noScreen = 3;
+
 constexpr const char* usage =
     "usage: tessarine [OPTION...] [--] [FILE...]\n"
     "\n"
@@ -36,6 +43,38 @@ std::string absolutePath(const std::string& argument) {
         return QUrl::fromEncoded(QByteArray::fromStdString(argument)).toLocalFile().toStdString();
     std::error_code ignored;
     return std::filesystem::absolute(argument, ignored).string();
+}
+
+struct ToolkitMessage {
+    QtMsgType type;
+    QString text;
+};
+
+/// What the toolkit says while it looks for a screen.
+std::vector<ToolkitMessage> searchMessages;
+
+void noteSearchMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (type != QtFatalMsg) {
+        searchMessages.push_back({type, text.trimmed()});
+        return;
+    }
+    // There is none, and the toolkit would abort the process now.
+    const QString reason = searchMessages.empty() ? text : searchMessages.front().text;
+    std::cerr << "tessarine: no window can be opened here: " << reason.toStdString()
+              << "\ntessarine-batch does the same work without a window\n"
+              << std::flush;
+    std::_Exit(noScreen);
+}
+
+/// The application on the screen that there is. Where there is none the program ends with a plain
+/// word.
+std::unique_ptr<QApplication> openScreen(int& argumentCount, char** arguments) {
+    const QtMessageHandler before = qInstallMessageHandler(noteSearchMessage);
+    auto application = std::make_unique<QApplication>(argumentCount, arguments);
+    qInstallMessageHandler(before);
+    for (const ToolkitMessage& message : std::exchange(searchMessages, {}))
+        qt_message_output(message.type, QMessageLogContext(), message.text);
+    return application;
 }
 
 /// Closes the window, whatever stands before it, and with it the program.
@@ -78,12 +117,12 @@ int runProgram(int argumentCount, char** arguments) {
     }
 
     // The toolkit takes options of its own off the line.
-    QApplication application(argumentCount, arguments);
+    const auto application = openScreen(argumentCount, arguments);
     const WindowCommandLine line =
         WindowCommandLine::parse({arguments + 1, arguments + argumentCount});
     if (!line.refusal.empty()) {
         std::cerr << "tessarine: " << line.refusal << "; --help tells the options\n";
-        return 2;
+        return wrongLine;
     }
     QCoreApplication::setApplicationName("tessarine");
     QCoreApplication::setApplicationVersion(TESSARINE_VERSION);
@@ -92,7 +131,7 @@ int runProgram(int argumentCount, char** arguments) {
     // The end of the splash window is not the end of the program.
     QGuiApplication::setQuitOnLastWindowClosed(false);
 
-    applyAppearance(application, sessionBus());
+    applyAppearance(*application, sessionBus());
 
     SystemDesktop desktop;
     fBatch window(desktop);
