@@ -16,6 +16,7 @@
 #include "wizard/leaving.h"
 #include "wizard/session_bus.h"
 #include "wizard/system_desktop.h"
+#include "wizard/window_loss.h"
 
 namespace tessarine {
 
@@ -137,6 +138,7 @@ int runProgram(int argumentCount, char** arguments) {
     fBatch window(desktop);
     fSplash splash(programPicture("splash"), splashSize);
     const LeavingRequests requests([&window] { leave(window); });
+    const WindowLoss loss(window, [&window] { leave(window); });
     QObject::connect(&splash, &fSplash::tSplash, &window, [&] {
         window.start();
         window.openPaths(line.paths);
