@@ -7,6 +7,7 @@
 #include <QStyleOption>
 
 #include "wizard/contrast.h"
+#include "wizard/icons.h"
 
 namespace tessarine {
 
@@ -162,6 +163,12 @@ void ProgramStyle::drawComplexControl(ComplexControl control, const QStyleOption
     QProxyStyle::drawComplexControl(control, option, painter, widget);
     if (control == CC_ComboBox || control == CC_SpinBox || control == CC_ToolButton)
         drawFocusRing(*painter, *option);
+}
+
+QIcon ProgramStyle::standardIcon(StandardPixmap icon, const QStyleOption* option,
+                                 const QWidget* widget) const {
+    if (icon == SP_DirIcon && !QIcon::hasThemeIcon("folder")) return programIcon("folder");
+    return QProxyStyle::standardIcon(icon, option, widget);
 }
 
 void ProgramStyle::polish(QWidget* widget) {

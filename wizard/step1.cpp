@@ -164,12 +164,9 @@ void Frame_step1::follow(Splitter& splitter, const char* name, int32_t cBatch::*
     cBatch& batch = context_.batch;
     context_.repaints.on(
         name, [&splitter, &batch, position] { splitter.SplitterPosition(batch.*position); });
-    const auto take = [&splitter, &batch, position] {
-        batch.*position = splitter.SplitterPosition();
-    };
-    // The pointer moves the position while the bar is still where it was.
-    connect(&splitter, &Splitter::BarMoved, this, take);
-    connect(&splitter, &Splitter::Refreshed, this, take);
+    // Not what a pointer says that only passes over the bar: nobody chose that to be stored.
+    connect(&splitter, &Splitter::Refreshed, this,
+            [&splitter, &batch, position] { batch.*position = splitter.SplitterPosition(); });
 }
 
 void Frame_step1::showWhatChanges() {

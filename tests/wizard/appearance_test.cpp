@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCommonStyle>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
@@ -32,6 +33,7 @@
 #include "support/window_driver.h"
 #include "wizard/colour_preference.h"
 #include "wizard/contrast.h"
+#include "wizard/icons.h"
 #include "wizard/program_style.h"
 
 namespace tessarine::tests {
@@ -203,6 +205,19 @@ TEST_F(Appearance, AnEmptyBoxCanBeSeenInEitherScheme) {
         EXPECT_GT(pixelsThatDiffer(without, unchecked, 2.5), 20U) << int(scheme);
         EXPECT_GT(pixelsThatDiffer(unchecked, checked, 2.5), 60U) << int(scheme);
     }
+}
+
+TEST_F(Appearance, AFolderIsTheProgramsOwnWithoutAnIconTheme) {
+    const QString theme = QIcon::themeName();
+    QIcon::setThemeName("none that is there");
+    for (const ColourScheme scheme : schemes) {
+        useColourScheme(application(), scheme);
+        const QIcon folder = QApplication::style()->standardIcon(QStyle::SP_DirIcon);
+        EXPECT_EQ(folder.pixmap(16, 16).toImage(), programIcon("folder").pixmap(16, 16).toImage());
+        EXPECT_NE(folder.pixmap(16, 16).toImage(),
+                  QCommonStyle().standardIcon(QStyle::SP_DirIcon).pixmap(16, 16).toImage());
+    }
+    QIcon::setThemeName(theme);
 }
 
 TEST_F(Appearance, AChosenSchemeShowsInWindowsThatStandAlready) {

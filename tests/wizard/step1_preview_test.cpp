@@ -102,6 +102,23 @@ TEST_F(Step1, SplittersTakeTheirPanesAndPositions) {
     EXPECT_EQ(batch.bs13, 90) << "the member holds what the splitter took";
 }
 
+TEST_F(Step1, APointerThatPassesOverABarLeavesThePositionThatIsStored) {
+    for (const auto& [name, stored] : {std::pair{"bs11", &batch.bs11},
+                                       {"bs12", &batch.bs12},
+                                       {"bs13", &batch.bs13},
+                                       {"bs14", &batch.bs14}}) {
+        const auto& splitter = control<Splitter>(window, name);
+        auto& bar = *splitter.findChild<QWidget*>("picSplitter", Qt::FindDirectChildrenOnly);
+        const int32_t before = *stored;
+        const QPointF place(-20, -20);
+        QMouseEvent passing(QEvent::MouseMove, place, bar.mapToGlobal(place), Qt::NoButton,
+                            Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(&bar, &passing);
+        EXPECT_LT(splitter.SplitterPosition(), before) << name;
+        EXPECT_EQ(*stored, before) << name;
+    }
+}
+
 TEST_F(Step1, ADraggedBarLaysTheListsOutAndFitsThePreviewAgain) {
     picture("a.ppm", 900, 900);
     goToScratch();
