@@ -25,6 +25,35 @@ class fGradient : public QDialog {
     int32_t Color() const;
     /// Sets the colour and shows it everywhere.
     void Color(int32_t colour);
+
+    /// Hides the window; Init gives what was picked.
+    void accept() override;
+    void reject() override;
+
+  protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    struct Parts;
+
+    void addPictures();
+    void addReference();
+    void addComponents();
+    void addTicksAndButtons();
+    void orderTabs();
+    /// The client size from which nothing is cut off.
+    QSize smallestSize() const;
+    void layOut();
+    /// Shows what stands in the model.
+    void showModel();
+    /// Tells those who do not see the pictures what runs along them.
+    void nameAreas();
+    void paintCanvas();
+    void paintMarkers();
+
+    std::unique_ptr<Parts> parts_;
 };
 
 }  // namespace tessarine

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QProxyStyle>
+
+namespace tessarine {
+
+/// The style of the program where the desktop brings none: Fusion, with boxes that can be seen on
+/// a dark ground as well, and with a ring around whatever has the focus.
+class ProgramStyle : public QProxyStyle {
+    Q_OBJECT
+
+  public:
+    ProgramStyle() : QProxyStyle("fusion") {}
+
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override;
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override;
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                            QPainter* painter, const QWidget* widget) const override;
+    using QProxyStyle::polish;
+    void polish(QWidget* widget) override;
+    using QProxyStyle::unpolish;
+    void unpolish(QWidget* widget) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+};
+
+}  // namespace tessarine
