@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <iostream>
 #include <string>
@@ -7,15 +9,19 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFileSystemModel>
 #include <QLineEdit>
 #include <QTabBar>
 #include <QTimer>
+#include <QTreeWidget>
 
 #include "widgets/colour_picker.h"
+#include "widgets/folder_tree.h"
 #include "widgets/splash.h"
 #include "wizard/appearance.h"
 #include "wizard/batch_window.h"
 #include "wizard/icons.h"
+#include "wizard/system_desktop.h"
 
 // Opens the window with the sample pictures, goes through its steps, panels and dialogs, and saves
 // a picture of each.
@@ -26,18 +32,97 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The desktop of a picture: settings and results in a folder that is removed, no other programs.
-class PictureDesktop : public Desktop {
+/// A person's folders, with the sample pictures in one of them, so that the window shows paths as
+/// a person has them. All of it is removed in the end.
+class Home {
   public:
-    PictureDesktop() : folder_(fs::temp_directory_path() / "tessarine-screenshots") {
-        fs::remove_all(folder_);
-        fs::create_directories(folder_ / "results");
+    explicit Home(const fs::path& samples) : root_(fs::temp_directory_path() / "zoe") {
+        // What somebody else has there is left alone.
+        if (fs::exists(root_) && !fs::exists(marker()))
+            throw std::runtime_error(root_.string() + " is in the way");
+        fs::remove_all(root_);
+        fs::create_directories(root_);
+        std::ofstream{marker()};
+        for (const char* folder : {"Desktop",
+                                   "Documents/Garden",
+                                   "Documents/House",
+                                   "Documents/Letters",
+                                   "Downloads",
+                                   "Music/Choir",
+                                   "Music/Piano",
+                                   "Pictures/2023/Birthday",
+                                   "Pictures/2023/Garden",
+                                   "Pictures/2023/Winter",
+                                   "Pictures/2024/Birthday",
+                                   "Pictures/2024/Garden",
+                                   "Pictures/2024/Mountains",
+                                   "Pictures/2024/Wedding",
+                                   "Pictures/2025/Birthday",
+                                   "Pictures/2025/City",
+                                   "Pictures/2025/Garden",
+                                   "Pictures/2025/Winter",
+                                   "Pictures/2026/Birthday",
+                                   "Pictures/2026/Garden",
+                                   "Pictures/2026/Holiday",
+                                   "Pictures/Drawings",
+                                   "Pictures/Scans",
+                                   "Pictures/Web",
+                                   "Templates",
+                                   "Videos/2024",
+                                   "Videos/2025",
+                                   "Videos/2026"})
+            fs::create_directories(root_ / folder);
+        for (const fs::directory_entry& file : fs::directory_iterator(samples)) {
+            const std::string extension = file.path().extension();
+            if (file.is_regular_file() && extension != ".md" && extension != ".qfk" &&
+                extension != ".sh")
+                fs::copy(file.path(), holiday());
+        }
     }
-    ~PictureDesktop() override { fs::remove_all(folder_); }
+    ~Home() {
+        std::error_code ignored;
+        fs::remove_all(root_, ignored);
+    }
+    Home(const Home&) = delete;
+    Home& operator=(const Home&) = delete;
 
-    void messageBox(QWidget*, const QString& text, Icon, const QString&) override {
-        throw std::runtime_error("a message: " + text.toStdString());
+    std::string root() const { return root_.string(); }
+    fs::path holiday() const { return root_ / "Pictures/2026/Holiday"; }
+    std::string results() const { return (root_ / "Pictures/Web").string(); }
+    std::vector<std::string> pictures() const {
+        std::vector<std::string> paths;
+        for (const fs::directory_entry& file : fs::directory_iterator(holiday()))
+            paths.push_back(file.path());
+        std::sort(paths.begin(), paths.end());
+        return paths;
     }
+    /// The folders that stand open in the tree.
+    std::vector<std::string> open() const {
+        std::vector<std::string> paths;
+        for (const char* folder : {"", "Documents", "Music", "Pictures", "Pictures/2023",
+                                   "Pictures/2024", "Pictures/2025", "Pictures/2026", "Videos"})
+            paths.push_back((root_ / folder).string());
+        return paths;
+    }
+
+  private:
+    fs::path marker() const { return root_ / ".made-by-tessarine-screenshots"; }
+
+    fs::path root_;
+};
+
+/// The desktop of a picture: real message boxes, settings that are removed, no other programs.
+class PictureDesktop : public SystemDesktop {
+  public:
+    PictureDesktop() {
+        fs::remove_all(folder_);
+        fs::create_directories(folder_);
+    }
+    ~PictureDesktop() override {
+        std::error_code ignored;
+        fs::remove_all(folder_, ignored);
+    }
+
     std::optional<std::string> saveDialog(QWidget*, const std::string&,
                                           const std::string&) override {
         return std::nullopt;
@@ -52,10 +137,9 @@ class PictureDesktop : public Desktop {
     void notify(const QString&, const QString&) override {}
     std::string programFolder() override { return folder_.string(); }
     std::string applicationFolder() override { return folder_.string(); }
-    std::string results() const { return (folder_ / "results").string(); }
 
   private:
-    fs::path folder_;
+    fs::path folder_ = fs::temp_directory_path() / "tessarine-screenshots";
 };
 
 /// Lets the window draw, its timers tick and its folder tree fill.
@@ -92,10 +176,12 @@ class Photographer {
         find<QAbstractButton>(button).click();
         wait(50);
     }
-    void step(int number) {
+    /// Goes to a step, and to the control of it that gets the focus.
+    void step(int number, const char* control) {
         auto* strip = window_.findChild<QTabBar*>();
         if (strip == nullptr) throw std::runtime_error("the window has no tab strip");
         strip->setCurrentIndex(number - 1);
+        find<QWidget>(control).setFocus();
         wait(50);
     }
     template <class Control>
@@ -104,47 +190,79 @@ class Photographer {
         if (control == nullptr) throw std::runtime_error(std::string("no control ") + name);
         return *control;
     }
+    cBatch& batch() { return window_.batch(); }
 
   private:
     fBatch& window_;
     std::string out_;
 };
 
-int16_t nodeOf(std::string_view name) { return findFunction(name)->treeIndex; }
-
-void photograph(const std::string& out, const std::string& samples, QSize size) {
-    PictureDesktop desktop;
-    fSplash splash(programPicture("splash"), {420, 260});
-    splash.show();
-    fBatch window(desktop);
-    Photographer photographer(window, out);
-    photographer.take("splash", &splash);
-    window.start();
-    splash.close();
-    window.resize(size);
-    cBatch& batch = window.batch();
-
-    std::vector<std::string> given{samples, samples + "/demo.qfk"};
-    for (const fs::directory_entry& file : fs::directory_iterator(samples)) {
-        const std::string extension = file.path().extension();
-        if (file.is_regular_file() && extension != ".md" && extension != ".qfk" &&
-            extension != ".sh")
-            given.push_back(file.path());
-    }
-    std::sort(given.begin() + 2, given.end());
-    window.openPaths(given);
-    wait(500);
-    batch.ShowImageDetails(samples + "/aurora.tif");
-    photographer.take("step-1");
-
-    photographer.step(2);
-    const auto choose = [&](std::string_view name) {
-        batch.SelectNode(nodeOf(name));
-        wait(50);
+/// Opens the person's folders in the tree, and brings them to its top.
+void openFolders(FolderTree& tree, const Home& home) {
+    auto* folders = qobject_cast<QFileSystemModel*>(tree.model());
+    if (folders == nullptr) throw std::runtime_error("the folder tree shows no files");
+    const auto at = [&](const std::string& path) {
+        return folders->index(QString::fromStdString(path));
     };
-    choose("Hue Stretch");
-    batch.MoveSlider(0, 70);
-    batch.MoveSlider(2, 35);
+    for (const std::string& folder : home.open()) {
+        tree.expand(at(folder));
+        wait(60);
+    }
+    tree.setPath(home.holiday().c_str());
+    const int holiday = tree.visualRect(at(home.holiday().string())).bottom();
+    const int first = tree.visualRect(at(home.root())).top();
+    // In a low window the chosen folder matters more than the first.
+    if (holiday - first < tree.viewport()->height())
+        tree.scrollTo(at(home.root()), QAbstractItemView::PositionAtTop);
+}
+
+/// As by a click on its node.
+void choose(Photographer& photographer, std::string_view name) {
+    auto& tree = photographer.find<QTreeWidget>("Lfunctions");
+    for (QTreeWidgetItem* item : tree.findItems(QString::fromUtf8(name.data(), int(name.size())),
+                                                Qt::MatchExactly | Qt::MatchRecursive)) {
+        tree.setCurrentItem(item);
+        tree.scrollToItem(item, QAbstractItemView::PositionAtCenter);
+    }
+    photographer.batch().SelectNode(findFunction(name)->treeIndex);
+    wait(50);
+}
+
+/// As by a click into a preview picture, with the mark in red.
+void pickPoint(cBatch& batch, float x, float y) {
+    batch.PickPoint(x, y);
+    do
+        batch.TickSelect();
+    while (batch.pickMark.colour != 255);
+}
+
+void photographImages(Photographer& photographer, fBatch& window, const Home& home,
+                      const std::string& functions) {
+    cBatch& batch = photographer.batch();
+    std::vector<std::string> given = home.pictures();
+    given.push_back(functions);
+    given.push_back(home.holiday());
+    window.openPaths(given);
+    wait(300);
+    openFolders(photographer.find<FolderTree>("FT"), home);
+    photographer.step(1, "lvFolder");
+    constexpr int chosen = 5;
+    auto& list = photographer.find<QTreeView>("lvFolder");
+    list.setCurrentIndex(list.model()->index(chosen, 0));
+    batch.CheckRows({1, 6, 8}, false);
+    batch.RemoveSelected({1, 6, 8});
+    batch.ClickFolder({chosen});
+    photographer.take("step-1");
+    photographer.takeDialog("message", [&] { photographer.press("TBFolder(3)"); });
+}
+
+void photographFunctions(Photographer& photographer, fBatch& window) {
+    cBatch& batch = photographer.batch();
+    photographer.step(2, "Lfunctions");
+    choose(photographer, "Lens");
+    batch.MoveSlider(0, 55);
+    batch.MoveSlider(1, 85);
+    pickPoint(batch, 63, 43);
     photographer.take("step-2");
     for (const auto& [name, function] : {std::pair{"panel-banks", "Swap RGB"},
                                          {"panel-glass", "Glass"},
@@ -156,7 +274,8 @@ void photograph(const std::string& out, const std::string& samples, QSize size) 
                                          {"sheet-one", "Brightness"},
                                          {"sheet-grid", "Grid"},
                                          {"sheet-none", "Relief"}}) {
-        choose(function);
+        choose(photographer, function);
+        if (batch.pickEnabled) pickPoint(batch, 60, 90);
         photographer.take(name);
     }
     fGradient picker(&window);
@@ -172,16 +291,49 @@ void photograph(const std::string& out, const std::string& samples, QSize size) 
     pick("picker-hue", "optHue");
     pick("picker-saturation", "optSat");
     pick("picker-red", "optRed");
+}
 
-    photographer.step(3);
-    photographer.find<QLineEdit>("txtDestination").setText(desktop.results().c_str());
+void photographRun(Photographer& photographer, fBatch& window, const Home& home) {
+    cBatch& batch = photographer.batch();
+    auto& destination = photographer.find<QLineEdit>("txtDestination");
+    destination.setText((home.root() + "/no such folder").c_str());
+    photographer.step(4, "CmdBatchAll");
+    photographer.takeDialog("message-refused", [&] { photographer.press("CmdBatchAll"); });
+
+    photographer.step(3, "txtName");
+    destination.setText(home.results().c_str());
+    photographer.find<QLineEdit>("txtName").setText("Holiday");
     photographer.take("step-3");
     photographer.takeDialog("browse", [&] { photographer.press("cmdBrowse"); });
 
-    photographer.step(4);
+    photographer.step(4, "CmdBatchAll");
     photographer.find<QAbstractButton>("chkShowDestination").setChecked(false);
+    // The run gives way before each picture: between two of them it is photographed.
+    QTimer inTheRun;
+    QObject::connect(&inTheRun, &QTimer::timeout, &window, [&] {
+        if (batch.pb.value < 4) return;
+        inTheRun.stop();
+        photographer.take("step-4");
+    });
+    inTheRun.start(0);
     photographer.press("CmdBatchAll");
-    photographer.take("step-4");
+    photographer.take("step-4-finished");
+}
+
+void photograph(const std::string& out, const std::string& samples, QSize size) {
+    const Home home(samples);
+    PictureDesktop desktop;
+    fSplash splash(programPicture("splash"), {420, 260});
+    splash.show();
+    fBatch window(desktop);
+    Photographer photographer(window, out);
+    photographer.take("splash", &splash);
+    window.start();
+    splash.close();
+    window.resize(size);
+    photographImages(photographer, window, home, samples + "/demo.qfk");
+    photographFunctions(photographer, window);
+    photographRun(photographer, window, home);
     photographer.takeDialog("about", [&] { photographer.press("cmdAbout"); });
     window.close();
 }
