@@ -208,12 +208,13 @@ void openFolders(FolderTree& tree, const Home& home) {
         tree.expand(at(folder));
         wait(60);
     }
-    tree.setPath(home.holiday().c_str());
-    const int holiday = tree.visualRect(at(home.holiday().string())).bottom();
     const int first = tree.visualRect(at(home.root())).top();
+    const int last = tree.visualRect(at(home.holiday().string())).bottom();
     // In a low window the chosen folder matters more than the first.
-    if (holiday - first < tree.viewport()->height())
+    if (last - first < tree.viewport()->height())
         tree.scrollTo(at(home.root()), QAbstractItemView::PositionAtTop);
+    else
+        tree.setPath(home.holiday().c_str());
 }
 
 /// As by a click on its node.
