@@ -9,6 +9,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMimeData>
+#include <QStyledItemDelegate>
 #include <QTimer>
 
 #include "wizard/file_models.h"
@@ -122,7 +123,26 @@ void FileView::dropEvent(QDropEvent* event) {
 
 // ---- lvFolder ----
 
+namespace {
+
+/// A name or a path says much at both its ends, a type at its beginning.
+class CutAtTheEnd : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+  protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+        QStyledItemDelegate::initStyleOption(option, index);
+        option->textElideMode = Qt::ElideRight;
+    }
+};
+
+constexpr int typeColumn = 2;
+
+}  // namespace
+
 FolderView::FolderView(QWidget* parent) : FileView("lvFolder", "Images in Folder", parent) {
+    setItemDelegateForColumn(typeColumn, new CutAtTheEnd(this));
     setDragDropMode(DragDrop);
     setDropIndicatorShown(false);
 }

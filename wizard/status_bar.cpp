@@ -13,6 +13,13 @@ namespace {
 constexpr int iconSide = 16;
 constexpr int textMargin = 5;
 
+/// Between text and ground, so that a line is seen in light and in dark.
+QColor lineColour(const QPalette& palette) {
+    QColor colour = palette.color(QPalette::WindowText);
+    colour.setAlpha(60);
+    return colour;
+}
+
 }  // namespace
 
 StatusPanelLabel::StatusPanelLabel(QWidget* parent) : QLabel(parent) {
@@ -47,7 +54,7 @@ void StatusPanelLabel::resizeEvent(QResizeEvent*) { updateToolTip(); }
 
 void StatusPanelLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::Mid));
+    painter.setPen(lineColour(palette()));
     painter.drawLine(width() - 1, 3, width() - 1, height() - 4);
     icon_.paint(&painter, textMargin, (height() - iconSide) / 2, iconSide, iconSide);
     painter.setPen(palette().color(QPalette::WindowText));
@@ -92,7 +99,7 @@ void StatusBar::changeEvent(QEvent* event) {
 
 void StatusBar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::Mid));
+    painter.setPen(lineColour(palette()));
     painter.drawLine(0, 0, width(), 0);
 }
 
