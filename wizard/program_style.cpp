@@ -2,11 +2,13 @@
 
 #include <QAbstractScrollArea>
 #include <QEvent>
+#include <QGroupBox>
 #include <QPainter>
 #include <QPainterPath>
 #include <QStyleOption>
 
 #include "wizard/contrast.h"
+#include "wizard/icons.h"
 
 namespace tessarine {
 
@@ -113,6 +115,22 @@ void drawRadioButton(QPainter& painter, const QStyleOption& option) {
     painter.restore();
 }
 
+/// Fusion's own edge of a group can hardly be seen on a dark ground.
+void drawGroup(QPainter& painter, const QStyleOption& option, const QWidget& group) {
+    // The title stands above the edge.
+    constexpr int edgeToContents = 3;
+    const QRect box(QPoint(option.rect.left(), group.contentsRect().top() - edgeToContents),
+                    option.rect.bottomRight());
+    QColor line = option.palette.color(QPalette::WindowText);
+    line.setAlpha(70);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(line);
+    painter.setBrush(option.palette.color(QPalette::Window));
+    painter.drawRoundedRect(QRectF(box).adjusted(0.5, 0.5, -0.5, -0.5), corner, corner);
+    painter.restore();
+}
+
 }  // namespace
 
 void ProgramStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
@@ -133,13 +151,18 @@ void ProgramStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* o
             drawRing(*painter, option->rect, ringOn(ground, option->palette));
             return;
         }
+        case PE_FrameGroupBox:
+            if (!qobject_cast<const QGroupBox*>(widget)) break;
+            drawGroup(*painter, *option, *widget);
+            return;
         case PE_FrameLineEdit:
             QProxyStyle::drawPrimitive(element, option, painter, widget);
             drawFocusRing(*painter, *option);
             return;
         default:
-            QProxyStyle::drawPrimitive(element, option, painter, widget);
+            break;
     }
+    QProxyStyle::drawPrimitive(element, option, painter, widget);
 }
 
 void ProgramStyle::drawControl(ControlElement element, const QStyleOption* option,
@@ -162,6 +185,18 @@ void ProgramStyle::drawComplexControl(ComplexControl control, const QStyleOption
     QProxyStyle::drawComplexControl(control, option, painter, widget);
     if (control == CC_ComboBox || control == CC_SpinBox || control == CC_ToolButton)
         drawFocusRing(*painter, *option);
+}
+
+QIcon ProgramStyle::standardIcon(StandardPixmap icon, const QStyleOption* option,
+                                 const QWidget* widget) const {
+    if (icon == SP_DirIcon && !QIcon::hasThemeIcon("folder")) return programIcon("folder");
+    return QProxyStyle::standardIcon(icon, option, widget);
+}
+
+int ProgramStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                            QStyleHintReturn* returned) const {
+    if (hint == SH_DialogButtonBox_ButtonsHaveIcons) return 0;
+    return QProxyStyle::styleHint(hint, option, widget, returned);
 }
 
 void ProgramStyle::polish(QWidget* widget) {

@@ -5,7 +5,8 @@
 #include <QPainter>
 #include <QStyle>
 #include <QStyleOptionSpinBox>
-#include <QStylePainter>
+
+#include "wizard/contrast.h"
 
 namespace tessarine {
 
@@ -65,27 +66,19 @@ void Swatch::setColour(uint32_t colour) {
 }
 
 void Swatch::paintEvent(QPaintEvent*) {
-    QStylePainter painter(this);
-    // A pressed swatch sinks in: light falls on its other edges, and its colour moves with it.
-    const QColor light = palette().color(QPalette::Light);
-    const QColor dark = palette().color(QPalette::Dark);
-    const QRect box = rect().adjusted(0, 0, -1, -1);
-    for (int ring = 0; ring < 2; ++ring) {
-        const QRect edge = box.adjusted(ring, ring, -ring, -ring);
-        painter.setPen(isDown() ? dark : light);
-        painter.drawLine(edge.topLeft(), edge.topRight());
-        painter.drawLine(edge.topLeft(), edge.bottomLeft());
-        painter.setPen(isDown() ? light : dark);
-        painter.drawLine(edge.bottomLeft(), edge.bottomRight());
-        painter.drawLine(edge.topRight(), edge.bottomRight());
-    }
-    const QRect inner = rect().adjusted(2, 2, -2, -2);
-    painter.fillRect(inner, palette().color(QPalette::Window));
-    painter.fillRect(isDown() ? inner.adjusted(2, 2, 0, 0) : inner, colour_);
-    if (!hasFocus()) return;
-    // Visible on every colour.
-    painter.setPen(QPen(qGray(colour_.rgb()) < 128 ? Qt::white : Qt::black, 1, Qt::DotLine));
-    painter.drawRect(inner.adjusted(2, 2, -3, -3));
+    QPainter painter(this);
+    const QColor ground = palette().color(QPalette::Base);
+    QColor edge = palette().color(QPalette::WindowText);
+    edge.setAlpha(isDown() ? 200 : 110);
+    if (hasFocus())
+        edge = readableOn(palette().color(QPalette::Window), palette().color(QPalette::Highlight));
+    const int line = hasFocus() ? 2 : 1;
+    painter.fillRect(rect(), edge);
+    const QRect within = rect().adjusted(line, line, -line, -line);
+    painter.fillRect(within, ground);
+    // A pressed swatch sinks in: its edge darkens, and its colour moves away from the light.
+    const QRect colour = within.adjusted(1, 1, -1, -1);
+    painter.fillRect(isDown() ? colour.adjusted(2, 2, 0, 0) : colour, colour_);
 }
 
 }  // namespace tessarine

@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QPainter>
 
+#include "wizard/file_names.h"
 #include "wizard/file_types.h"
 
 namespace tessarine {
@@ -11,6 +12,13 @@ namespace {
 
 constexpr int iconSide = 16;
 constexpr int textMargin = 5;
+
+/// Between text and ground, so that a line is seen in light and in dark.
+QColor lineColour(const QPalette& palette) {
+    QColor colour = palette.color(QPalette::WindowText);
+    colour.setAlpha(60);
+    return colour;
+}
 
 }  // namespace
 
@@ -38,13 +46,15 @@ QString StatusPanelLabel::shownText() const {
     return fontMetrics().elidedText(text(), Qt::ElideMiddle, width() - textLeft() - textMargin);
 }
 
-void StatusPanelLabel::updateToolTip() { setToolTip(shownText() == text() ? QString() : text()); }
+void StatusPanelLabel::updateToolTip() {
+    setToolTip(shownText() == text() ? QString() : plainToolTip(text()));
+}
 
 void StatusPanelLabel::resizeEvent(QResizeEvent*) { updateToolTip(); }
 
 void StatusPanelLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::Mid));
+    painter.setPen(lineColour(palette()));
     painter.drawLine(width() - 1, 3, width() - 1, height() - 4);
     icon_.paint(&painter, textMargin, (height() - iconSide) / 2, iconSide, iconSide);
     painter.setPen(palette().color(QPalette::WindowText));
@@ -66,7 +76,7 @@ StatusBar::StatusBar(QWidget* parent) : QStatusBar(parent), pb_(new QProgressBar
 }
 
 void StatusBar::showPanel(size_t index, const StatusPanel& panel) {
-    panels_.at(index)->show(QString::fromStdString(panel.text),
+    panels_.at(index)->show(shownName(panel.text),
                             panel.icon.empty() ? QIcon() : fileTypeIcon(panel.icon));
     layOut();
 }
@@ -89,7 +99,7 @@ void StatusBar::changeEvent(QEvent* event) {
 
 void StatusBar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::Mid));
+    painter.setPen(lineColour(palette()));
     painter.drawLine(0, 0, width(), 0);
 }
 

@@ -44,6 +44,9 @@ Frame_step2::Frame_step2(const StepContext& context, QWidget* parent)
     Frame_controls_ = new QWidget;
     Frame_controls_->setObjectName("Frame_controls");
     controlsArea_->setWidget(Frame_controls_);
+    // The ground is the tab's, as in the other steps and around the catalogue.
+    controlsArea_->viewport()->setAutoFillBackground(false);
+    Frame_controls_->setAutoFillBackground(false);
     makePictures();
     sheet_ = new SheetPanels(context_, pickColour, Frame_controls_);
     makeButtons();

@@ -21,6 +21,10 @@ namespace {
 constexpr int margin = 10;
 constexpr int gap = 4;        ///< between a label and its control
 constexpr int largeGap = 10;  ///< between groups of controls
+constexpr int textInset = 3;  ///< from a field's edge to its text, as far as in the lists
+
+/// Beyond it the two columns of controls grow no wider: long lines read badly.
+constexpr int greatestWidth = 1220;
 
 /// A picture at the largest size that its place holds, in its own proportions.
 class Banner : public QWidget {
@@ -80,6 +84,7 @@ void Frame_step3::addControls() {
     Label3_ = label("Label3", "&Destination Folder", this);
     txtDestination_ = new QLineEdit(this);
     txtDestination_->setObjectName("txtDestination");
+    txtDestination_->setTextMargins(textInset, 0, textInset, 0);
     Label3_->setBuddy(txtDestination_);
     cmdBrowse_ = new QPushButton(programIcon("browse"), tr("&Browse..."), this);
     cmdBrowse_->setObjectName("cmdBrowse");
@@ -107,6 +112,7 @@ void Frame_step3::addControls() {
     Label1_ = label("Label1", "&Generic Name", this);
     txtName_ = new QLineEdit(this);
     txtName_->setObjectName("txtName");
+    txtName_->setTextMargins(textInset, 0, textInset, 0);
     Label1_->setBuddy(txtName_);
     Label8_ = label("Label8",
                     "Generic Name will be applicable to all processed Images, but each image will "
@@ -179,7 +185,7 @@ void Frame_step3::writeTexts(double scale) {
 }
 
 void Frame_step3::layOut() {
-    const int inner = width() - 2 * margin;
+    const int inner = std::min(width() - 2 * margin, greatestWidth);
     int y = margin;
     Label3_->setGeometry(margin, y, inner, Label3_->heightForWidth(inner));
     y = Label3_->geometry().bottom() + 1 + gap;
@@ -187,7 +193,7 @@ void Frame_step3::layOut() {
         std::max(txtDestination_->sizeHint().height(), cmdBrowse_->sizeHint().height());
     const int browseWidth = cmdBrowse_->sizeHint().width();
     txtDestination_->setGeometry(margin, y, inner - browseWidth - gap, fieldHeight);
-    cmdBrowse_->setGeometry(width() - margin - browseWidth, y, browseWidth, fieldHeight);
+    cmdBrowse_->setGeometry(margin + inner - browseWidth, y, browseWidth, fieldHeight);
     y += fieldHeight + largeGap;
 
     // In a narrow frame the column of the texts takes from that of the list of formats.
@@ -203,7 +209,7 @@ void Frame_step3::layOut() {
         if (rightColumnHeight(right) <= room) break;
     }
     const int left = columns - right;
-    layOutRightColumn({width() - margin - right, y, right, room});
+    layOutRightColumn({margin + inner - right, y, right, room});
 
     Label9_->setGeometry(margin, y, left, Label9_->heightForWidth(left));
     y = Label9_->geometry().bottom() + 1 + gap;
@@ -227,10 +233,11 @@ void Frame_step3::layOutRightColumn(QRect column) {
     place(chkOverwrite_, chkOverwrite_->sizeHint().height(), largeGap);
 
     // The banner stands in the corner, in what is left; a shred of it would be no banner.
-    const QRect rest(column.left(), y, column.width(), column.bottom() + 1 - y);
+    const QRect rest(column.left(), y, width() - margin - column.left(), column.bottom() + 1 - y);
     constexpr int leastHeight = 30;
+    const int tallest = std::max(150, height() / 5);
     const QSize size =
-        static_cast<Banner*>(iB_)->sizeWithin({rest.width(), std::min(rest.height(), 150)});
+        static_cast<Banner*>(iB_)->sizeWithin({rest.width(), std::min(rest.height(), tallest)});
     iB_->setVisible(size.height() >= leastHeight);
     iB_->setGeometry(
         QRect(QPoint(rest.right() + 1 - size.width(), rest.bottom() + 1 - size.height()), size));

@@ -193,8 +193,9 @@ Material shelfBoard(Vec3 p) {
         }
         return {.colour = colour, .gloss = 0.03, .polish = 10};
     }
-    const double size = 0.125;
-    const double ink = toLine("TESSARINE", {(p.x + 0.66) / size, (p.y + 0.21) / size}, 1.32);
+    // The picture ends just below the foot of the letters.
+    const double size = 0.1;
+    const double ink = toLine("TESSARINE", {(p.x + 0.53) / size, (p.y + 0.163) / size}, 1.32);
     colour = mix(colour, srgb(0xF2D9A0), smoothstep(0.15, 0.09, ink));
     return {.colour = colour, .gloss = 0.15, .polish = 20};
 }
