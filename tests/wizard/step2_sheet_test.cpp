@@ -164,7 +164,7 @@ TEST_F(Step2, AFieldTakesDigitsAndBackspaceOnly) {
     QTest::keyClick(&field, Qt::Key_Backspace);
     EXPECT_EQ(field.text(), "12");
     EXPECT_EQ(batch.funcParam[0], 12);
-    dragSlider(0, -57);
+    at<cpvSlider>("sbFilter(0)").Value(-57);
     EXPECT_EQ(field.text(), "-57") << "only the slider reaches below 0";
     field.setFocus();
     QTest::keyClick(&field, Qt::Key_End);
