@@ -47,4 +47,10 @@ std::string joined(const std::string& folder, const std::string& name) {
     return folder.size() == 1 ? folder + name : folder + folderSeparator + name;
 }
 
+std::string withoutSeparatorAtEnd(std::string path) {
+    while (path.size() > 1 && path.ends_with(folderSeparator))
+        path.pop_back();
+    return path;
+}
+
 }  // namespace tessarine

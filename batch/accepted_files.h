@@ -19,4 +19,7 @@ std::vector<std::string> fileNamesIn(const std::string& folder);
 /// A folder and the name of something in it as one path.
 std::string joined(const std::string& folder, const std::string& name);
 
+/// A path without separators at its end, but for the root.
+std::string withoutSeparatorAtEnd(std::string path);
+
 }  // namespace tessarine

@@ -65,7 +65,9 @@ void cBatch::DropRowsOnBasket(const std::vector<int32_t>& rows) {
 
 void cBatch::DropOnBasket(const std::vector<std::string>& paths) {
     std::vector<std::string> files;
-    for (const std::string& path : paths) {
+    for (const std::string& dropped : paths) {
+        // Some file managers end a folder's path in a separator.
+        const std::string path = withoutSeparatorAtEnd(dropped);
         if (platform_.folderExists(path)) {
             for (const std::string& name : fileNamesIn(path))
                 if (isAcceptedPicture(name)) files.push_back(joined(path, name));

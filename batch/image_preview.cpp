@@ -57,8 +57,14 @@ void cBatch::FitPreview(int32_t previewWidth, int32_t previewHeight) {
     const bool fitted = attempt([&] {
         if (!tPreview.picture().isValid()) throw StatementFailed("there is no picture to show");
         PreviewPicture fit;
-        FitInside(tPreview.width(), tPreview.height(), previewWidth - previewRoom,
-                  previewHeight - previewRoom, fit.width, fit.height);
+        const int32_t width = previewWidth - previewRoom;
+        const int32_t height = previewHeight - previewRoom;
+        FitInside(tPreview.width(), tPreview.height(), width, height, fit.width, fit.height);
+        if (width > 0 && height > 0) {
+            // A very thin picture is seen as a line, not taken for one that cannot be read.
+            fit.width = std::max(fit.width, 1);
+            fit.height = std::max(fit.height, 1);
+        }
         // A dense screen has several pixels for one of ours, but no more than the picture has.
         const auto dense = [this](int32_t side, int32_t most) {
             return std::min(roundToInteger(side * previewDensity), most);

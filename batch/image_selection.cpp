@@ -26,12 +26,6 @@ std::string sizeText(uint64_t bytes) {
     return text + " KB";
 }
 
-std::string withoutSeparatorAtEnd(std::string path) {
-    while (path.size() > 1 && path.ends_with(folderSeparator))
-        path.pop_back();
-    return path;
-}
-
 bool precedes(const FolderRow& a, const FolderRow& b, int32_t column) {
     switch (column) {
         case 0:

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include <QBitmap>
 #include <QPainter>
 
 namespace tessarine {
@@ -39,32 +38,20 @@ QRgb between(cGradient::Vertex first, cGradient::Vertex last, int32_t k, int32_t
 
 }  // namespace
 
-QImage* cGradient::Init(int32_t PixelWidth, int32_t PixelHeight, QPaintDevice* hParentDC,
-                        QImage* hMemoryDC) {
+QImage* cGradient::Init(int32_t PixelWidth, int32_t PixelHeight, QPaintDevice* hParentDC) {
     Destroy();
     width_ = PixelWidth;
     height_ = PixelHeight;
     parent_ = hParentDC;
     clip_ = QRect(0, 0, width_, height_);
-    if (hMemoryDC) {
-        if (hMemoryDC->depth() != 32) return nullptr;
-        hdc_ = hMemoryDC;
-        return hdc_;
-    }
     const double density = hParentDC ? hParentDC->devicePixelRatioF() : 1.0;
-    own_ = QImage((QSizeF(width_, height_) * density).toSize(), QImage::Format_RGB32);
-    if (own_.isNull()) return nullptr;
-    own_.setDevicePixelRatio(density);
-    own_.fill(Qt::black);
-    hdc_ = &own_;
-    return hdc_;
+    surface_ = QImage((QSizeF(width_, height_) * density).toSize(), QImage::Format_RGB32);
+    surface_.setDevicePixelRatio(density);
+    surface_.fill(Qt::black);
+    return hdc();
 }
 
-void cGradient::Destroy() {
-    dotBrush_.reset();
-    hdc_ = nullptr;
-    own_ = QImage();
-}
+void cGradient::Destroy() { surface_ = QImage(); }
 
 void cGradient::Cls(int32_t clrFill, const QBrush& hbrFill) {
     FillRect(0, 0, width_, height_, clrFill, hbrFill);
@@ -73,7 +60,7 @@ void cGradient::Cls(int32_t clrFill, const QBrush& hbrFill) {
 void cGradient::FillRect(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t BottomY,
                          int32_t clrFill, const QBrush& hbrFill) {
     if (!IsCreated()) return;
-    QPainter painter(hdc_);
+    QPainter painter(&surface_);
     prepare(painter);
     painter.fillRect(normalized(LeftX, TopY, RightX, BottomY), brushOf(clrFill, hbrFill));
 }
@@ -81,7 +68,7 @@ void cGradient::FillRect(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t Bo
 void cGradient::FrameRect(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t BottomY,
                           int32_t clrFill, const QBrush& hbrFill) {
     if (!IsCreated()) return;
-    QPainter painter(hdc_);
+    QPainter painter(&surface_);
     prepare(painter);
     const QBrush brush = brushOf(clrFill, hbrFill);
     drawFrame(painter, normalized(LeftX, TopY, RightX, BottomY), brush, brush);
@@ -90,7 +77,7 @@ void cGradient::FrameRect(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t B
 void cGradient::DrawEdge(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t BottomY, Edge edge,
                          const QPalette& colours) {
     if (!IsCreated()) return;
-    QPainter painter(hdc_);
+    QPainter painter(&surface_);
     prepare(painter);
     const QRect rect = normalized(LeftX, TopY, RightX, BottomY);
     const QBrush& light = colours.brush(QPalette::Light);
@@ -109,7 +96,7 @@ void cGradient::DrawEdge(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t Bo
 void cGradient::DrawLine(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2, int32_t clrLine,
                          const QPen& hpnLine) {
     if (!IsCreated() || (X1 == X2 && Y1 == Y2)) return;
-    QPainter painter(hdc_);
+    QPainter painter(&surface_);
     prepare(painter);
     painter.setPen(penOf(clrLine, hpnLine));
     // The last step of the longer side is left out.
@@ -125,7 +112,7 @@ void cGradient::DrawLine(int32_t X1, int32_t Y1, int32_t X2, int32_t Y2, int32_t
 void cGradient::DrawEllipse(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t BottomY,
                             int32_t clrOutline, const QPen& hpnOutline) {
     if (!IsCreated()) return;
-    QPainter painter(hdc_);
+    QPainter painter(&surface_);
     prepare(painter);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(penOf(clrOutline, hpnOutline));
@@ -136,7 +123,7 @@ void cGradient::DrawEllipse(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t
 void cGradient::GradientFill(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t BottomY,
                              Vertex first, Vertex last, bool vertical) {
     if (!IsCreated()) return;
-    const double density = hdc_->devicePixelRatio();
+    const double density = surface_.devicePixelRatio();
     const auto device = [density](int32_t at) {
         return static_cast<int32_t>(std::nearbyint(at * density));
     };
@@ -145,34 +132,22 @@ void cGradient::GradientFill(int32_t LeftX, int32_t TopY, int32_t RightX, int32_
                      QPoint(device(rect.right() + 1) - 1, device(rect.bottom() + 1) - 1));
     };
     const QRect whole = deviceRect(normalized(LeftX, TopY, RightX, BottomY));
-    const QRect shown = whole & deviceRect(clip_) & hdc_->rect();
+    const QRect shown = whole & deviceRect(clip_) & surface_.rect();
     if (shown.isEmpty()) return;
     if (vertical) {
         for (int32_t y = shown.top(); y <= shown.bottom(); ++y) {
             const QRgb colour = between(first, last, y - whole.top(), whole.height());
-            auto* row = reinterpret_cast<QRgb*>(hdc_->scanLine(y));
+            auto* row = reinterpret_cast<QRgb*>(surface_.scanLine(y));
             std::fill(row + shown.left(), row + shown.right() + 1, colour);
         }
         return;
     }
-    auto* top = reinterpret_cast<QRgb*>(hdc_->scanLine(shown.top()));
+    auto* top = reinterpret_cast<QRgb*>(surface_.scanLine(shown.top()));
     for (int32_t x = shown.left(); x <= shown.right(); ++x)
         top[x] = between(first, last, x - whole.left(), whole.width());
     for (int32_t y = shown.top() + 1; y <= shown.bottom(); ++y)
         std::copy(top + shown.left(), top + shown.right() + 1,
-                  reinterpret_cast<QRgb*>(hdc_->scanLine(y)) + shown.left());
-}
-
-void cGradient::SetPixel(int32_t LeftX, int32_t TopY, int32_t clrColor) {
-    FillRect(LeftX, TopY, LeftX + 1, TopY + 1, clrColor, QBrush(TranslateColor(clrColor)));
-}
-
-int32_t cGradient::GetPixel(int32_t LeftX, int32_t TopY) const {
-    if (!IsCreated()) return -1;
-    const QPoint at = (QPointF(LeftX, TopY) * hdc_->devicePixelRatio()).toPoint();
-    if (!hdc_->valid(at)) return -1;
-    const QRgb colour = hdc_->pixel(at);
-    return qRed(colour) | qGreen(colour) << 8 | qBlue(colour) << 16;
+                  reinterpret_cast<QRgb*>(surface_.scanLine(y)) + shown.left());
 }
 
 void cGradient::SetDIBits(int32_t xDest, int32_t yDest, int32_t nWidth, int32_t nHeight,
@@ -181,7 +156,7 @@ void cGradient::SetDIBits(int32_t xDest, int32_t yDest, int32_t nWidth, int32_t 
     const int64_t bytesPerRow = (static_cast<int64_t>(nWidth) * 3 + 3) / 4 * 4;
     if (static_cast<int64_t>(aBits.size()) / bytesPerRow < nHeight) return;
     const QImage rows(aBits.data(), nWidth, nHeight, bytesPerRow, QImage::Format_BGR888);
-    QPainter painter(hdc_);
+    QPainter painter(&surface_);
     prepare(painter);
     painter.translate(xDest, yDest + nHeight);
     painter.scale(1, -1);
@@ -190,21 +165,14 @@ void cGradient::SetDIBits(int32_t xDest, int32_t yDest, int32_t nWidth, int32_t 
 
 void cGradient::BitBlt(QPaintDevice* hdcDest, int32_t xDest, int32_t yDest, int32_t nWidth,
                        int32_t nHeight, int32_t xSrc, int32_t ySrc) const {
-    if (!IsCreated()) return;
-    const QImage part = partOf(nWidth, nHeight, xSrc, ySrc);
-    copyTo(hdcDest, QRect(xDest, yDest, nWidth, nHeight), part);
-}
-
-void cGradient::TransBlt(QPaintDevice* hdcDest, int32_t xDest, int32_t yDest, int32_t nWidth,
-                         int32_t nHeight, int32_t xSrc, int32_t ySrc, int32_t clrMask) const {
-    if (!IsCreated()) return;
-    QImage part = partOf(nWidth, nHeight, xSrc, ySrc).convertToFormat(QImage::Format_ARGB32);
-    const QRgb masked = TranslateColor(clrMask).rgb();
-    for (int32_t y = 0; y < part.height(); ++y) {
-        auto* row = reinterpret_cast<QRgb*>(part.scanLine(y));
-        std::replace(row, row + part.width(), masked, qRgba(0, 0, 0, 0));
-    }
-    copyTo(hdcDest, QRect(xDest, yDest, nWidth, nHeight), part);
+    QPaintDevice* device = hdcDest ? hdcDest : parent_;
+    if (!IsCreated() || !device) return;
+    if (nWidth == 0) nWidth = width_;
+    if (nHeight == 0) nHeight = height_;
+    const double density = surface_.devicePixelRatio();
+    const QRectF source(xSrc * density, ySrc * density, nWidth * density, nHeight * density);
+    QPainter painter(device);
+    painter.drawImage(QRect(xDest, yDest, nWidth, nHeight), surface_, source.toRect());
 }
 
 void cGradient::SetClipRect(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t BottomY) {
@@ -223,39 +191,11 @@ QColor cGradient::TranslateColor(int32_t clrColor) {
     return QColor(clrColor & 255, clrColor >> 8 & 255, clrColor >> 16 & 255);
 }
 
-QBrush cGradient::DotBrush() {
-    if (!IsCreated()) return {};
-    if (!dotBrush_) {
-        uchar rows[8];
-        for (size_t y = 0; y < std::size(rows); ++y)
-            rows[y] = y % 2 == 0 ? 0xAA : 0x55;
-        QBrush brush(Qt::black);
-        brush.setTexture(QBitmap::fromData(QSize(8, 8), rows, QImage::Format_Mono));
-        dotBrush_ = brush;
-    }
-    return *dotBrush_;
-}
-
 QRect cGradient::normalized(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t BottomY) const {
     NormalizeRect(LeftX, TopY, RightX, BottomY);
     return {QPoint(LeftX, TopY), QPoint(RightX - 1, BottomY - 1)};
 }
 
 void cGradient::prepare(QPainter& painter) const { painter.setClipRect(clip_); }
-
-QImage cGradient::partOf(int32_t& nWidth, int32_t& nHeight, int32_t xSrc, int32_t ySrc) const {
-    if (nWidth == 0) nWidth = width_;
-    if (nHeight == 0) nHeight = height_;
-    const double density = hdc_->devicePixelRatio();
-    return hdc_->copy(
-        QRectF(xSrc * density, ySrc * density, nWidth * density, nHeight * density).toRect());
-}
-
-void cGradient::copyTo(QPaintDevice* hdcDest, const QRect& destination, const QImage& part) const {
-    QPaintDevice* device = hdcDest ? hdcDest : parent_;
-    if (!device) return;
-    QPainter painter(device);
-    painter.drawImage(destination, part);
-}
 
 }  // namespace tessarine

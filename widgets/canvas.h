@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <span>
 
 #include <QBrush>
@@ -23,7 +22,7 @@ namespace tessarine {
 /// - Colours are 0x00BBGGRR. Where the colour is -1, the brush or pen beside it is used.
 /// - A right or bottom edge smaller than the left or top edge means the end of the surface. Right
 ///   and bottom edges are not included.
-/// - In the ...Blt members no destination means the parent context, and a width or height of 0
+/// - In BitBlt no destination means the parent context, and a width or height of 0
 ///   that of the surface.
 /// - Every member does nothing on a surface that is not created.
 class cGradient {
@@ -33,26 +32,20 @@ class cGradient {
     using Vertex = std::span<const uint16_t, 3>;
 
     cGradient() = default;
-    ~cGradient() { Destroy(); }
     cGradient(const cGradient&) = delete;
     cGradient& operator=(const cGradient&) = delete;
 
     /// Makes the surface anew, black.
     /// \param hParentDC  gives the density, and is where copies go by default; may be absent
-    /// \param hMemoryDC  a picture of 32 bits a pixel to draw on instead of one of the surface's
-    ///                   own; it stays its owner's and must outlive the surface
-    /// \return the surface; null where a size below 1, want of memory or a picture of another
-    ///         depth made none
-    QImage* Init(int32_t PixelWidth, int32_t PixelHeight, QPaintDevice* hParentDC = nullptr,
-                 QImage* hMemoryDC = nullptr);
+    /// \return the surface; null where a size below 1 or want of memory made none
+    QImage* Init(int32_t PixelWidth, int32_t PixelHeight, QPaintDevice* hParentDC = nullptr);
     void Destroy();
 
-    QImage* hdc() const { return hdc_; }
+    /// The surface, for other drawing on it; null where there is none.
+    QImage* hdc() { return IsCreated() ? &surface_ : nullptr; }
     int32_t Width() const { return width_; }
     int32_t Height() const { return height_; }
-    bool IsCreated() const { return hdc_ != nullptr; }
-    /// Whether the surface draws on a picture that is not its own.
-    bool IsMemoryDC() const { return hdc_ != nullptr && hdc_ != &own_; }
+    bool IsCreated() const { return !surface_.isNull(); }
 
     /// Fills the whole surface.
     void Cls(int32_t clrFill, const QBrush& hbrFill = {});
@@ -74,42 +67,27 @@ class cGradient {
     /// last row or column have the stops' own colours.
     void GradientFill(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t BottomY, Vertex first,
                       Vertex last, bool vertical);
-    void SetPixel(int32_t LeftX, int32_t TopY, int32_t clrColor);
-    /// -1 outside the surface.
-    int32_t GetPixel(int32_t LeftX, int32_t TopY) const;
-
     /// Draws a picture of 24 bits a pixel: blue, green, red; the bottom row first, rows padded to
     /// four bytes. Nothing is drawn where `aBits` is too short for that size.
     void SetDIBits(int32_t xDest, int32_t yDest, int32_t nWidth, int32_t nHeight,
                    std::span<const uint8_t> aBits);
     void BitBlt(QPaintDevice* hdcDest = nullptr, int32_t xDest = 0, int32_t yDest = 0,
                 int32_t nWidth = 0, int32_t nHeight = 0, int32_t xSrc = 0, int32_t ySrc = 0) const;
-    /// The same without the pixels of the colour clrMask.
-    void TransBlt(QPaintDevice* hdcDest, int32_t xDest, int32_t yDest, int32_t nWidth,
-                  int32_t nHeight, int32_t xSrc, int32_t ySrc, int32_t clrMask) const;
-
     /// What follows draws inside this rectangle only; (0, 0, -1, -1) is the whole surface.
     void SetClipRect(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t BottomY);
     /// Puts the end of the surface in the place of an edge that means it.
     void NormalizeRect(int32_t LeftX, int32_t TopY, int32_t& RightX, int32_t& BottomY) const;
     static QColor TranslateColor(int32_t clrColor);
-    /// A checker of single pixels, black and clear. Kept until Destroy.
-    QBrush DotBrush();
 
   private:
     QRect normalized(int32_t LeftX, int32_t TopY, int32_t RightX, int32_t BottomY) const;
     void prepare(QPainter& painter) const;
-    void copyTo(QPaintDevice* hdcDest, const QRect& destination, const QImage& part) const;
-    /// The part of the surface that a copy takes, in pixels of its own density.
-    QImage partOf(int32_t& nWidth, int32_t& nHeight, int32_t xSrc, int32_t ySrc) const;
 
-    QImage* hdc_ = nullptr;
-    QImage own_;
+    QImage surface_;
     int32_t width_ = 0;
     int32_t height_ = 0;
     QPaintDevice* parent_ = nullptr;
     QRect clip_;
-    std::optional<QBrush> dotBrush_;
 };
 
 }  // namespace tessarine

@@ -24,18 +24,19 @@ namespace {
 
 using Model = ColourPickerModel;
 
-// Places in the window, in pixels. What stands beside rectangle and components adds up to 76 in
-// width, what stands above and below rectangle and ticks to 20 in height.
+// Places in the window, in pixels. What stands above and below rectangle and ticks adds up to 20
+// in height.
 constexpr int margin = 8;
 constexpr int frame = 2;  // of the edge around a picture
 constexpr int betweenPictures = 12;
-constexpr int besidePictures = 24;  // from the bar's edge to the components: triangle and blanks
+constexpr int besideRectangle = 76;  // edges, bar, triangle and blanks, on both sides of it
 constexpr int abovePictures = 8;
 constexpr int belowPictures = 2;
 constexpr int belowTicks = 6;
 constexpr int betweenFrames = 6;
 constexpr int tallestPaneMore = 64;  // by which the panes grow in a high window
 constexpr int preferredWidth = 300;  // of the rectangle
+constexpr int smallestWidth = 120;   // of the rectangle
 
 struct AxisNames {
     Axis axis;
@@ -124,8 +125,8 @@ fGradient::fGradient(QWidget* parent) : QDialog(parent), parts_(std::make_unique
     const QSize smallest = smallestSize();
     setMinimumSize(smallest);
     QSize wanted = smallest;
-    wanted.setWidth(
-        std::max(wanted.width(), preferredWidth + p.fraNumeric->sizeHint().width() + 76));
+    wanted.setWidth(std::max(wanted.width(),
+                             preferredWidth + besideRectangle + p.fraNumeric->sizeHint().width()));
     resize(wanted.boundedTo(screen()->availableSize()).expandedTo(smallest));
     showModel();
 }
@@ -180,12 +181,7 @@ void fGradient::addPictures() {
         connect(area, &PickArea::moved, this, pass(&Model::move));
         connect(area, &PickArea::released, this, pass(&Model::release));
         connect(area, &PickArea::stepped, this, [this, picture](QPoint by) {
-            Model& model = parts_->model;
-            const QPoint at = picture == Model::Picture::bar
-                                  ? QPoint(0, model.barMarker())
-                                  : QPoint(model.rectangleMarker().x, model.rectangleMarker().y);
-            model.press(picture, placeOf(at + by));
-            model.release(picture, placeOf(at + by));
+            parts_->model.step(picture, placeOf(by));
             showModel();
         });
         connect(area, &PickArea::focusChanged, this, [this] { showModel(); });
@@ -334,8 +330,10 @@ QSize fGradient::smallestSize() const {
     const int tickHeight =
         std::max(p.chkWebSafe->sizeHint().height(), p.cmdOK->sizeHint().height());
     const int ticks = p.chkWebSafe->sizeHint().width() + margin + p.chkAccel->sizeHint().width();
-    const int numeric = p.fraNumeric->sizeHint().width();
-    return {margin + ticks + besidePictures + numeric + margin,
+    const int buttons =
+        2 * std::max(p.cmdOK->sizeHint().width(), p.cmdCancel->sizeHint().width()) + betweenFrames;
+    return {std::max(smallestWidth + besideRectangle + p.fraNumeric->sizeHint().width(),
+                     margin + ticks + margin + buttons + margin),
             abovePictures + p.fraReference->sizeHint().height() + betweenFrames +
                 p.fraNumeric->sizeHint().height() + betweenFrames + tickHeight + belowTicks};
 }
@@ -360,9 +358,13 @@ void fGradient::layOut() {
                             p.chkAccel->sizeHint().width(), tickHeight);
 
     const int left = width() - margin - numericWidth;
-    const int buttonWidth = (numericWidth - betweenFrames) / 2;
-    p.cmdOK->setGeometry(left, ticksTop, buttonWidth, tickHeight);
-    p.cmdCancel->setGeometry(left + numericWidth - buttonWidth, ticksTop, buttonWidth, tickHeight);
+    const int right = width() - margin;
+    // Where the ticks reach below the components, the buttons leave them that room.
+    const int buttonsLeft = std::max(left, p.chkAccel->geometry().right() + 1 + margin);
+    const int buttonWidth = (right - buttonsLeft - betweenFrames) / 2;
+    p.cmdOK->setGeometry(right - 2 * buttonWidth - betweenFrames, ticksTop, buttonWidth,
+                         tickHeight);
+    p.cmdCancel->setGeometry(right - buttonWidth, ticksTop, buttonWidth, tickHeight);
     const int referenceHeight =
         std::min(ticksTop - 2 * betweenFrames - numericHeight - abovePictures,
                  p.fraReference->sizeHint().height() + tallestPaneMore);
@@ -413,18 +415,24 @@ void fGradient::showModel() {
 void fGradient::nameAreas() {
     auto& p = *parts_;
     const auto captionOf = [](Axis axis) { return plain(axes[static_cast<size_t>(axis)].caption); };
-    p.imgBar->setAccessibleName(captionOf(p.model.axis()));
-    p.imgRect->setAccessibleName(captionOf(p.model.acrossAxis()) + " and " +
-                                 captionOf(p.model.upAxis()).toLower());
+    const auto valueOf = [&](Axis axis) {
+        return captionOf(axis) + ' ' + QString::fromStdString(p.model.fieldText(axis));
+    };
+    const Axis across = p.model.acrossAxis();
+    const Axis up = p.model.upAxis();
+    nameForReaders(*p.imgBar, captionOf(p.model.axis()));
+    describeForReaders(*p.imgBar, valueOf(p.model.axis()));
+    nameForReaders(*p.imgRect, captionOf(across) + " and " + captionOf(up).toLower());
+    describeForReaders(*p.imgRect, valueOf(across) + ", " + valueOf(up).toLower());
 }
 
 void fGradient::paintEvent(QPaintEvent*) {
     auto& p = *parts_;
-    const cGradient& canvas = p.canvas;
+    cGradient& canvas = p.canvas;
     const bool fits = canvas.IsCreated() && canvas.Width() == p.fraNumeric->x() &&
                       canvas.Height() == p.chkWebSafe->y() &&
                       canvas.hdc()->devicePixelRatio() == devicePixelRatioF();
-    if (!fits) p.canvas.Init(p.fraNumeric->x(), p.chkWebSafe->y(), this);
+    if (!fits && !canvas.Init(p.fraNumeric->x(), p.chkWebSafe->y(), this)) return;
     if (!fits || !p.canvasStands) paintCanvas();
     p.canvasStands = true;
     canvas.BitBlt();

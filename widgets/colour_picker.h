@@ -48,7 +48,7 @@ class fGradient : public QDialog {
     void layOut();
     /// Shows what stands in the model.
     void showModel();
-    /// Tells those who do not see the pictures what runs along them.
+    /// Tells those who do not see the pictures what runs along them and where it stands.
     void nameAreas();
     void paintCanvas();
     void paintMarkers();

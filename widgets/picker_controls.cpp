@@ -40,6 +40,15 @@ void paintPane(QPainter& painter, const QWidget& pane, const QColor& colour) {
 
 }  // namespace
 
+void nameForReaders(QWidget& control, const QString& name) {
+    if (control.accessibleName() != name) control.setAccessibleName(name);
+}
+
+void describeForReaders(QWidget& control, const QString& description) {
+    if (control.accessibleDescription() != description)
+        control.setAccessibleDescription(description);
+}
+
 // ---- PickArea ----
 
 PickArea::PickArea(const QString& name, QWidget* parent) : QWidget(parent) {
@@ -199,7 +208,7 @@ ColourPane::ColourPane(const QString& name, QWidget* parent) : QWidget(parent) {
 
 void ColourPane::setColour(const QColor& colour) {
     colour_ = colour;
-    setAccessibleDescription(digitsOf(colour));
+    describeForReaders(*this, digitsOf(colour));
     update();
 }
 
@@ -218,7 +227,7 @@ ColourButton::ColourButton(const QString& name, QWidget* parent) : QAbstractButt
 
 void ColourButton::setColour(const QColor& colour) {
     colour_ = colour;
-    setAccessibleDescription(digitsOf(colour));
+    describeForReaders(*this, digitsOf(colour));
     update();
 }
 

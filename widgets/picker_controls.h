@@ -14,6 +14,10 @@ class QKeyEvent;
 
 namespace tessarine {
 
+/// Name and description of a control for screen readers, which hear of a change only.
+void nameForReaders(QWidget& control, const QString& name);
+void describeForReaders(QWidget& control, const QString& description);
+
 /// A place on a picture, to which the mouse and the arrow keys point. It draws nothing; the window
 /// below shows through.
 class PickArea : public QWidget {

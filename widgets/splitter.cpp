@@ -38,12 +38,20 @@ class Splitter::Bar : public QWidget, public AccessibleRange {
     void setAccessibleValue(int32_t value) override { splitter_.SplitterPosition(value); }
 
   protected:
-    void mousePressEvent(QMouseEvent*) override { splitter_.arithmetic_.press(); }
+    // With a second button the drag goes on until none is held.
+    void mousePressEvent(QMouseEvent* event) override {
+        if (event->buttons() == event->button()) splitter_.arithmetic_.press();
+    }
     void mouseMoveEvent(QMouseEvent* event) override {
         splitter_.arithmetic_.move(event->position().x(), event->position().y());
     }
-    void mouseReleaseEvent(QMouseEvent*) override { splitter_.arithmetic_.release(); }
+    void mouseReleaseEvent(QMouseEvent* event) override {
+        if (event->buttons() == Qt::NoButton) splitter_.arithmetic_.release();
+    }
+    void leaveEvent(QEvent*) override { splitter_.arithmetic_.leave(); }
     void keyPressEvent(QKeyEvent* event) override {
+        // A pointer that rests on the bar does not count.
+        splitter_.arithmetic_.leave();
         const bool vertical = splitter_.Orientation() == 0;
         const int back = vertical ? Qt::Key_Left : Qt::Key_Up;
         const int forth = vertical ? Qt::Key_Right : Qt::Key_Down;

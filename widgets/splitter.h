@@ -14,6 +14,8 @@ namespace tessarine {
 /// percentage of the size. Until a drag ends, only the mover bar moves. The bar takes the focus
 /// with the tab key, and the arrow keys along its way move it by one percent.
 ///
+/// SplitterPosition also follows a pointer that only passes over the bar, until it leaves.
+///
 /// Beside a vertical bar the right neighbour reaches two bars' thickness past the splitter's edge,
 /// where it is clipped; what it holds keeps clear of that strip.
 class Splitter : public QWidget, private SplitterBar::Control {

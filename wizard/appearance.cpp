@@ -1,7 +1,6 @@
 #include "wizard/appearance.h"
 
 #include <QApplication>
-#include <QFileInfo>
 #include <QStyle>
 #include <QToolTip>
 
@@ -78,12 +77,6 @@ bool desktopBringsColours() {
     return false;
 }
 
-/// Looking for a bus where none can be may start one, which takes its time.
-bool sessionHasBus() {
-    return qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") ||
-           QFileInfo::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + "/bus");
-}
-
 void showScheme(ColourScheme scheme) {
     const QPalette palette = programPalette(scheme);
     QApplication::setPalette(palette);
@@ -129,19 +122,14 @@ QPalette programPalette(ColourScheme scheme) {
     return palette;
 }
 
-void applyAppearance(QApplication& application) {
+void applyAppearance(QApplication& application, const QDBusConnection& bus) {
     if (QApplication::style()->name() != toolkitStyle) return;
     const bool hasColours = desktopBringsColours();
     QApplication::setStyle(new ProgramStyle);
     if (hasColours) return;
-    ColourScheme scheme = ColourScheme::light;
-    if (sessionHasBus()) {
-        auto* preference =
-            new ColourPreference(QDBusConnection::sessionBus(), showScheme, &application);
-        preference->wait(patienceAtStart);
-        scheme = preference->scheme();
-    }
-    showScheme(scheme);
+    auto* preference = new ColourPreference(bus, showScheme, &application);
+    preference->wait(patienceAtStart);
+    showScheme(preference->scheme());
 }
 
 void useColourScheme(QApplication& application, ColourScheme scheme) {

@@ -3,6 +3,7 @@
 #include <QPalette>
 
 class QApplication;
+class QDBusConnection;
 
 namespace tessarine {
 
@@ -18,7 +19,8 @@ QPalette programPalette(ColourScheme scheme);
 /// tell it.
 ///
 /// To be called once, before the first window is made.
-void applyAppearance(QApplication& application);
+/// \param bus  where the desktop tells its preference; one that is not connected is no error
+void applyAppearance(QApplication& application, const QDBusConnection& bus);
 
 /// The program's own colours in any case, from now on and whatever the desktop prefers: for tools
 /// that take pictures of the program.

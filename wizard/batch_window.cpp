@@ -22,6 +22,8 @@ namespace tessarine {
 
 namespace {
 
+/// What the first of the window's buttons opens. Whoever hands the program out under an address
+/// of their own names it here; it stands nowhere else.
 constexpr const char* webPage = "https://tessarine.example/";
 
 constexpr QSize aboutSize{380, 280};
@@ -109,7 +111,12 @@ void fBatch::showWindow() {
 
 // ---- Size and state ----
 
-void fBatch::maximizeWindow() { setWindowState(Qt::WindowMaximized); }
+void fBatch::maximizeWindow() {
+    // Restored, it has the last normal size again.
+    const StartupRecord& stored = batch_.startupRecord;
+    sizeWindow(stored.windowWidth / twipsPerPixel, stored.windowHeight / twipsPerPixel);
+    setWindowState(Qt::WindowMaximized);
+}
 
 void fBatch::sizeWindow(int32_t width, int32_t height) {
     const Extent held = leastWindow({width, height});

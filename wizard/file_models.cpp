@@ -4,17 +4,14 @@
 #include <unordered_map>
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QMimeData>
-#include <QUrl>
 
+#include "wizard/file_names.h"
 #include "wizard/file_types.h"
 
 namespace tessarine {
 
 namespace {
-
-QString textOf(const std::string& bytes) { return QFile::decodeName(bytes.c_str()); }
 
 /// Process and rows of a drag out of lvFolder.
 constexpr const char* rowsFormat = "application/x-tessarine-folder-rows";
@@ -26,6 +23,32 @@ std::vector<std::string> pathsOf(const Rows& rows) {
     for (const auto& row : rows)
         paths.push_back(row.Tag);
     return paths;
+}
+
+/// Rows from the first to the last.
+struct Run {
+    int first;
+    int last;
+};
+
+/// More runs than these are shown anew faster than removed one by one.
+constexpr size_t mostRuns = 200;
+
+/// The rows that have left; none where others came, or the order has changed.
+std::vector<Run> runsGone(const std::vector<std::string>& before,
+                          const std::vector<std::string>& now) {
+    std::vector<Run> runs;
+    size_t kept = 0;
+    for (int row = 0; row < int(before.size()); ++row) {
+        if (kept < now.size() && before[size_t(row)] == now[kept])
+            ++kept;
+        else if (!runs.empty() && runs.back().last == row - 1)
+            runs.back().last = row;
+        else
+            runs.push_back({row, row});
+    }
+    if (kept < now.size()) runs.clear();
+    return runs;
 }
 
 }  // namespace
@@ -41,6 +64,16 @@ std::vector<int32_t> draggedRows(const QMimeData& data) {
 
 void FileModel::follow() {
     std::vector<std::string> now = paths();
+    // What is only removed leaves the current row and what is selected beside it alone.
+    if (const std::vector<Run> gone = runsGone(shown_, now);
+        !gone.empty() && gone.size() <= mostRuns) {
+        for (auto run = gone.rbegin(); run != gone.rend(); ++run) {
+            beginRemoveRows({}, run->first, run->last);
+            shown_.erase(shown_.begin() + run->first, shown_.begin() + run->last + 1);
+            endRemoveRows();
+        }
+        return;
+    }
     const size_t shorter = std::min(now.size(), shown_.size());
     size_t head = 0;
     while (head < shorter && now[head] == shown_[head])
@@ -49,12 +82,8 @@ void FileModel::follow() {
     while (tail < shorter - head && now[now.size() - 1 - tail] == shown_[shown_.size() - 1 - tail])
         ++tail;
 
-    // Rows that came or went in one piece leave selection and scrolling alone.
-    if (head + tail == now.size() && now.size() < shown_.size()) {
-        beginRemoveRows({}, int(head), int(shown_.size() - tail) - 1);
-        shown_ = std::move(now);
-        endRemoveRows();
-    } else if (head + tail == shown_.size() && shown_.size() < now.size()) {
+    // Rows that came in one piece leave selection and scrolling alone.
+    if (head + tail == shown_.size() && shown_.size() < now.size()) {
         beginInsertRows({}, int(head), int(now.size() - tail) - 1);
         shown_ = std::move(now);
         endInsertRows();
@@ -85,11 +114,11 @@ bool FileModel::has(const QModelIndex& index) const {
 QVariant FileModel::data(const QModelIndex& index, int role) const {
     if (!has(index)) return {};
     const auto row = size_t(index.row());
-    if (role == Qt::DisplayRole) return textOf(text(row, index.column()));
+    if (role == Qt::DisplayRole) return shownName(text(row, index.column()));
     if (role == Qt::TextAlignmentRole) return int(alignment(index.column()) | Qt::AlignVCenter);
     // A text may be cut short; the name's column tells the whole path.
     if (role == Qt::ToolTipRole)
-        return textOf(index.column() == 0 ? path(row) : text(row, index.column()));
+        return plainToolTip(shownName(index.column() == 0 ? path(row) : text(row, index.column())));
     if (role == Qt::DecorationRole && index.column() == 0) return fileTypeIcon(icon(row));
     return {};
 }
@@ -169,7 +198,7 @@ QMimeData* FolderModel::mimeData(const QModelIndexList& indexes) const {
     QByteArray numbers = QByteArray::number(QCoreApplication::applicationPid());
     for (const int row : rows) {
         numbers += " " + QByteArray::number(row);
-        urls.append(QUrl::fromLocalFile(textOf(path(size_t(row)))));
+        urls.append(urlOf(path(size_t(row))));
     }
     auto* data = new QMimeData;
     data->setData(rowsFormat, numbers);

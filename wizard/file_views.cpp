@@ -1,19 +1,19 @@
 #include "wizard/file_views.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <QApplication>
 #include <QDrag>
 #include <QDropEvent>
-#include <QFile>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QStyledItemDelegate>
 #include <QTimer>
-#include <QUrl>
 
 #include "wizard/file_models.h"
+#include "wizard/file_names.h"
 #include "wizard/icons.h"
 
 namespace tessarine {
@@ -25,27 +25,6 @@ constexpr int dragPictureSize = 32;
 
 /// Pixels left and right of a cell's text.
 constexpr int cellMargins = 12;
-
-std::vector<std::string> localPaths(const QMimeData& data) {
-    std::vector<std::string> paths;
-    for (const QUrl& url : data.urls())
-        if (url.isLocalFile()) paths.push_back(QFile::encodeName(url.toLocalFile()).toStdString());
-    return paths;
-}
-
-bool movesFromRowToRow(int key) {
-    switch (key) {
-        case Qt::Key_Up:
-        case Qt::Key_Down:
-        case Qt::Key_PageUp:
-        case Qt::Key_PageDown:
-        case Qt::Key_Home:
-        case Qt::Key_End:
-            return true;
-        default:
-            return false;
-    }
-}
 
 }  // namespace
 
@@ -82,10 +61,24 @@ std::vector<int32_t> FileView::selectedRows() const {
     return rows;
 }
 
+void FileView::keyPressEvent(QKeyEvent* event) {
+    const std::vector<int32_t> before = selectedRows();
+    QTreeView::keyPressEvent(event);
+    selectedByKeys_ = selectedByKeys_ || selectedRows() != before;
+}
+
+void FileView::keyboardSearch(const QString& search) {
+    // Names are what is typed, whichever column was clicked.
+    if (const QModelIndex current = currentIndex(); current.column() > 0)
+        selectionModel()->setCurrentIndex(current.siblingAtColumn(0),
+                                          QItemSelectionModel::NoUpdate);
+    QTreeView::keyboardSearch(search);
+}
+
 void FileView::keyReleaseEvent(QKeyEvent* event) {
     QTreeView::keyReleaseEvent(event);
     // A key held down passes many rows; only the one where it is let go is looked at.
-    if (movesFromRowToRow(event->key()) && !event->isAutoRepeat()) emit rowClicked();
+    if (!event->isAutoRepeat() && std::exchange(selectedByKeys_, false)) emit rowClicked();
 }
 
 void FileView::resizeEvent(QResizeEvent* event) {
@@ -158,10 +151,11 @@ void FolderView::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
         case Qt::Key_Return:
         case Qt::Key_Enter:
-            emit enterPressed();
+            // Held down, the key would answer the message of duplicates and bring the next one.
+            if (!event->isAutoRepeat()) emit enterPressed();
             break;
         case Qt::Key_Space:
-            emit spacePressed();
+            if (!event->isAutoRepeat()) emit spacePressed();
             break;
         default:
             return FileView::keyPressEvent(event);

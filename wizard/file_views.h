@@ -17,14 +17,16 @@ class FileView : public QTreeView {
 
     /// The selected rows, from 0, in the order in which they stand.
     std::vector<int32_t> selectedRows() const;
+    void keyboardSearch(const QString& search) override;
 
   signals:
-    /// A row was clicked, or reached with the keys that move from row to row.
+    /// A row was clicked, or reached with keys, those of its name included.
     void rowClicked();
     /// Files and folders of another program were dropped.
     void pathsDropped(const std::vector<std::string>& paths);
 
   protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -39,6 +41,7 @@ class FileView : public QTreeView {
   private:
     void spreadColumns();
 
+    bool selectedByKeys_ = false;  ///< other rows, since a key was let go
     bool spreading_ = false;
     bool columnsAreThePersons_ = false;  ///< one of them was dragged
 };

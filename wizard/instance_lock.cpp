@@ -15,7 +15,8 @@ InstanceLock::InstanceLock(const std::string& path)
     // The first instance could have the file for itself. Then all of them share it, so that the
     // one that comes next meets those that are left, whichever they are.
     othersRun_ = flock(file_, LOCK_EX | LOCK_NB) != 0;
-    flock(file_, LOCK_SH | LOCK_NB);
+    // Nobody holds it alone for longer than this takes.
+    flock(file_, LOCK_SH);
 }
 
 InstanceLock::~InstanceLock() {

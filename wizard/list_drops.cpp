@@ -4,21 +4,12 @@
 
 #include <QApplication>
 #include <QDropEvent>
-#include <QFile>
-#include <QMimeData>
-#include <QUrl>
 #include <QWidget>
 
 #include "batch/texts.h"
+#include "wizard/file_names.h"
 
 namespace tessarine {
-
-std::vector<std::string> pathsOf(const QMimeData& data) {
-    std::vector<std::string> paths;
-    for (const QUrl& url : data.urls())
-        if (url.isLocalFile()) paths.push_back(QFile::encodeName(url.toLocalFile()).toStdString());
-    return paths;
-}
 
 bool isListFile(const std::string& path) {
     const std::string extension = lowerCase(extensionOf(path));
@@ -39,7 +30,7 @@ bool ListDrops::eventFilter(QObject* object, QEvent* event) {
     const auto* below = qobject_cast<QWidget*>(object);
     if (below == nullptr || below->window() != &window_) return false;
     auto* drop = static_cast<QDropEvent*>(event);
-    const std::vector<std::string> paths = pathsOf(*drop->mimeData());
+    const std::vector<std::string> paths = localPaths(*drop->mimeData());
     if (!std::any_of(paths.begin(), paths.end(), isListFile)) return false;
     drop->setDropAction(Qt::CopyAction);
     drop->accept();

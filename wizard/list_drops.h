@@ -6,13 +6,9 @@
 
 #include <QObject>
 
-class QMimeData;
 class QWidget;
 
 namespace tessarine {
-
-/// The local paths that a file manager hands over, as bytes.
-std::vector<std::string> pathsOf(const QMimeData& data);
 
 /// Whether a path is that of a function list or of a picture list.
 bool isListFile(const std::string& path);

@@ -8,6 +8,8 @@
 #include <QPainterPath>
 #include <QTextLayout>
 
+#include "wizard/file_names.h"
+
 namespace tessarine {
 
 namespace {
@@ -148,7 +150,7 @@ void DescriptionFrame::tell(const char* name, const QString& text) {
     for (const Entry& entry : entries_) {
         if (entry.value->objectName() != QLatin1String(name)) continue;
         entry.value->setText(text);
-        entry.value->setToolTip(text);
+        entry.value->setToolTip(plainToolTip(text));
     }
     layOut();
 }

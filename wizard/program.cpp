@@ -1,23 +1,32 @@
 #include "wizard/program.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <memory>
+#include <utility>
 
 #include <QApplication>
-#include <QUrl>
 
 #include "widgets/splash.h"
 #include "wizard/appearance.h"
 #include "wizard/batch_window.h"
+#include "wizard/file_names.h"
 #include "wizard/icons.h"
 #include "wizard/leaving.h"
+#include "wizard/session_bus.h"
 #include "wizard/system_desktop.h"
+#include "wizard/window_loss.h"
 
 namespace tessarine {
 
 namespace {
 
 constexpr QSize splashSize{420, 260};
+
+// Exit statuses.
+constexpr int wrongLine = 2;
+constexpr int noScreen = 3;
 
 constexpr const char* usage =
     "usage: tessarine [OPTION...] [--] [FILE...]\n"
@@ -32,9 +41,41 @@ constexpr const char* usage =
 
 std::string absolutePath(const std::string& argument) {
     if (argument.starts_with("file://"))
-        return QUrl::fromEncoded(QByteArray::fromStdString(argument)).toLocalFile().toStdString();
+        return pathOf(QUrl::fromEncoded(QByteArray::fromStdString(argument)));
     std::error_code ignored;
     return std::filesystem::absolute(argument, ignored).string();
+}
+
+struct ToolkitMessage {
+    QtMsgType type;
+    QString text;
+};
+
+/// What the toolkit says while it looks for a screen.
+std::vector<ToolkitMessage> searchMessages;
+
+void noteSearchMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (type != QtFatalMsg) {
+        searchMessages.push_back({type, text.trimmed()});
+        return;
+    }
+    // There is none, and the toolkit would abort the process now.
+    const QString reason = searchMessages.empty() ? text : searchMessages.front().text;
+    std::cerr << "tessarine: no window can be opened here: " << reason.toStdString()
+              << "\ntessarine-batch does the same work without a window\n"
+              << std::flush;
+    std::_Exit(noScreen);
+}
+
+/// The application on the screen that there is. Where there is none the program ends with a plain
+/// word.
+std::unique_ptr<QApplication> openScreen(int& argumentCount, char** arguments) {
+    const QtMessageHandler before = qInstallMessageHandler(noteSearchMessage);
+    auto application = std::make_unique<QApplication>(argumentCount, arguments);
+    qInstallMessageHandler(before);
+    for (const ToolkitMessage& message : std::exchange(searchMessages, {}))
+        qt_message_output(message.type, QMessageLogContext(), message.text);
+    return application;
 }
 
 /// Closes the window, whatever stands before it, and with it the program.
@@ -77,12 +118,12 @@ int runProgram(int argumentCount, char** arguments) {
     }
 
     // The toolkit takes options of its own off the line.
-    QApplication application(argumentCount, arguments);
+    const auto application = openScreen(argumentCount, arguments);
     const WindowCommandLine line =
         WindowCommandLine::parse({arguments + 1, arguments + argumentCount});
     if (!line.refusal.empty()) {
         std::cerr << "tessarine: " << line.refusal << "; --help tells the options\n";
-        return 2;
+        return wrongLine;
     }
     QCoreApplication::setApplicationName("tessarine");
     QCoreApplication::setApplicationVersion(TESSARINE_VERSION);
@@ -91,12 +132,13 @@ int runProgram(int argumentCount, char** arguments) {
     // The end of the splash window is not the end of the program.
     QGuiApplication::setQuitOnLastWindowClosed(false);
 
-    applyAppearance(application);
+    applyAppearance(*application, sessionBus());
 
     SystemDesktop desktop;
     fBatch window(desktop);
     fSplash splash(programPicture("splash"), splashSize);
     const LeavingRequests requests([&window] { leave(window); });
+    const WindowLoss loss(window, [&window] { leave(window); });
     QObject::connect(&splash, &fSplash::tSplash, &window, [&] {
         window.start();
         window.openPaths(line.paths);

@@ -3,6 +3,7 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QEvent>
 #include <QGridLayout>
 #include <QLabel>
 #include <QRadioButton>
@@ -89,6 +90,10 @@ class GlassPanel : public QWidget {
 
   protected:
     void resizeEvent(QResizeEvent*) override { layOut(); }
+    void changeEvent(QEvent* event) override {
+        QWidget::changeEvent(event);
+        if (event->type() == QEvent::FontChange) layOut();
+    }
 
   private:
     void layOut() {
@@ -173,11 +178,13 @@ QWidget* makeBanksPanel(const StepContext& context, QWidget* parent) {
             context, indexed("chkInvt", i).c_str(), {}, batch.chkInvt[at],
             [&batch, index](int16_t ticked) { batch.ChangeInvert(index, ticked); }, panel);
         invert->setAccessibleName("Invert " + rows[at]);
+        invert->setToolTip(invert->accessibleName());
         grid->addWidget(invert, 1 + i, 3, Qt::AlignHCenter);
         QCheckBox* kill = makeTick(
             context, indexed("chkKill", i).c_str(), {}, batch.chkKill[at],
             [&batch, index](int16_t ticked) { batch.ChangeKill(index, ticked); }, panel);
         kill->setAccessibleName("Kill " + rows[at]);
+        kill->setToolTip(kill->accessibleName());
         grid->addWidget(kill, 1 + i, 4, Qt::AlignHCenter);
     }
     return panel;

@@ -138,12 +138,15 @@ OptionPanel::OptionPanel(const StepContext& context, QWidget* parent) : QWidget(
     chkOption_ = makeTick(
         context, "chkOption", {}, batch.chkOption,
         [&batch](int16_t ticked) { batch.ChangeOption(ticked); }, this);
+    const QKeySequence key("Alt+P");
+    chkOption_->setShortcut(key);
     lblOption_ = new QLabel(this);
     lblOption_->setObjectName("lblOption");
     lblOption_->setTextFormat(Qt::PlainText);
-    showAlways(context, "lblOption", [this, &batch] {
+    showAlways(context, "lblOption", [this, &batch, key] {
         const QString text = QString::fromStdString(batch.lblOption);
         lblOption_->setText(text);
+        setToolTip(text + " (" + key.toString(QKeySequence::NativeText) + ")");
         chkOption_->setAccessibleName(text);
         resize(sizeHint());
     });

@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QPainter>
 
+#include "wizard/file_names.h"
 #include "wizard/file_types.h"
 
 namespace tessarine {
@@ -45,7 +46,9 @@ QString StatusPanelLabel::shownText() const {
     return fontMetrics().elidedText(text(), Qt::ElideMiddle, width() - textLeft() - textMargin);
 }
 
-void StatusPanelLabel::updateToolTip() { setToolTip(shownText() == text() ? QString() : text()); }
+void StatusPanelLabel::updateToolTip() {
+    setToolTip(shownText() == text() ? QString() : plainToolTip(text()));
+}
 
 void StatusPanelLabel::resizeEvent(QResizeEvent*) { updateToolTip(); }
 
@@ -73,7 +76,7 @@ StatusBar::StatusBar(QWidget* parent) : QStatusBar(parent), pb_(new QProgressBar
 }
 
 void StatusBar::showPanel(size_t index, const StatusPanel& panel) {
-    panels_.at(index)->show(QString::fromStdString(panel.text),
+    panels_.at(index)->show(shownName(panel.text),
                             panel.icon.empty() ? QIcon() : fileTypeIcon(panel.icon));
     layOut();
 }

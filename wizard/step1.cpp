@@ -10,6 +10,7 @@
 #include "widgets/folder_tree.h"
 #include "widgets/splitter.h"
 #include "wizard/file_models.h"
+#include "wizard/file_names.h"
 #include "wizard/file_views.h"
 #include "wizard/list_toolbar.h"
 #include "wizard/preview_panel.h"
@@ -20,8 +21,6 @@ namespace {
 
 /// Pixels that stay free at the right of a list.
 constexpr int rightOfList = 17;
-
-QString textOf(const std::string& bytes) { return QFile::decodeName(bytes.c_str()); }
 
 }  // namespace
 
@@ -164,27 +163,24 @@ void Frame_step1::follow(Splitter& splitter, const char* name, int32_t cBatch::*
     cBatch& batch = context_.batch;
     context_.repaints.on(
         name, [&splitter, &batch, position] { splitter.SplitterPosition(batch.*position); });
-    const auto take = [&splitter, &batch, position] {
-        batch.*position = splitter.SplitterPosition();
-    };
-    // The pointer moves the position while the bar is still where it was.
-    connect(&splitter, &Splitter::BarMoved, this, take);
-    connect(&splitter, &Splitter::Refreshed, this, take);
+    // Not what a pointer says that only passes over the bar: nobody chose that to be stored.
+    connect(&splitter, &Splitter::Refreshed, this,
+            [&splitter, &batch, position] { batch.*position = splitter.SplitterPosition(); });
 }
 
 void Frame_step1::showWhatChanges() {
     cBatch& batch = context_.batch;
     Repaints& repaints = context_.repaints;
-    repaints.on("FT", [this, &batch] { tree_->setPath(textOf(batch.FT)); });
+    repaints.on("FT", [this, &batch] { tree_->setPath(QFile::decodeName(batch.FT.c_str())); });
     repaints.on("lvFolder", [this] { folderModel_->followFolder(); });
     repaints.on("lvSelected", [this] { basketModel_->follow(); });
     repaints.on("PPreview", [this, &batch] { image_->show(batch.PPreview); });
     repaints.on("LFileName", [this, &batch] {
-        image_->setAccessibleName("Preview of " + textOf(batch.LFileName));
+        image_->setAccessibleName("Preview of " + shownName(batch.LFileName));
     });
     const auto label = [&](const char* name, std::string cBatch::*text) {
-        repaints.on(name,
-                    [this, &batch, name, text] { description_->tell(name, textOf(batch.*text)); });
+        repaints.on(
+            name, [this, &batch, name, text] { description_->tell(name, shownName(batch.*text)); });
     };
     label("LFileName", &cBatch::LFileName);
     label("LType", &cBatch::LType);

@@ -1,12 +1,16 @@
 #include "wizard/system_desktop.h"
 
+#include <algorithm>
 #include <filesystem>
 
+#include <QApplication>
 #include <QDBusMessage>
 #include <QFile>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QProcess>
+
+#include "wizard/session_bus.h"
 
 namespace tessarine {
 
@@ -23,6 +27,16 @@ std::optional<std::string> askForFile(QWidget* parent, QFileDialog::AcceptMode m
     return QFile::encodeName(dialog.selectedFiles().constFirst()).toStdString();
 }
 
+/// The window over which a dialog stands. Before the main window can be seen that is the splash
+/// window, which would hide a dialog of its own.
+QWidget* windowUnder(QWidget* parent) {
+    if (parent == nullptr || parent->isVisible()) return parent;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    const auto seen = std::find_if(windows.begin(), windows.end(),
+                                   [](const QWidget* one) { return one->isVisible(); });
+    return seen == windows.end() ? nullptr : *seen;
+}
+
 bool isAddress(const std::string& path) { return path.find("://") != std::string::npos; }
 
 }  // namespace
@@ -35,8 +49,7 @@ QString dialogFilter(const std::string& filter) {
 }
 
 SystemDesktop::SystemDesktop()
-    : SystemDesktop(InstanceLock::usersFile(), QDBusConnection::systemBus(),
-                    QDBusConnection::sessionBus()) {}
+    : SystemDesktop(InstanceLock::usersFile(), QDBusConnection::systemBus(), sessionBus()) {}
 
 SystemDesktop::SystemDesktop(const std::string& lockFile, QDBusConnection system,
                              QDBusConnection session)
@@ -44,7 +57,7 @@ SystemDesktop::SystemDesktop(const std::string& lockFile, QDBusConnection system
 
 void SystemDesktop::messageBox(QWidget* parent, const QString& text, Icon icon,
                                const QString& title) {
-    QMessageBox box(parent);
+    QMessageBox box(windowUnder(parent));
     switch (icon) {
         case Icon::critical:
             box.setIcon(QMessageBox::Critical);

@@ -131,6 +131,14 @@ TEST_F(Baskets, AFileManagersDropTakesAcceptedFilesAndThoseOfFolders) {
     EXPECT_EQ(batch.SB[2].text, "Basket: 3 file(s)");
 }
 
+TEST_F(Baskets, ADroppedFolderWithASeparatorAtItsEndGivesTheSamePaths) {
+    listWith({"a.jpg"});
+    batch.AddCheckedToBasket();
+    batch.DropOnBasket({folder + "/"});
+    EXPECT_THAT(basket(), ElementsAre("a.jpg"));
+    EXPECT_EQ(recorder.boxes, duplicatesBox("1"));
+}
+
 TEST_F(Baskets, DroppedListsAreOpened) {
     const std::string picture = file("one.jpg");
     writePictureList(scratch / "list.qpkl", std::vector<std::string>{picture});

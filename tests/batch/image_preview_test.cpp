@@ -104,6 +104,17 @@ TEST_F(ImagePreview, ThePanelsNewSizeFitsThePictureAgain) {
     EXPECT_EQ(batch.PPreview.height, 5);
 }
 
+TEST_F(ImagePreview, AVeryThinPictureIsSeenAsALine) {
+    batch.ShowImageDetails(picture("a.ppm", 3000, 2));
+    EXPECT_TRUE(batch.PPreview.visible);
+    EXPECT_EQ(batch.PPreview.width, 200);
+    EXPECT_EQ(batch.PPreview.height, 1);
+    EXPECT_EQ(batch.PPreview.top, 54);
+    batch.ShowImageDetails(picture("b.ppm", 2, 3000));
+    EXPECT_EQ(batch.PPreview.width, 1);
+    EXPECT_EQ(batch.PPreview.height, 100);
+}
+
 TEST_F(ImagePreview, WithoutAPictureNothingIsShown) {
     batch.FitPreview(300, 300);
     EXPECT_FALSE(batch.PPreview.visible);

@@ -210,6 +210,22 @@ TEST_F(ColourPicker, ArrowKeysGoToTheNeighbouringPlace) {
     });
 }
 
+TEST_F(ColourPicker, AHeldArrowKeyReachesTheEndOfThePicture) {
+    open(0, [&] {
+        QWidget& rect = control(picker, "imgRect");
+        const auto hold = [&](Qt::Key key) {
+            for (int i = 0; i < rect.width(); ++i)
+                QTest::keyClick(&rect, key);
+        };
+        click(control(picker, "optRed"));
+        hold(Qt::Key_Right);
+        EXPECT_EQ(picker.Color(), packed(0, 255, 0));
+        click(control(picker, "chkWebSafe"));
+        hold(Qt::Key_Left);
+        EXPECT_EQ(picker.Color(), 0);
+    });
+}
+
 TEST_F(ColourPicker, ThePicturesStandOnTheScreenAsTheyWereMade) {
     open(HsbToRgb({0, 30, 30}), [&] {
         QWidget& rect = control(picker, "imgRect");
@@ -280,20 +296,31 @@ TEST_F(ColourPicker, IsSizedByItsRule) {
 
 TEST_F(ColourPicker, CutsNothingOffAtItsSmallest) {
     open(start, [&] {
-        picker.resize(1, 1);
-        QApplication::processEvents();
-        QList<QWidget*> controls = picker.findChildren<QWidget*>();
-        for (const QWidget* one : controls) {
-            if (!one->isVisible() || one->objectName().isEmpty()) continue;
-            EXPECT_TRUE(one->parentWidget()->rect().contains(one->geometry()))
-                << one->objectName().toStdString();
-            if (!qobject_cast<const QAbstractButton*>(one)) continue;
-            EXPECT_GE(one->width(), one->sizeHint().width()) << one->objectName().toStdString();
-        }
-        EXPECT_LE(control(picker, "chkAccel").geometry().right(),
-                  control(picker, "fraNumeric").x());
-        EXPECT_LE(picker.width(), 640);
-        EXPECT_LE(picker.height(), 480);
+        for (const char* family : {"DejaVu Sans", "Noto Sans"})
+            for (const int points : {9, 10, 11}) {
+                SCOPED_TRACE(std::string(family) + " " + std::to_string(points));
+                picker.setFont(QFont(family, points));
+                picker.resize(1, 1);
+                QApplication::processEvents();
+                // With a title of 30 pixels it fits on a screen of 640 by 480.
+                EXPECT_LE(picker.width(), 640);
+                EXPECT_LE(picker.height(), 450);
+                EXPECT_GE(control(picker, "imgRect").width(), 120);
+                for (const QWidget* one : picker.findChildren<QWidget*>()) {
+                    if (!one->isVisible() || one->objectName().isEmpty()) continue;
+                    SCOPED_TRACE(one->objectName().toStdString());
+                    EXPECT_TRUE(one->parentWidget()->rect().contains(one->geometry()));
+                    if (!qobject_cast<const QAbstractButton*>(one)) continue;
+                    EXPECT_GE(one->width(), one->sizeHint().width());
+                }
+                const QList<QWidget*> outer =
+                    picker.findChildren<QWidget*>(Qt::FindDirectChildrenOnly);
+                for (const QWidget* one : outer)
+                    for (const QWidget* other : outer)
+                        EXPECT_TRUE(one == other || !one->geometry().intersects(other->geometry()))
+                            << one->objectName().toStdString() << " on "
+                            << other->objectName().toStdString();
+            }
     });
 }
 
@@ -308,6 +335,24 @@ TEST_F(ColourPicker, HasANameAndAPlaceForEveryControl) {
         EXPECT_FALSE(one.accessibleName().isEmpty()) << name;
         EXPECT_TRUE(one.focusPolicy() & Qt::TabFocus) << name;
     }
+}
+
+TEST_F(ColourPicker, PicturesTellTheirValuesToThoseWhoDoNotSeeThem) {
+    open(start, [&] {
+        QWidget& bar = control(picker, "imgBar");
+        QWidget& rect = control(picker, "imgRect");
+        EXPECT_EQ(bar.accessibleName(), "Hue");
+        EXPECT_EQ(bar.accessibleDescription(), "Hue 115");
+        EXPECT_EQ(rect.accessibleName(), "Saturation and brightness");
+        EXPECT_EQ(rect.accessibleDescription(), "Saturation 74, brightness 83");
+        QTest::mouseClick(&rect, Qt::LeftButton, {}, {rect.width() - 1, 0});
+        EXPECT_EQ(rect.accessibleDescription(), "Saturation 100, brightness 100");
+        EXPECT_EQ(control(picker, "labNew").accessibleDescription(),
+                  QString::fromStdString(text("txtNewColor")));
+        click(control(picker, "optGreen"));
+        EXPECT_EQ(bar.accessibleDescription(), "Green 255");
+        EXPECT_EQ(rect.accessibleDescription(), "Red " + field("txtRed").text() + ", blue 0");
+    });
 }
 
 TEST_F(ColourPicker, MnemonicsAreUnique) {

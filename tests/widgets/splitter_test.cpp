@@ -1,9 +1,12 @@
 #include "widgets/splitter.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include <QAccessible>
+#include <QLineEdit>
+#include <QPointer>
 #include <QTest>
 #include <gmock/gmock.h>
 
@@ -120,6 +123,42 @@ TEST_F(ShownSplitter, FollowsAPointerThatOnlyPassesWithoutShowingIt) {
     EXPECT_EQ(first->width(), 200);
 }
 
+TEST_F(ShownSplitter, TakesBackWhatAPassingPointerSaidWhenItLeaves) {
+    splitter.resize(613, 200);
+    splitter.SplitterPosition(30);
+    QTest::mouseMove(splitter.windowHandle(), QPoint(100, 50));
+    QTest::mouseMove(splitter.windowHandle(), QPoint(183, 50));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return splitter.SplitterPosition() == 29; }));
+    QTest::mouseMove(splitter.windowHandle(), QPoint(100, 50));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return splitter.SplitterPosition() == 30; }));
+    EXPECT_EQ(mover(splitter).geometry(), bar(splitter).geometry());
+    splitter.resize(1000, 200);
+    EXPECT_EQ(first->width(), 300);
+}
+
+TEST_F(ShownSplitter, CountsAnArrowKeyFromWhereItsBarStands) {
+    splitter.resize(613, 200);
+    splitter.SplitterPosition(30);
+    QTest::mouseMove(&bar(splitter), QPoint(0, 50));
+    ASSERT_EQ(splitter.SplitterPosition(), 29);
+    QTest::keyClick(&bar(splitter), Qt::Key_Right);
+    EXPECT_EQ(splitter.SplitterPosition(), 31);
+}
+
+TEST_F(ShownSplitter, GoesOnWithADragWhileAnotherButtonIsPressedAndReleased) {
+    QWidget& handle = bar(splitter);
+    QTest::mousePress(&handle, Qt::LeftButton, {}, QPoint(0, 50));
+    QTest::mouseMove(&handle, QPoint(60, 50));
+    QTest::mousePress(&handle, Qt::RightButton, {}, QPoint(60, 50));
+    QTest::mouseRelease(&handle, Qt::RightButton, {}, QPoint(60, 50));
+    EXPECT_TRUE(mover(splitter).isVisible());
+    EXPECT_EQ(mover(splitter).x(), 260);
+    EXPECT_EQ(handle.x(), 200);
+    QTest::mouseRelease(&handle, Qt::LeftButton, {}, QPoint(60, 50));
+    EXPECT_FALSE(mover(splitter).isVisible());
+    EXPECT_EQ(handle.x(), 260);
+}
+
 TEST_F(ShownSplitter, StaysWhereItIsAfterAPlainClick) {
     QTest::mouseMove(&bar(splitter), QPoint(4, 50));
     QTest::mouseClick(&bar(splitter), Qt::LeftButton, {}, QPoint(4, 50));
@@ -217,6 +256,23 @@ TEST_F(ShownSplitter, GoesOnWithoutANeighbourThatIsGone) {
     EXPECT_EQ(splitter.LeftOrTopControl(), nullptr);
     splitter.SplitterPosition(30);
     EXPECT_EQ(second->geometry(), QRect(125, 0, 285, 200));
+}
+
+TEST(Splitter, TakesItsNeighboursAndADraggedSplitterWithIt) {
+    auto splitter = std::make_unique<Splitter>();
+    const QPointer<QWidget> tree = new QWidget;
+    const QPointer<Splitter> inside = new Splitter;
+    const QPointer<QWidget> list = new QLineEdit;
+    inside->LeftOrTopControl(list);
+    splitter->LeftOrTopControl(tree);
+    splitter->RightOrBottomControl(inside);
+    splitter->resize(400, 200);
+    splitter->show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(splitter.get()));
+    list->setFocus();
+    QTest::mousePress(&bar(*inside), Qt::LeftButton, {}, QPoint(0, 50));
+    splitter.reset();
+    EXPECT_TRUE(tree.isNull() && inside.isNull() && list.isNull());
 }
 
 TEST(Splitter, PaintsItsBarInItsColour) {

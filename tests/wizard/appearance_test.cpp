@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCommonStyle>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
@@ -32,6 +33,7 @@
 #include "support/window_driver.h"
 #include "wizard/colour_preference.h"
 #include "wizard/contrast.h"
+#include "wizard/icons.h"
 #include "wizard/program_style.h"
 
 namespace tessarine::tests {
@@ -205,6 +207,19 @@ TEST_F(Appearance, AnEmptyBoxCanBeSeenInEitherScheme) {
     }
 }
 
+TEST_F(Appearance, AFolderIsTheProgramsOwnWithoutAnIconTheme) {
+    const QString theme = QIcon::themeName();
+    QIcon::setThemeName("none that is there");
+    for (const ColourScheme scheme : schemes) {
+        useColourScheme(application(), scheme);
+        const QIcon folder = QApplication::style()->standardIcon(QStyle::SP_DirIcon);
+        EXPECT_EQ(folder.pixmap(16, 16).toImage(), programIcon("folder").pixmap(16, 16).toImage());
+        EXPECT_NE(folder.pixmap(16, 16).toImage(),
+                  QCommonStyle().standardIcon(QStyle::SP_DirIcon).pixmap(16, 16).toImage());
+    }
+    QIcon::setThemeName(theme);
+}
+
 TEST_F(Appearance, AChosenSchemeShowsInWindowsThatStandAlready) {
     useColourScheme(application(), ColourScheme::light);
     QWidget window;
@@ -225,7 +240,7 @@ TEST_F(Appearance, ColoursThatTheDesktopBringsStand) {
     QPalette desktop = QApplication::palette();
     desktop.setColor(QPalette::Window, QColor(250, 240, 200));
     QApplication::setPalette(desktop);
-    applyAppearance(application());
+    applyAppearance(application(), QDBusConnection("none"));
     EXPECT_EQ(QApplication::palette().color(QPalette::Window), QColor(250, 240, 200));
     EXPECT_TRUE(dynamic_cast<ProgramStyle*>(QApplication::style()));
 }
@@ -233,7 +248,7 @@ TEST_F(Appearance, ColoursThatTheDesktopBringsStand) {
 TEST_F(Appearance, AStyleThatTheDesktopBringsStands) {
     QApplication::setStyle(QStyleFactory::create("windows"));
     const QPalette before = QApplication::palette();
-    applyAppearance(application());
+    applyAppearance(application(), QDBusConnection("none"));
     EXPECT_EQ(QApplication::style()->name(), "windows");
     EXPECT_EQ(QApplication::palette().color(QPalette::Window), before.color(QPalette::Window));
 }
@@ -270,11 +285,11 @@ class DesktopPreference : public Appearance {
         if (daemon.isEmpty()) GTEST_SKIP() << "dbus-daemon is not installed";
         daemon_.start(daemon, {"--session", "--nofork", "--nopidfile", "--print-address"});
         if (!daemon_.waitForReadyRead(5000)) GTEST_SKIP() << "dbus-daemon does not start here";
-        address_ = QString::fromUtf8(daemon_.readLine()).trimmed();
+        const QString address = QString::fromUtf8(daemon_.readLine()).trimmed();
         client_ = std::make_unique<QDBusConnection>(
-            QDBusConnection::connectToBus(address_, "test-client"));
+            QDBusConnection::connectToBus(address, "test-client"));
         server_ = std::make_unique<QDBusConnection>(
-            QDBusConnection::connectToBus(address_, "test-portal"));
+            QDBusConnection::connectToBus(address, "test-portal"));
         ASSERT_TRUE(client_->isConnected() && server_->isConnected());
     }
 
@@ -305,7 +320,6 @@ class DesktopPreference : public Appearance {
     }
 
     QProcess daemon_;
-    QString address_;
     std::unique_ptr<QDBusConnection> client_;
     std::unique_ptr<QDBusConnection> server_;
     Portal portal_;
@@ -388,10 +402,7 @@ TEST_F(DesktopPreference, ThatComesLateHoldsUpNobodyAndCountsAsAChange) {
 
 TEST_F(DesktopPreference, ShowsInTheWholeProgramUntilASchemeIsChosen) {
     openPortal(prefersDark);
-    const QByteArray before = qgetenv("DBUS_SESSION_BUS_ADDRESS");
-    const bool wasSet = qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS");
-    qputenv("DBUS_SESSION_BUS_ADDRESS", address_.toUtf8());
-    applyAppearance(application());
+    applyAppearance(application(), *client_);
     const auto window = [] { return QApplication::palette().color(QPalette::Window); };
     const QColor day = programPalette(ColourScheme::light).color(QPalette::Window);
     const QColor night = programPalette(ColourScheme::dark).color(QPalette::Window);
@@ -403,10 +414,6 @@ TEST_F(DesktopPreference, ShowsInTheWholeProgramUntilASchemeIsChosen) {
     tellScheme(prefersDark);
     QTest::qWait(200);
     EXPECT_EQ(window(), day);
-    if (wasSet)
-        qputenv("DBUS_SESSION_BUS_ADDRESS", before);
-    else
-        qunsetenv("DBUS_SESSION_BUS_ADDRESS");
 }
 
 }  // namespace

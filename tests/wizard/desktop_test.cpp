@@ -71,6 +71,17 @@ TEST_F(DesktopTest, AMessageBoxHasTextTitleIconAndOneOkButton) {
     }
 }
 
+TEST_F(DesktopTest, AMessageBoxOfAHiddenWindowStandsOverTheOneThatIsSeen) {
+    QWidget splash;
+    splash.show();
+    onDialog([&](QWidget& dialog) { EXPECT_EQ(dialog.parentWidget(), &splash); });
+    desktop.messageBox(&window, "text", Icon::information, "title");
+    EXPECT_TRUE(dialogSeen);
+    window.show();
+    onDialog([&](QWidget& dialog) { EXPECT_EQ(dialog.parentWidget(), &window); });
+    desktop.messageBox(&window, "text", Icon::information, "title");
+}
+
 TEST(DialogFilter, IsTurnedIntoDescriptionAndPattern) {
     EXPECT_EQ(dialogFilter("Function List(*.qfk)|*.qfk"), "Function List (*.qfk)");
     EXPECT_EQ(dialogFilter("Picture List(*.qpkl)|*.qpkl"), "Picture List (*.qpkl)");

@@ -295,6 +295,9 @@ TEST_F(Frame, ClosedWhileMaximisedItKeepsTheLastNormalSizeAndComesBackMaximised)
     third.start();
     settle();
     EXPECT_TRUE(third.isMaximized());
+    third.showNormal();
+    settle();
+    EXPECT_EQ(third.size(), QSize(700, 500));
 }
 
 TEST_F(Frame, ClosedWhileMinimisedItKeepsTheLastStoredSizeAndState) {

@@ -85,6 +85,18 @@ TEST_F(ProgramTest, TellsItsVersionAndItsUsageWithoutAScreen) {
     EXPECT_TRUE(program.readAllStandardOutput().startsWith("usage: tessarine "));
 }
 
+TEST_F(ProgramTest, WithoutAScreenItSaysSoPlainlyAndEnds) {
+    QProcessEnvironment environment = program.processEnvironment();
+    environment.insert("QT_QPA_PLATFORM", "none-such");
+    program.setProcessEnvironment(environment);
+    EXPECT_EQ(run({}), 3);
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+    const QString said = QString::fromUtf8(program.readAllStandardError());
+    EXPECT_TRUE(said.startsWith("tessarine: no window can be opened here: ")) << said.toStdString();
+    EXPECT_TRUE(said.contains("none-such")) << said.toStdString();
+    EXPECT_EQ(said.count('\n'), 2) << said.toStdString();
+}
+
 TEST_F(ProgramTest, RefusesAnOptionThatItDoesNotKnow) {
     EXPECT_EQ(run({"--frobnicate"}), 2);
     EXPECT_TRUE(program.readAllStandardError().contains("--frobnicate"));

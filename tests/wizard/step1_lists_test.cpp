@@ -4,6 +4,7 @@
 #include <QDropEvent>
 #include <QMimeData>
 #include <QMouseEvent>
+#include <QScrollBar>
 #include <QToolButton>
 #include <QUrl>
 
@@ -141,6 +142,33 @@ TEST_F(Step1, DeleteRemovesExactlyTheSelectedRows) {
     pressButton("TBSelected(2)");
     EXPECT_THAT(column(selected, 0), IsEmpty());
     EXPECT_EQ(batch.SB[2].text, "Basket: 0 file(s)");
+}
+
+TEST_F(Step1, RemovedRowsLeaveTheCurrentOneAndThePlaceInTheList) {
+    for (int i = 0; i < 1000; ++i)
+        batch.lvSelected.push_back(
+            {"p", "jpg", "/elsewhere/" + std::to_string(i) + ".jpg", "/elsewhere"});
+    batch.platform().changed("lvSelected");
+    clickRow(selected, 700);
+    clickRow(selected, 702, Qt::ControlModifier);
+    clickRow(selected, 704, Qt::ControlModifier);
+    const int place = selected.verticalScrollBar()->value();
+    QTest::keyClick(&selected, Qt::Key_Delete);
+    EXPECT_EQ(selected.model()->rowCount(), 997);
+    EXPECT_NEAR(selected.currentIndex().row(), 701, 2);
+    EXPECT_NEAR(selected.verticalScrollBar()->value(), place, selected.height());
+}
+
+TEST_F(Step1, EnterHeldDownAddsOnce) {
+    file("a.jpg");
+    goToScratch();
+    clickRow(folder, 0);
+    QKeyEvent first(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, "\r");
+    QKeyEvent next(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, "\r", true);
+    QApplication::sendEvent(&folder, &first);
+    QApplication::sendEvent(&folder, &next);
+    EXPECT_THAT(basket(), ElementsAre("a.jpg"));
+    EXPECT_THAT(desktop.boxes, IsEmpty());
 }
 
 TEST_F(Step1, ListsAreSavedAndOpenedByTheirButtons) {
@@ -310,6 +338,43 @@ TEST_F(Step1, AFileManagersFilesAndFoldersGoToTheBasket) {
     EXPECT_TRUE(dropUrls(selected, {one, scratch / "more", file("text.txt")}));
     EXPECT_THAT(column(selected, 0), ElementsAre("one", "a", "b"));
     EXPECT_EQ(batch.SB[2].text, "Basket: 3 file(s)");
+}
+
+TEST_F(Step1, DroppedNamesKeepTheBytesThatAreNoText) {
+    const std::string bad = file("bad\xff 100%.jpg");
+    goToScratch();
+    const std::unique_ptr<QMimeData> dragged(
+        folder.model()->mimeData({folder.model()->index(0, 0)}));
+    QMimeData elsewhere;
+    elsewhere.setData("text/uri-list", dragged->data("text/uri-list"));
+    EXPECT_TRUE(drop(selected, elsewhere));
+    ASSERT_EQ(batch.lvSelected.size(), 1U);
+    EXPECT_EQ(batch.lvSelected[0].Tag, bad);
+}
+
+TEST_F(Step1, OnlyFilesOfThisMachineAreTaken) {
+    const std::string one = file("one.jpg");
+    QMimeData data;
+    data.setUrls({QUrl("https://example.org/a.jpg"),
+                  QUrl("file://localhost" + QString::fromStdString(one)),
+                  QUrl("file://another.example" + QString::fromStdString(file("two.jpg"))),
+                  QUrl("trash:///b.jpg")});
+    EXPECT_TRUE(drop(selected, data));
+    EXPECT_THAT(basket(), ElementsAre("one.jpg"));
+    EXPECT_THAT(desktop.boxes, IsEmpty());
+}
+
+TEST_F(Step1, AFolderThatIsDeletedLeavesAWorkingList) {
+    picture("gone/a.ppm");
+    file("stays/b.jpg");
+    goTo(scratch / "gone");
+    std::filesystem::remove_all(scratch.path() / "gone");
+    ASSERT_TRUE(QTest::qWaitFor([this] { return tree.path().isEmpty(); }));
+    clickRow(folder, 0);
+    EXPECT_FALSE(control(window, "PPreview").isVisible());
+    EXPECT_THAT(desktop.boxes, IsEmpty());
+    goTo(scratch / "stays");
+    EXPECT_THAT(column(folder, 0), ElementsAre("b.jpg"));
 }
 
 TEST_F(Step1, AFileManagersFolderIsGoneToInTheList) {

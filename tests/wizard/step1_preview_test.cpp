@@ -41,6 +41,54 @@ TEST_F(Step1, ARowOfTheBasketIsShownTheSameWay) {
     EXPECT_EQ(shown("LFileName"), "a.ppm") << "keys that move from row to row do as a click";
 }
 
+TEST_F(Step1, ARowReachedByTypingItsNameIsShown) {
+    picture("a.ppm", 40, 30);
+    picture("b.ppm", 20, 10);
+    goToScratch();
+    clickRow(folder, 0);
+    QTest::keyClick(&folder, Qt::Key_B);
+    EXPECT_EQ(shown("LFileName"), "b.ppm");
+}
+
+TEST_F(Step1, AKeyHeldDownShowsOnlyTheRowWhereItIsLetGo) {
+    for (const char* name : {"a.ppm", "b.ppm", "c.ppm"})
+        picture(name);
+    goToScratch();
+    clickRow(folder, 0);
+    QTest::keyPress(&folder, Qt::Key_Down);
+    QTest::keyPress(&folder, Qt::Key_Down);
+    EXPECT_EQ(shown("LFileName"), "a.ppm");
+    QTest::keyRelease(&folder, Qt::Key_Down);
+    EXPECT_EQ(shown("LFileName"), "c.ppm");
+}
+
+TEST_F(Step1, NamesThatAreNoTextOrNoLineAreShownOnOneLine) {
+    picture("bad\xff.ppm");
+    picture("new\nline.ppm");
+    picture("turned\xe2\x80\xaegpj.ppm");
+    goToScratch();
+    EXPECT_THAT(column(folder, 0),
+                testing::ElementsAre("bad\xef\xbf\xbd.ppm", "new\xef\xbf\xbdline.ppm",
+                                     "turned\xef\xbf\xbdgpj.ppm"));
+    for (int row = 0; row < 3; ++row) {
+        clickRow(folder, row);
+        EXPECT_EQ(shown("LFileName"), column(folder, 0).at(size_t(row)));
+        EXPECT_TRUE(control(window, "PPreview").isVisible()) << row;
+    }
+}
+
+TEST_F(Step1, ANameLikeMarkupIsShownAsItStands) {
+    picture("<i>a.ppm");
+    picture("100% %1 &b.ppm");
+    goToScratch();
+    clickRow(folder, 1);
+    EXPECT_EQ(shown("LFileName"), "<i>a.ppm");
+    EXPECT_EQ(control(window, "LFileName").toolTip(), "<span>&lt;i&gt;a.ppm</span>");
+    clickRow(folder, 0);
+    EXPECT_EQ(shown("LFileName"), "100% %1 &b.ppm");
+    EXPECT_EQ(control(window, "LFileName").toolTip(), "100% %1 &b.ppm");
+}
+
 TEST_F(Step1, WithTwoRowsSelectedAClickLeavesThePreview) {
     picture("a.ppm", 40, 30);
     picture("b.ppm", 20, 10);
@@ -100,6 +148,23 @@ TEST_F(Step1, SplittersTakeTheirPanesAndPositions) {
     batch.platform().changed("bs13");
     EXPECT_EQ(position("bs13"), 90);
     EXPECT_EQ(batch.bs13, 90) << "the member holds what the splitter took";
+}
+
+TEST_F(Step1, APointerThatPassesOverABarLeavesThePositionThatIsStored) {
+    for (const auto& [name, stored] : {std::pair{"bs11", &batch.bs11},
+                                       {"bs12", &batch.bs12},
+                                       {"bs13", &batch.bs13},
+                                       {"bs14", &batch.bs14}}) {
+        const auto& splitter = control<Splitter>(window, name);
+        auto& bar = *splitter.findChild<QWidget*>("picSplitter", Qt::FindDirectChildrenOnly);
+        const int32_t before = *stored;
+        const QPointF place(-20, -20);
+        QMouseEvent passing(QEvent::MouseMove, place, bar.mapToGlobal(place), Qt::NoButton,
+                            Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(&bar, &passing);
+        EXPECT_LT(splitter.SplitterPosition(), before) << name;
+        EXPECT_EQ(*stored, before) << name;
+    }
 }
 
 TEST_F(Step1, ADraggedBarLaysTheListsOutAndFitsThePreviewAgain) {

@@ -33,6 +33,8 @@ void ColourPickerModel::open(int32_t colour) {
     hsb_.hue = -1;
     oldColour_ = colour;
     Color(colour);
+    // The colour of the last time may hold still, below an entry that was dropped.
+    writeFields();
     accepted_ = false;
 }
 
@@ -93,7 +95,7 @@ int32_t ColourPickerModel::highest(Axis field) {
 
 void ColourPickerModel::writeFields() {
     busy_ = true;
-    const ColourTexts texts = textsOf(color_, hsb_);
+    const ColourTexts texts = textsOf(color_, hsb());
     writeText(Axis::red, texts.red);
     writeText(Axis::green, texts.green);
     writeText(Axis::blue, texts.blue);
@@ -286,13 +288,12 @@ void ColourPickerModel::press(Picture picture, Place place) {
     move(picture, place);
 }
 
-void ColourPickerModel::move(Picture picture, Place place) {
-    if (!dragging_[static_cast<size_t>(picture)]) return;
+ColourPickerModel::Components ColourPickerModel::componentsAt(Picture picture, Place place) const {
     // The value at a place between the first and the last pixel of a side.
     const auto along = [](int32_t at, int32_t side, Axis axis) {
         return ClampValue(at * span(axis) / (side - 1), 0, span(axis));
     };
-    std::array<double, 6> values{};
+    Components values{};
     for (const Axis axis : allAxes)
         values[index(axis)] = component(axis);
     if (picture == Picture::bar) {
@@ -303,6 +304,10 @@ void ColourPickerModel::move(Picture picture, Place place) {
         values[index(across)] = along(place.x, size_.width, across);
         values[index(up)] = span(up) - along(place.y, size_.height, up);
     }
+    return values;
+}
+
+void ColourPickerModel::setComponents(const Components& values) {
     if (isHsb(axis_)) {
         hsb_ = {values[0], values[1], values[2]};
         Color(HsbToRgb(hsb_));
@@ -312,9 +317,33 @@ void ColourPickerModel::move(Picture picture, Place place) {
     }
 }
 
+void ColourPickerModel::move(Picture picture, Place place) {
+    if (dragging_[static_cast<size_t>(picture)]) setComponents(componentsAt(picture, place));
+}
+
 void ColourPickerModel::release(Picture picture, Place place) {
     move(picture, place);
     dragging_[static_cast<size_t>(picture)] = false;
+}
+
+void ColourPickerModel::step(Picture picture, Place by) {
+    timerEvent();
+    const int32_t colourBefore = color_;
+    const HSB hsbBefore = hsb();
+    Place place = picture == Picture::bar ? Place{0, barMarker()} : rectangleMarker();
+    const auto inside = [this](Place at) {
+        return at.x >= 0 && at.x < size_.width && at.y >= 0 && at.y < size_.height;
+    };
+    // Neighbouring places may round or snap to the same bytes, where the key would do nothing.
+    do {
+        place = {place.x + by.x, place.y + by.y};
+        Components values = componentsAt(picture, place);
+        if (picture == Picture::rectangle) {
+            const Axis stays = by.x == 0 ? acrossAxis() : upAxis();
+            if (by.x == 0 || by.y == 0) values[index(stays)] = component(stays);
+        }
+        setComponents(values);
+    } while (color_ == colourBefore && hsb() == hsbBefore && inside(place));
 }
 
 ColourPickerModel::Place ColourPickerModel::rectangleMarker() const {

@@ -108,6 +108,10 @@ class ColourPickerModel {
     void press(Picture picture, Place place);
     void move(Picture picture, Place place);
     void release(Picture picture, Place place);
+    /// Goes from the marker to the next place that gives another colour, or to the end.
+    /// \param by  pixels to the right and down, not both 0; what runs along a direction without
+    ///            pixels keeps its value
+    void step(Picture picture, Place by);
 
     /// Where the circles' centre stands on the rectangle.
     Place rectangleMarker() const;
@@ -132,6 +136,9 @@ class ColourPickerModel {
         PixelRows bar;
     };
 
+    /// Hue, saturation, brightness, red, green, blue.
+    using Components = std::array<double, 6>;
+
     static size_t index(Axis axis) { return static_cast<size_t>(axis); }
     /// Whether the axis is hue, saturation or brightness.
     static bool isHsb(Axis axis) { return axis <= Axis::bri; }
@@ -155,6 +162,9 @@ class ColourPickerModel {
     /// A component's value and its highest one.
     double component(Axis axis) const;
     static double span(Axis axis);
+    /// The components of the colour that a bar or rectangle has at a place.
+    Components componentsAt(Picture picture, Place place) const;
+    void setComponents(const Components& values);
 
     int32_t color_ = -1;
     int32_t oldColour_ = 0;

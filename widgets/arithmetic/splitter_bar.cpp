@@ -13,7 +13,7 @@ void SplitterBar::setOrientation(int32_t orientation) {
 }
 
 void SplitterBar::setPosition(int32_t percent) {
-    position_ = std::max(std::min(percent, maximum_), minimum_);
+    position_ = chosen_ = std::max(std::min(percent, maximum_), minimum_);
     placeAndRefresh();
 }
 
@@ -37,6 +37,7 @@ void SplitterBar::resize(int32_t width, int32_t height) {
     width_ = width;
     height_ = height;
     control_.happened(Event::resize);
+    position_ = chosen_;
     placeAndRefresh();
 }
 
@@ -62,6 +63,7 @@ void SplitterBar::move(double x, double y) {
         // Rounded down from a quotient of a quotient: now and then one less than the plain
         // percentage, and never more.
         position_ = int32_t(std::floor(100 / (double(size()) / along)));
+        if (moverVisible_) chosen_ = position_;
     }
     control_.happened(Event::move);
 }
@@ -70,6 +72,13 @@ void SplitterBar::release() {
     moverVisible_ = false;
     Refresh();
     control_.happened(Event::release);
+}
+
+void SplitterBar::leave() {
+    if (moverVisible_ || (position_ == chosen_ && mover_ == bar_)) return;
+    position_ = chosen_;
+    mover_ = bar_;
+    control_.showBars();
 }
 
 SplitterBar::Place SplitterBar::leftOrTop() const {

@@ -57,6 +57,10 @@ class SplitterBar {
     void press();
     void move(double x, double y);
     void release();
+    /// The pointer is no longer over the bar. What it said in passing, outside a drag, is taken
+    /// back: a percentage is rounded down, so a bar that only was passed over would creep towards
+    /// the first neighbour from resize to resize. Nothing happens during a drag.
+    void leave();
 
     const Place& bar() const { return bar_; }
     const Place& mover() const { return mover_; }
@@ -77,6 +81,7 @@ class SplitterBar {
     int32_t thickness_ = 70;
     int32_t orientation_ = 0;
     int32_t position_ = 50;
+    int32_t chosen_ = 50;  ///< the position without what a pointer says in passing
     int32_t maximum_ = 90;
     int32_t minimum_ = 10;
     int32_t width_ = 0;

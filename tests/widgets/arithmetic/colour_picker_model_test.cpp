@@ -82,6 +82,21 @@ TEST_F(PickerModel, WorksAsAtFirstWhenItIsOpenedAgainAndAgain) {
     EXPECT_EQ(model.Color(), HsbToRgb({210, 100, 100}));
 }
 
+TEST_F(PickerModel, ShowsNoEntryOfTheLastTimeWhenItIsOpenedAgain) {
+    for (const int32_t colour : {0, packed(40, 80, 120)})
+        for (const Axis field : allAxes) {
+            SCOPED_TRACE(static_cast<int>(field));
+            model.open(colour);
+            model.open(colour);
+            const std::string shown = model.fieldText(field);
+            type(field, "77");
+            model.cancel();
+            model.open(colour);
+            EXPECT_EQ(model.fieldText(field), shown);
+            EXPECT_EQ(std::to_string(model.spinValue(field)), shown);
+        }
+}
+
 // ---- Writing a colour ----
 
 TEST_F(PickerModel, KeepsHueAndSaturationThroughBlack) {

@@ -1,3 +1,5 @@
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "widgets/arithmetic/colour_picker_model.h"
@@ -177,6 +179,78 @@ TEST_F(PickerInput, ContrastIsWhiteUpToALightnessOf127) {
     EXPECT_EQ(model.contrastColour(), 0);
     model.open(packed(255, 0, 255));
     EXPECT_EQ(model.contrastColour(), 0xFFFFFF);
+}
+
+// ---- Arrow keys ----
+
+/// What runs along a picture's width or height, and every component of the present colour.
+struct Standing {
+    double moved;
+    std::vector<double> others;
+};
+
+Standing standing(const Model& model, Axis moved) {
+    const int32_t colour = model.Color();
+    const HSB hsb = model.hsb();
+    std::vector<double> values = {hsb.hue, hsb.saturation, hsb.brightness};
+    if (moved >= Axis::red)
+        values = {double(redOf(colour)), double(greenOf(colour)), double(blueOf(colour))};
+    const auto at = values.begin() + static_cast<int>(moved) % 3;
+    const double value = *at;
+    values.erase(at);
+    return {value, values};
+}
+
+TEST_F(PickerInput, EveryStepGoesOnAndLeavesTheOtherComponentsAlone) {
+    for (const bool web : {false, true})
+        for (const Axis axis : allAxes) {
+            SCOPED_TRACE(static_cast<int>(axis));
+            model.setWebSafeOnly(web);
+            model.open(start);
+            model.choose(axis);
+            const auto goesTo = [this](Picture picture, Model::Place by, Axis moved, double end) {
+                for (int i = 0; i < 1000 && standing(model, moved).moved != end; ++i) {
+                    const Standing before = standing(model, moved);
+                    model.step(picture, by);
+                    const Standing after = standing(model, moved);
+                    ASSERT_EQ(after.moved > before.moved, end > 0);
+                    ASSERT_NE(after.moved, before.moved);
+                    ASSERT_EQ(after.others, before.others);
+                }
+                EXPECT_EQ(standing(model, moved).moved, end);
+                model.step(picture, by);
+                EXPECT_EQ(standing(model, moved).moved, end);
+            };
+            const Axis across = model.acrossAxis();
+            const Axis up = model.upAxis();
+            goesTo(Picture::rectangle, {1, 0}, across, Model::highest(across));
+            goesTo(Picture::rectangle, {-1, 0}, across, 0);
+            goesTo(Picture::rectangle, {10, 0}, across, Model::highest(across));
+            goesTo(Picture::rectangle, {0, -1}, up, Model::highest(up));
+            goesTo(Picture::rectangle, {0, 10}, up, 0);
+            goesTo(Picture::rectangle, {0, -10}, up, Model::highest(up));
+            goesTo(Picture::bar, {0, -1}, axis, Model::highest(axis));
+            goesTo(Picture::bar, {0, 1}, axis, 0);
+        }
+}
+
+TEST_F(PickerInput, AStepGoesToTheNextPlace) {
+    drag(Picture::rectangle, {100, 33});
+    model.step(Picture::rectangle, {1, 0});
+    EXPECT_EQ(model.rectangleMarker(), (Model::Place{101, 33}));
+    model.step(Picture::rectangle, {0, 10});
+    EXPECT_EQ(model.rectangleMarker(), (Model::Place{101, 43}));
+    drag(Picture::bar, {0, 70});
+    model.step(Picture::bar, {0, -1});
+    EXPECT_EQ(model.barMarker(), 69);
+}
+
+TEST_F(PickerInput, AStepAppliesAPendingEntryFirst) {
+    type(Axis::red, "10");
+    model.choose(Axis::green);
+    type(Axis::red, "20");
+    model.step(Picture::bar, {0, -500});
+    EXPECT_EQ(model.Color(), packed(20, 255, 54));
 }
 
 // ---- Fields and spins ----

@@ -245,13 +245,66 @@ TEST_F(ASplitter, FollowsAPointerWithoutAButtonUnseen) {
     EXPECT_EQ(bars.leftOrTop().width, 150);
 }
 
-TEST_F(ASplitter, StaysWhereItIsWhenItIsPressedAndReleased) {
-    bars.resize(300, 400);
-    bars.move(4, 0);
+TEST_F(ASplitter, TakesBackWhatAPassingPointerSaidWhenItLeaves) {
+    bars.resize(613, 400);
+    bars.setPosition(30);
+    bars.move(0, 0);
+    EXPECT_EQ(bars.position(), 29);
+    takeTold();
+    bars.leave();
+    EXPECT_EQ(bars.position(), 30);
+    EXPECT_EQ(bars.mover(), bars.bar());
+    EXPECT_THAT(takeTold(), ElementsAre("bar 183, mover 183 hidden"));
+    bars.leave();
+    EXPECT_THAT(takeTold(), IsEmpty());
+}
+
+TEST_F(ASplitter, KeepsThePercentageOfItsBarInAResizeUnderAPassingPointer) {
+    bars.resize(613, 400);
+    bars.setPosition(30);
+    bars.move(0, 0);
+    bars.resize(1000, 400);
+    EXPECT_EQ(bars.position(), 30);
+    EXPECT_EQ(bars.bar().left, 300);
+}
+
+TEST_F(ASplitter, KeepsWhatADragSaidWhenThePointerLeaves) {
+    bars.resize(1000, 400);
     bars.press();
-    EXPECT_EQ(bars.mover().left, 150);
+    bars.move(100, 0);
+    bars.leave();
+    EXPECT_EQ(bars.position(), 60) << "the pointer of a drag is often beside the bar";
     bars.release();
-    EXPECT_EQ(bars.bar().left, 150);
+    bars.move(50, 0);
+    EXPECT_EQ(bars.position(), 65);
+    bars.leave();
+    EXPECT_EQ(bars.position(), 60);
+    EXPECT_EQ(bars.bar().left, 600);
+}
+
+TEST_F(ASplitter, KeepsItsPercentageInAResizeDuringADrag) {
+    bars.resize(1000, 400);
+    bars.press();
+    bars.move(100, 0);
+    bars.resize(500, 400);
+    EXPECT_EQ(bars.position(), 60);
+    EXPECT_EQ(bars.mover().left, 300);
+    EXPECT_TRUE(bars.moverVisible());
+    bars.release();
+    bars.leave();
+    EXPECT_EQ(bars.position(), 60);
+}
+
+TEST_F(ASplitter, KeepsItsPercentageAfterAPlainClick) {
+    bars.resize(613, 400);
+    bars.setPosition(30);
+    bars.move(0, 0);
+    bars.press();
+    EXPECT_EQ(bars.mover().left, 183);
+    bars.release();
+    bars.leave();
+    EXPECT_EQ(bars.bar().left, 183);
+    EXPECT_EQ(bars.position(), 30);
 }
 
 TEST_F(ASplitter, LetsNothingMoveInAContainerWithoutRoom) {
