@@ -74,6 +74,7 @@ void cBatch::OpenFunctionList(const std::string& path) {
     });
     for (int32_t i = 0; i < count; ++i)
         AppendRecord(records[static_cast<size_t>(i)]);
+    platform_.changed("LSelectedFunctions");
     if (!LSelectedFunctions.empty()) RebuildChainAndDraw();
 }
 

@@ -95,6 +95,8 @@ void cBatch::LoadWindow() {
     selectedFunction = -1;
     platform_.changed("LSelectedFunctions");
     functionId = 5;
+    // No sheet is being built: a chain from a list shows at once what becomes of it.
+    sheetReady = true;
 
     // The folder tree takes no folder that is not there, and stays where it is.
     const auto pointTree = [this](const std::string& folder) {

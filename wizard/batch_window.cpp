@@ -223,7 +223,15 @@ std::string fBatch::fileTypeName(const std::string& extension) {
     return tessarine::fileTypeName(extension);
 }
 
-void fBatch::giveWay() { QApplication::processEvents(); }
+// An event may lead to another preview, which gives way in turn. What has piled up during a large
+// picture is left to the outer ones, before it takes the whole stack.
+void fBatch::giveWay() {
+    constexpr int deepest = 100;
+    if (givingWay_ >= deepest) return;
+    ++givingWay_;
+    QApplication::processEvents();
+    --givingWay_;
+}
 
 void fBatch::openPath(const std::string& path) {
     if (!closed_) desktop_.openPath(path);

@@ -81,6 +81,7 @@ class fBatch : public QWidget, private Platform {
     StatusBar* SB_ = nullptr;
     std::array<Step*, 4> steps_{};
     bool closed_ = false;  ///< by a person or the system, for good
+    int givingWay_ = 0;    ///< how often one within another
 };
 
 }  // namespace tessarine

@@ -114,6 +114,14 @@ void FunctionTree::keyPressEvent(QKeyEvent* event) {
     select(now);
 }
 
+// Of the other buttons a double click is two presses.
+void FunctionTree::mouseDoubleClickEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton)
+        QTreeWidget::mouseDoubleClickEvent(event);
+    else
+        mousePressEvent(event);
+}
+
 // A press selects, and a release over another node is no click: what is selected counts.
 void FunctionTree::mouseReleaseEvent(QMouseEvent* event) {
     QTreeWidget::mouseReleaseEvent(event);

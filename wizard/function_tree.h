@@ -31,6 +31,7 @@ class FunctionTree : public QTreeWidget {
     void startDrag(Qt::DropActions actions) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void changeEvent(QEvent* event) override;
 
   private:

@@ -94,7 +94,10 @@ void Frame_step2::makePictures() {
         };
         showAlways(context_, names[i],
                    [view, holder = holders[i]] { view->repaintPicture(*holder); });
-        context_.repaints.on("pickMark", [view, &batch] { view->drawMark(batch.pickMark); });
+        context_.repaints.on("pickMark", [view, &batch] {
+            // Another function may have been chosen while the pick gave way.
+            if (batch.pickEnabled) view->drawMark(batch.pickMark);
+        });
     }
 
     tmrSelect_ = new QTimer(this);

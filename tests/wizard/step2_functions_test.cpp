@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QToolButton>
 
+#include "batch/list_files.h"
 #include "step2_fixture.h"
 
 // Choosing functions in the catalogue, and the Function Basket.
@@ -136,6 +137,15 @@ TEST_F(Step2, TwoDoubleClicksAddTwoRowsOfWhichTheSecondWorksOnTheFirst) {
     doubleClickNode(blurNode);
     ASSERT_EQ(list.count(), 4);
     EXPECT_EQ(batch.Ltray[3].Tag, 6);
+}
+
+TEST_F(Step2, ADoubleClickWithAnotherButtonAddsNothing) {
+    const QPoint place = placeOf(negativeNode);
+    for (const Qt::MouseButton button : {Qt::RightButton, Qt::MiddleButton}) {
+        QTest::mouseClick(tree.viewport(), button, {}, place);
+        QTest::mouseDClick(tree.viewport(), button, {}, place);
+    }
+    EXPECT_EQ(list.count(), 0);
 }
 
 TEST_F(Step2, AfterAddingTheSliderChangesOnlyTheNewPreview) {
@@ -353,6 +363,20 @@ TEST_F(Basket, ListsAreSavedAndOpened) {
     EXPECT_EQ(rows(), (Rows{1, 2, 3}));
     EXPECT_TRUE(list.selectedItems().isEmpty());
     EXPECT_TRUE(desktop.boxes.empty());
+}
+
+TEST_F(Step2, AListOpenedBeforeAnyFunctionIsChosenIsShownAsItIsEdited) {
+    FunctionRecord negative;
+    negative.name = "Negative";
+    negative.id = "51";
+    batch.AppendRecord(negative);
+    batch.AppendRecord(negative);
+    batch.RebuildChainAndDraw();
+    ASSERT_EQ(shownAt(iDst, 50, 50), sampleAt(50, 50));
+    batch.RemoveFunction(0);
+    EXPECT_NE(shownAt(iDst, 50, 50), sampleAt(50, 50));
+    press("cmdStart");
+    EXPECT_EQ(shownAt(iDst, 50, 50), sampleAt(50, 50));
 }
 
 TEST_F(Basket, OpeningAndSavingRebuildEvenAfterACancel) {

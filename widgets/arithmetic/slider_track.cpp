@@ -71,7 +71,8 @@ void SliderTrack::press(int16_t button, double x, double y) {
         grabY_ = float(thumb_.height / 2);
         move(x, y);
     }
-    if (showValueTip_) control_.showTip();
+    // The move may have let events happen, and the button may be up by now.
+    if (showValueTip_ && dragging_) control_.showTip();
     control_.pressed(button);
 }
 
