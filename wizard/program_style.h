@@ -19,13 +19,11 @@ class ProgramStyle : public QProxyStyle {
                      const QWidget* widget) const override;
     void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
                             QPainter* painter, const QWidget* widget) const override;
-    /// The program's own folder where the desktop has no icon theme.
-    QIcon standardIcon(StandardPixmap icon, const QStyleOption* option = nullptr,
-                       const QWidget* widget = nullptr) const override;
+    QIcon standardIcon(StandardPixmap icon, const QStyleOption* option,
+                       const QWidget* widget) const override;
     /// No pictures on the buttons of message boxes: no other button that says "OK" has one.
-    int styleHint(StyleHint hint, const QStyleOption* option = nullptr,
-                  const QWidget* widget = nullptr,
-                  QStyleHintReturn* returned = nullptr) const override;
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* returned) const override;
     using QProxyStyle::polish;
     void polish(QWidget* widget) override;
     using QProxyStyle::unpolish;

@@ -79,6 +79,17 @@ TEST_F(Step2, LargerWindowsShowThePicturesAtWholeMultiples) {
     }
 }
 
+TEST_F(Step2, TheControlsStandOnTheGroundOfTheTab) {
+    const QImage shown = window.grab().toImage();
+    const auto under = [&](const char* name, int x, int y) {
+        return shown.pixelColor(at(name).mapTo(&window, QPoint(x, y)));
+    };
+    const QWidget& controls = at("Frame_controls");
+    const QWidget& basket = at("pLSelectedFunctions");
+    EXPECT_EQ(under("Frame_controls", controls.width() - 2, controls.height() - 2),
+              under("pLSelectedFunctions", basket.width() - 2, basket.height() - 2));
+}
+
 TEST_F(Step2, TheListFillsThePaneBelowItsToolbarWithAMarginOf7Pixels) {
     const auto expectLaidOut = [this] {
         const QWidget& pane = at("pLSelectedFunctions");

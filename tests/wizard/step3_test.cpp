@@ -202,6 +202,15 @@ TEST_F(Step3, NothingOverlapsAndNothingLeavesTheFrame) {
     QApplication::setFont(before);
 }
 
+TEST_F(Step3, InAWideWindowTheFieldsDoNotStretchAcrossIt) {
+    window.resize(1920, 1080);
+    settle();
+    for (const char* name : {"cboFormat", "txtName", "Text1"})
+        EXPECT_LE(the(name).width(), 620) << name;
+    EXPECT_EQ(the("cboFormat").geometry().right(), the("cmdBrowse").geometry().right());
+    EXPECT_EQ(the("Text1").x(), the("txtDestination").x());
+}
+
 TEST_F(Step3, TheBannerKeepsItsProportionsInsideTheFrameAndHidesWhereThereIsNoRoom) {
     window.resize(1024, 768);
     settle();
