@@ -62,7 +62,8 @@ class Step2 : public ::testing::Test {
         QTest::keyClicks(&at(field), keys);
     }
 
-    /// Takes the thumb of a slider with the mouse and drags it to a value.
+    /// Takes the thumb of a slider with the mouse and drags it to a value, or the nearest one that
+    /// its pixels can tell.
     void dragSlider(int index, int32_t value) {
         auto& slider = at<cpvSlider>("sbFilter(" + std::to_string(index) + ")");
         const double free = slider.width() - slider.minimumSizeHint().width();

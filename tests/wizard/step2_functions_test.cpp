@@ -186,6 +186,23 @@ TEST_F(Step2, TheListTakesNothingButFunctions) {
     EXPECT_FALSE(enter.isAccepted());
 }
 
+TEST_F(Step2, AFunctionListDroppedOnTheBasketIsOpened) {
+    const std::string path = (desktop.settings.path() / "chain.qfk").string();
+    FunctionRecord record;
+    record.name = "Negative";
+    record.id = "51";
+    writeFunctionList(path, std::vector{record});
+    QMimeData files;
+    files.setUrls({QUrl::fromLocalFile(QString::fromStdString(path))});
+    QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, &files, Qt::LeftButton, {});
+    QApplication::sendEvent(list.viewport(), &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(20, 20), Qt::CopyAction, &files, Qt::LeftButton, {});
+    QApplication::sendEvent(list.viewport(), &drop);
+    EXPECT_EQ(listed(), Texts{"Negative"});
+    EXPECT_NE(shownAt(iDst, 50, 50), sampleAt(50, 50));
+}
+
 // Without a screen a drag ends where it starts; what it carries can still be seen.
 TEST_F(Step2, ADragStartsOnASelectedFunctionWithTheDropPicture) {
     clickNode(brightnessNode);
