@@ -10,9 +10,11 @@ import subprocess
 import sys
 import time
 
-from person import (Missing, click, drag, eventually, hand, point_at, press, screen, write)
+from person import click, drag, eventually, hand, press, screen, write
 
 PICTURES = 40
+SIZE = (900, 650)
+HEADERS = {"Tweak RGB": "[RGB levels]"}
 
 prefix, folder = map(pathlib.Path, sys.argv[1:])
 pictures = prefix / "pictures"
@@ -89,7 +91,7 @@ class Window:
 
 
 def choose_pictures(window):
-    click(window.frame.find("tree item", "pictures"))
+    click(window.frame.find("tree", "Folders").find("table cell", "pictures"))
     window.status(f"Current Directory : {pictures}")
     window.status(f"Selected File(s):{PICTURES}")
     press("alt+t")
@@ -107,40 +109,35 @@ def chain(window):
     return [thing.name for thing in window.frame.find("list", "Function Basket").all("list item")]
 
 
-def choose_function(window, group, name):
-    """Finds a function in the tree with the keyboard, as in any tree: by the first letters."""
-    tree = window.frame.find("tree", "Image functions")
-    item = next((thing for thing in tree.all("tree item", name)), None)
-    if item is None:
-        click(next(tree.all("tree item")))
-        press("Home")
-        write(name)
-    else:
-        click(item)
-    eventually(lambda: window.frame.has("label", f"[{name}]") or True, name)
-    time.sleep(0.3)
+def choose_function(window, name):
+    """Finds a function as in any tree: by the first letters of its name."""
+    tree = window.frame.find("tree", "Functions")
+    click(tree)
+    press("Home")
+    write(name)
+    window.frame.find("label", f"Current Function : {HEADERS.get(name, f'[{name}]')}")
 
 
 def compose(window):
     window.step(2)
-    choose_function(window, "Adjustments", "Contrast")
+    choose_function(window, "Contrast")
     drag(window.frame.find("slider", "Level"), 0.3, 0.5, to_across=0.45)
-    press("alt+a")
-    choose_function(window, "Colors", "Tweak RGB")
+    press("alt+d")
+    choose_function(window, "Tweak RGB")
     drag(window.frame.find("slider", "Red"), 0.5, 0.5, to_across=0.62)
     drag(window.frame.find("slider", "Blue"), 0.5, 0.5, to_across=0.41)
-    press("alt+a")
-    choose_function(window, "Filters", "Contour")
-    click(window.frame.find("push button", "Second colour"))
+    press("alt+d")
+    choose_function(window, "Contour")
+    click(window.frame.find("push button", "Second color"))
     picker = window.dialog("Color Picker")
     click(picker.find("spin button", "Red"), times=3)
     write("200")
     time.sleep(0.7)
     click(picker.find("push button", "OK"))
-    press("alt+a")
-    choose_function(window, "Deformations", "Lens")
-    click(window.frame.find("graphic", "Original"), 0.3, 0.4)
-    press("alt+a")
+    press("alt+d")
+    choose_function(window, "Lens")
+    click(window.frame.find("filler", "Original"), 0.3, 0.4)
+    press("alt+d")
     expected = ["Contrast", "Tweak RGB", "Contour", "Lens"]
     eventually(lambda: chain(window) == expected, "four functions in the basket")
     press("ctrl+s")
@@ -201,9 +198,11 @@ def find_settings_again():
     window = Window()
     window.status(f"Current Directory : {pictures}")
     window.step(3)
-    eventually(lambda: window.frame.find("text", "Destination Folder").text == str(results),
+    eventually(lambda: window.frame.find("text", "Destination Folder").text.rstrip("/") == str(results),
                "the destination")
     check(window.frame.find("text", "Generic Name").text == "Work", "the generic name")
+    check(window.frame.has("combo box", "BMP - Windows Bitmap "), "the format")
+    check(window.frame.place[2:] == SIZE, f"the size, not {window.frame.place[2:]}")
     window.step(4)
     check(not window.frame.find("check box", "Show destination folder when Finished").checked,
           "the tick of the destination folder")
@@ -218,6 +217,8 @@ def main():
         compose(window)
         set_destination(window)
         run_stop_run(window)
+        hand("getactivewindow", "windowsize", "--sync", *SIZE)
+        eventually(lambda: window.frame.place[2:] == SIZE, "the new size")
         window.close()
         compare_with_the_runner()
         find_settings_again()
