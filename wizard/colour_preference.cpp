@@ -1,6 +1,5 @@
 #include "wizard/colour_preference.h"
 
-#include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QEventLoop>
@@ -27,7 +26,7 @@ ColourPreference::ColourPreference(const QDBusConnection& bus,
 
 void ColourPreference::ask(QDBusConnection bus) {
     bus.connect(service, path, interface, "SettingChanged", this,
-                SLOT(settingChanged(QString, QString, QDBusVariant)));
+                SLOT(settingChanged(QDBusMessage)));
     QDBusMessage question = QDBusMessage::createMethodCall(service, path, interface, "Read");
     question << QString(nameSpace) << QString(colourScheme);
     waiting_ = true;
@@ -49,9 +48,11 @@ void ColourPreference::wait(int milliseconds) {
     loop.exec(QEventLoop::ExcludeUserInputEvents);
 }
 
-void ColourPreference::settingChanged(const QString& space, const QString& key,
-                                      const QDBusVariant& value) {
-    if (space == nameSpace && key == colourScheme) take(value.variant());
+// The whole message is asked for: with types of its own in the slot's name the bus may refuse the
+// connection until something else has made those types known to it.
+void ColourPreference::settingChanged(const QDBusMessage& change) {
+    const QVariantList told = change.arguments();
+    if (told.size() == 3 && told[0] == nameSpace && told[1] == colourScheme) take(told[2]);
 }
 
 void ColourPreference::take(const QVariant& value) {

@@ -3,7 +3,7 @@
 #include <functional>
 
 #include <QDBusConnection>
-#include <QDBusVariant>
+#include <QDBusMessage>
 #include <QObject>
 
 #include "wizard/appearance.h"
@@ -32,7 +32,7 @@ class ColourPreference : public QObject {
     void answered();
 
   private slots:
-    void settingChanged(const QString& space, const QString& key, const QDBusVariant& value);
+    void settingChanged(const QDBusMessage& change);
 
   private:
     void ask(QDBusConnection bus);
