@@ -402,6 +402,8 @@ class cBatch {
 
     void CmdBatchAll();
     void CmdStop() { stopRequested = true; }
+    /// Whether a run is under way, one inside another included.
+    bool runs() const { return runsUnderWay_ > 0; }
     /// The run over the whole basket, failures passed over in silence.
     void BatchAll();
     /// The run with each picture by itself: it starts from its file and nothing else, one that
@@ -432,11 +434,6 @@ class cBatch {
     void loadColumns(const TrayRow& row);
     /// Works out the picked point from columns 8 and 9.
     void loadPoint(const TrayRow& row, bool forRun);
-    /// What a function takes from the sheet; -1 reads the sliders too.
-    void readSheet(int32_t id);
-    void loadRow(int16_t rowIndex, bool forRun);
-    /// Applies a function with what was loaded, for whatever comes next.
-    void applyLoadedRow(int32_t id);
     void applyFunction(int32_t id, CallSite site);
     /// The region becomes the whole of a picture of this size, and filters keep to it.
     void coverWithRegion(int32_t width, int32_t height);
@@ -446,13 +443,10 @@ class cBatch {
     void swapWithUpper(int32_t index);
     /// originalBits, then every chain entry.
     void applyChain();
-    /// The same once. \return false where something else took the working state in between
-    bool applyEntries();
     /// The sample without any function.
     void restart();
     void paintPreview();
-    /// Previews after a change of the sheet; where a later change came in between, that one stays.
-    void previewCurrent();
+    void previewCurrent() { PreviewFunction(functionId); }
     /// Makes the picture of a holder the image that rows work on.
     void takeIn(PictureHolder& picture);
 
@@ -485,9 +479,6 @@ class cBatch {
     int16_t selectedNode_ = 0;   ///< tree index of the node last selected; 0 for none
     bool choosingBank_ = false;  ///< a column of frBanks is being cleared
     uint32_t markColour_ = 0;    ///< of the picked point's cross
-    uint32_t stateUses_ = 0;     ///< how often the working state was taken into use
-    uint32_t chainStoodAt_ = 0;  ///< the use with which workBits last was the chain's result
-    bool previewWaits_ = false;  ///< a preview gives way and is still to be computed
 };
 
 /// A folder's path with a separator at its end.

@@ -45,27 +45,6 @@ std::string ChoiceList::text() const {
 
 void cBatch::PreviewFunction(int32_t id) {
     if (!sheetReady) return;
-    readSheet(id);
-    if (id >= 0) ++stateUses_;
-    platform_.giveWay();
-    applyFunction(id, CallSite::preview);
-    paintPreview();
-}
-
-// What happens while this gives way comes later than the change to be shown here. Where it computed
-// something, that holds: another function's sheet may be open by now, or a row may be added.
-void cBatch::previewCurrent() {
-    if (!sheetReady) return;
-    readSheet(functionId);
-    const uint32_t use = ++stateUses_;
-    previewWaits_ = true;
-    platform_.giveWay();
-    if (stateUses_ == use) applyFunction(functionId, CallSite::preview);
-    previewWaits_ = false;
-    paintPreview();
-}
-
-void cBatch::readSheet(int32_t id) {
     if (readsSliders(id)) {
         for (int16_t i = 0; i <= highestSlider; ++i) {
             SheetSlider& slider = sbFilter.at(static_cast<size_t>(i));
@@ -87,24 +66,18 @@ void cBatch::readSheet(int32_t id) {
         funcParam[0] = sbDegrees;
         funcOption = chkAntialiasing != 0;
     }
+    platform_.giveWay();
+    applyFunction(id, CallSite::preview);
+    paintPreview();
 }
 
 void cBatch::ApplyRow(int16_t id, int16_t rowIndex, bool forRun) {
-    loadRow(rowIndex, forRun);
-    ++stateUses_;
-    platform_.giveWay();
-    applyLoadedRow(id);
-}
-
-void cBatch::loadRow(int16_t rowIndex, bool forRun) {
     attempt([&] {
         const TrayRow row = itemAt(Ltray, rowIndex - 1);
         loadColumns(row);
         loadPoint(row, forRun);
     });
-}
-
-void cBatch::applyLoadedRow(int32_t id) {
+    platform_.giveWay();
     applyFunction(id, CallSite::row);
     attempt([&] { cFilter.Bits(workBits); });
 }
@@ -146,16 +119,7 @@ void cBatch::paintPreview() {
     platform_.changed("iDst");
 }
 
-// The rows give way to events. A person who changes chain or sheet meanwhile takes the working
-// state away from the rebuild, which then starts over with the chain as it is now, unless the
-// chain's result has been computed in the meantime.
 void cBatch::applyChain() {
-    while (!applyEntries() && chainStoodAt_ != stateUses_) {
-    }
-    chainStoodAt_ = stateUses_;
-}
-
-bool cBatch::applyEntries() {
     attempt([&] { cFilter.Bits(originalBits); });
     workBits = cFilter.Bits();
     int32_t row = 0;
@@ -164,20 +128,8 @@ bool cBatch::applyEntries() {
     for (size_t i = 0; i < count; ++i) {
         attempt([&] { row = itemAt(LSelectedFunctions, static_cast<int64_t>(i)).itemData; });
         attempt([&] { id = itemAt(Ltray, int64_t{row} - 1).Tag; });
-        int16_t id16 = 0;
-        int16_t row16 = 0;
-        if (!attempt([&] {
-                id16 = toInteger16(double(id));
-                row16 = toInteger16(double(row));
-            }))
-            continue;
-        loadRow(row16, false);
-        const uint32_t use = ++stateUses_;
-        platform_.giveWay();
-        if (stateUses_ != use) return false;
-        applyLoadedRow(id16);
+        attempt([&] { ApplyRow(toInteger16(double(id)), toInteger16(double(row)), false); });
     }
-    return true;
 }
 
 void cBatch::RebuildChain() {
@@ -200,7 +152,6 @@ void cBatch::CmdAdd() {
 }
 
 void cBatch::AddFunction(const std::string& name) {
-    if (previewWaits_) applyFunction(functionId, CallSite::preview);
     attempt([&] { cFilter.Bits(workBits); });
     appendRow(name);
     platform_.changed("LSelectedFunctions");
@@ -220,13 +171,11 @@ void cBatch::appendRow(const std::string& name) {
     row.column(9) = singleText(pickY);
     Ltray.push_back(std::move(row));
     LSelectedFunctions.push_back({name, static_cast<int32_t>(Ltray.size())});
-    ++stateUses_;
 }
 
 void cBatch::restart() {
     attempt([&] { cFilter.Bits(originalBits); });
     workBits = cFilter.Bits();
-    chainStoodAt_ = ++stateUses_;
     PreviewFunction(-1);
 }
 
@@ -336,7 +285,6 @@ void cBatch::TickSelect() {
 }
 
 void cBatch::SetPicture(PictureHolder& picture) {
-    ++stateUses_;
     workWidth = picture.width();
     workHeight = picture.height();
     attempt([&] { workBits = picture.drawn().pixels(); });

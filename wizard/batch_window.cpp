@@ -225,11 +225,14 @@ std::string fBatch::fileTypeName(const std::string& extension) {
 
 // An event may lead to another preview, which gives way in turn. What has piled up during a large
 // picture is left to the outer ones, before it takes the whole stack.
+// During a run every control is live. A preview alone is over in milliseconds: what a person does
+// meanwhile follows it in its order, and pictures and timers do not wait.
 void fBatch::giveWay() {
     constexpr int deepest = 100;
     if (givingWay_ >= deepest) return;
     ++givingWay_;
-    QApplication::processEvents();
+    QApplication::processEvents(batch_.runs() ? QEventLoop::AllEvents
+                                              : QEventLoop::ExcludeUserInputEvents);
     --givingWay_;
 }
 

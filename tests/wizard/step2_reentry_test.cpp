@@ -26,48 +26,7 @@ class Reentry : public Step2 {
             &target, new QMouseEvent(type, place, target.mapToGlobal(place), Qt::LeftButton,
                                      down ? Qt::LeftButton : Qt::NoButton, Qt::NoModifier));
     }
-    static void clickWaits(QWidget& target) {
-        mouseWaits(target, QEvent::MouseButtonPress, target.rect().center());
-        mouseWaits(target, QEvent::MouseButtonRelease, target.rect().center());
-    }
-    /// The sample under the chain as the list shows it.
-    PixelBuffer chainResult() {
-        fBatch other{otherDesktop_};
-        other.start();
-        cBatch& fresh = other.batch();
-        fresh.chkInvt = batch.chkInvt;
-        fresh.chkKill = batch.chkKill;
-        for (const ChainEntry& entry : batch.LSelectedFunctions) {
-            fresh.Ltray.push_back(batch.Ltray[static_cast<size_t>(entry.itemData - 1)]);
-            fresh.LSelectedFunctions.push_back(
-                {entry.text, static_cast<int32_t>(fresh.Ltray.size())});
-        }
-        fresh.RebuildChain();
-        return fresh.workBits;
-    }
-    void addFunctions(std::initializer_list<const char*> names) {
-        for (const char* name : names) {
-            clickNode(findFunction(name)->treeIndex);
-            press("CmdAdd");
-        }
-    }
-
-  private:
-    RecordedDesktop otherDesktop_;
 };
-
-TEST_F(Reentry, TheFunctionChosenLastIsTheOneThatIsShown) {
-    clickNode(brightnessNode);
-    tree.setFocus();
-    for (int i = 0; i < 21; ++i)
-        keyWaits(tree, Qt::Key_Down);
-    clickNode(brightnessNode);
-    settle();
-    ASSERT_EQ(text("CLab"), "[Negative]");
-    EXPECT_EQ(batch.workBits, batch.cFilter.Invert());
-    const Pixel pixel = batch.workBits.at(20, 30);
-    EXPECT_EQ(shownAt(iDst, 20, 30), QColor(pixel.red, pixel.green, pixel.blue));
-}
 
 TEST_F(Reentry, ASliderShowsItsLastPlace) {
     clickNode(brightnessNode);
@@ -79,55 +38,6 @@ TEST_F(Reentry, ASliderShowsItsLastPlace) {
     EXPECT_EQ(batch.sbFilter[0].value, 50);
     EXPECT_EQ(fieldText("lblFilterV(0)"), "50");
     EXPECT_EQ(batch.workBits, batch.cFilter.BRIGHTNESS(50));
-}
-
-TEST_F(Reentry, AnEntryThatIsMovedDuringARebuildStandsInThePreview) {
-    addFunctions({"Blue", "Emboss", "Negative", "Old Photo", "Relief"});
-    clickEntry(4);
-    clickWaits(at("TBTray(7)"));
-    clickWaits(at("TBTray(7)"));
-    press("TBTray(7)");
-    settle();
-    ASSERT_EQ(listed(),
-              (std::vector<std::string>{"Blue", "Relief", "Emboss", "Negative", "Old Photo"}));
-    EXPECT_EQ(batch.workBits, chainResult());
-    EXPECT_EQ(batch.cFilter.Bits(), batch.workBits);
-}
-
-TEST_F(Reentry, StartingOverDuringARebuildLeavesTheSample) {
-    addFunctions({"Blue", "Emboss", "Negative", "Old Photo", "Relief"});
-    clickWaits(at("cmdStart"));
-    press("cmdRefresh");
-    settle();
-    EXPECT_EQ(list.count(), 0);
-    EXPECT_EQ(batch.workBits, batch.originalBits);
-    EXPECT_EQ(batch.cFilter.Bits(), batch.originalBits);
-    EXPECT_EQ(shownAt(iDst, 50, 50), sampleAt(50, 50));
-}
-
-TEST_F(Reentry, ASliderMovedDuringARebuildLeavesTheRowsTheirValues) {
-    addFunctions({"Brightness", "Emboss", "Negative"});
-    clickNode(brightnessNode);
-    auto& spin = at<QSpinBox>("sbFilterV(0)");
-    spin.setFocus();
-    for (int i = 0; i < 5; ++i)
-        keyWaits(spin, Qt::Key_PageUp);
-    press("cmdRefresh");
-    settle();
-    EXPECT_EQ(batch.cFilter.Bits(), chainResult());
-}
-
-TEST_F(Reentry, AFunctionAddedWhileItsPreviewGivesWayIsInTheChainsPicture) {
-    clickNode(negativeNode);
-    clickNode(brightnessNode);
-    const QPoint place = placeOf(negativeNode);
-    mouseWaits(*tree.viewport(), QEvent::MouseButtonDblClick, place);
-    mouseWaits(*tree.viewport(), QEvent::MouseButtonRelease, place);
-    clickNode(negativeNode);
-    settle();
-    ASSERT_EQ(listed(), std::vector<std::string>{"Negative"});
-    EXPECT_EQ(batch.cFilter.Bits(), chainResult());
-    EXPECT_EQ(batch.workBits, chainResult()) << "and it is seen once";
 }
 
 /// Looks how deep on the stack the keys of a control arrive.
