@@ -84,6 +84,19 @@ class Thing:
         return eventually(
             lambda: next(self.all(role, name), None), f"{role} '{name}'", seconds)
 
+    def rests(self, role, name):
+        """Waits until a thing below has stood within this one for half a second."""
+        def stands():
+            left, top, width, height = self.place
+            x, y, w, h = self.find(role, name).place
+            return top <= y and y + h <= top + height and (x, y, w, h)
+
+        def look():
+            before = stands()
+            time.sleep(0.5)
+            return before and before == stands()
+        eventually(look, f"{role} '{name}' at rest")
+
     def has(self, role, name):
         return next(self.all(role, name), None) is not None
 

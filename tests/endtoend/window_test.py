@@ -91,7 +91,10 @@ class Window:
 
 
 def choose_pictures(window):
-    click(window.frame.find("tree", "Folders").find("table cell", "pictures"))
+    folders = window.frame.find("tree", "Folders")
+    folders.rests("table cell", "pictures")
+    # A row is as wide as the longest name; its middle may lie beyond the tree.
+    click(folders.find("table cell", "pictures"), across=0.1)
     window.status(f"Current Directory : {pictures}")
     window.status(f"Selected File(s):{PICTURES}")
     press("alt+t")

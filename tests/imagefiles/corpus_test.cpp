@@ -195,7 +195,7 @@ constexpr Unread unread[] = {
 };
 
 /// Files that no program here can judge, or that all of them misread: they open at this size, and
-/// what they show was looked at.
+/// what they show was looked at. A size of 0 is told by nothing but the fonts.
 struct Unjudged {
     const char* name;
     int32_t width;
@@ -236,8 +236,11 @@ TEST(Corpus, EveryPictureIsReadAsOtherProgramsReadIt) {
         EXPECT_TRUE(loaded.isThere);
         if (!loaded.isThere) continue;
         if (const auto alike = find(unjudged, name); alike != std::end(unjudged)) {
-            EXPECT_EQ(loaded.width, alike->width);
-            EXPECT_EQ(loaded.height, alike->height);
+            EXPECT_TRUE(loaded.width > 0 && loaded.height > 0);
+            if (alike->width > 0) {
+                EXPECT_EQ(loaded.width, alike->width);
+                EXPECT_EQ(loaded.height, alike->height);
+            }
             ++alone;
             continue;
         }
