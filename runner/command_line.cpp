@@ -134,11 +134,11 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
             return value;
         };
         if (option == path)
-            line.pictures.push_back({PictureSource::Kind::path, next(paths)});
+            line.pictures.push_back({GivenPictures::Kind::path, next(paths)});
         else if (option == list)
-            line.pictures.push_back({PictureSource::Kind::list, next(lists)});
+            line.pictures.push_back({GivenPictures::Kind::list, next(lists)});
         else if (option == from)
-            line.pictures.push_back({PictureSource::Kind::from, next(froms)});
+            line.pictures.push_back({GivenPictures::Kind::from, next(froms)});
         else if (option == functions)
             line.functions.push_back({FunctionSource::Kind::list, next(functionLists)});
         else if (option == apply)

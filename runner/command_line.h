@@ -8,7 +8,7 @@
 namespace tessarine {
 
 /// One place where pictures come from, in the order of the command line.
-struct PictureSource {
+struct GivenPictures {
     enum class Kind {
         path,  ///< a file, or a folder
         list,  ///< a picture list
@@ -30,7 +30,7 @@ struct FunctionSource {
 
 /// What is asked for.
 struct CommandLine {
-    std::vector<PictureSource> pictures;
+    std::vector<GivenPictures> pictures;
     bool recursive = false;
     bool nulBetweenPaths = false;
 
