@@ -52,6 +52,7 @@ CodecFiles::CodecFiles(Options options) : options_(std::move(options)) {
         options_.start = [program = options_.program](HelperKind kind) {
             return std::make_unique<HelperProcess>(program, kind);
         };
+    if (!options_.startsEarly) return;
     attempt([&] { release(HelperKind::files, start(HelperKind::files)); });
 }
 
@@ -93,7 +94,8 @@ void CodecFiles::notice(const std::string& refused) {
         if (std::find(noticed_.begin(), noticed_.end(), refused) != noticed_.end()) return;
         noticed_.push_back(refused);
     }
-    options_.onNotice(refused);
+    options_.onNotice("the kernel refuses a part of the protection from bad picture files: " +
+                      refused);
 }
 
 CodecFiles::Failure CodecFiles::ask(HelperKind kind, HelperRequest& request) {

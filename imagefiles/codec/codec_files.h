@@ -30,7 +30,8 @@ class CodecFiles : public PictureFiles {
         LimitWishes wishes;
         /// The helper program, for which see helperProgram().
         std::string program;
-        /// Told once for each text: what of a helper's confinement this system does not grant.
+        /// Told once for each text: "the kernel refuses ...", what this system does not grant of a
+        /// helper's confinement.
         std::function<void(const std::string&)> onNotice;
         /// Called about every 50 ms while an answer takes longer than 200 ms, on the thread that
         /// waits.
@@ -38,12 +39,13 @@ class CodecFiles : public PictureFiles {
         /// How a helper comes to be, where it is not a process of `program`.
         /// \throws StatementFailed where it does not
         std::function<std::unique_ptr<Helper>(HelperKind)> start;
+        /// Whether the first helper is started at once, to be ready when it is needed.
+        bool startsEarly = true;
         /// Helpers of each kind that are kept when nothing is to be done.
         size_t mostIdle = 1;
     };
 
-    /// Starts a first helper, and does not wait for it. Where none can be started each picture
-    /// tells so.
+    /// Does not wait for the first helper. Where none can be started each picture tells so.
     explicit CodecFiles(Options options);
     ~CodecFiles() override;
     CodecFiles(const CodecFiles&) = delete;

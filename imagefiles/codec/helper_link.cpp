@@ -34,8 +34,8 @@ std::string secondsText(Seconds seconds) {
 
 }  // namespace
 
-HelperLink::HelperLink(std::unique_ptr<Helper> helper, std::function<void()> onWaiting)
-    : helper_(std::move(helper)), onWaiting_(std::move(onWaiting)) {
+HelperLink::HelperLink(std::unique_ptr<Helper> helper, const std::function<void()>& onWaiting)
+    : helper_(std::move(helper)), onWaiting_(onWaiting) {
     ::setsockopt(helper_->socket(), SOL_SOCKET, SO_SNDTIMEO, &sendPatience, sizeof sendPatience);
 }
 

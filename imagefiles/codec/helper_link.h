@@ -27,8 +27,9 @@ class HelperLink {
         std::string message;  ///< in words; empty where it answered
     };
 
-    /// \param onWaiting  called about every 50 ms while the helper takes longer than 200 ms
-    HelperLink(std::unique_ptr<Helper> helper, std::function<void()> onWaiting);
+    /// \param onWaiting  called about every 50 ms while the helper takes longer than 200 ms; to
+    ///                   outlive this
+    HelperLink(std::unique_ptr<Helper> helper, const std::function<void()>& onWaiting);
 
     bool isReady() const { return ready_; }
     /// Whether it says nothing unasked, and is there.
@@ -49,7 +50,7 @@ class HelperLink {
     Outcome served(HelperRequest& request, uint32_t number);
 
     std::unique_ptr<Helper> helper_;
-    std::function<void()> onWaiting_;
+    const std::function<void()>& onWaiting_;
     bool ready_ = false;
 };
 
