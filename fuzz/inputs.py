@@ -137,8 +137,8 @@ def decoders():
     colours = bytes(range(256)) * 3
     cut_line = bytes([0x83, 5, 0])
     cut = struct.pack("<HHH", 3, 1, 0) + struct.pack("<H", len(cut_line)) + cut_line
-    cut_palette = (b"AH" + struct.pack("<HHBBHHHHHH", 0xE3, 0x28, 10, 0, 0x0401, 0, 255, 255, 255, 255)
-                   + bytes(20) + bytes(300))
+    cut_palette = (b"AH" + struct.pack("<HHBBHHHHHH", 0xE3, 0x28, 10, 0, 0x0401, 0, 9, 255, 255, 255)
+                   + bytes(20) + bytes(range(60)))
     file("cut", "cut-with-colours", cut, cut_palette)
     pcx = (struct.pack("<4B4H2H", 10, 5, 1, 8, 0, 0, 3, 1, 96, 96) + bytes(48)
            + struct.pack("<BBHH", 0, 1, 4, 1) + bytes(58) + bytes([0xC4, 7, 0xC4, 9]))
@@ -174,7 +174,6 @@ def decoders():
             + chunk(b"DPEL", struct.pack(">I6H", 3, 1, 8, 2, 8, 3, 8))
             + chunk(b"DLOC", struct.pack(">4H", 2, 2, 0, 0)) + chunk(b"DBOD", bytes(range(12))))
     file("iff", "deep", chunk(b"FORM", b"DEEP" + deep))
-    file("koa", "koala", struct.pack("<H", 0x6000) + bytes(i & 255 for i in range(1500)))
     file("lmp", "lump", struct.pack("<II", 3, 2) + bytes(range(6)), colours)
     patch = struct.pack("<HHhh", 2, 4, 0, 0) + struct.pack("<II", 16, 16)
     file("lmp", "patch", patch + bytes([0, 2, 0, 5, 6, 0, 255]))
@@ -188,7 +187,6 @@ def decoders():
     file("pal", "pal-jasc", "JASC-PAL\r\n0100\r\n3\r\n1 2 3\r\n4 5 6\r\n255 255 255\r\n".encode())
     file("pal", "pal-riff", b"RIFF" + struct.pack("<I", 32) + b"PAL data"
          + struct.pack("<IHH", 16, 0x300, 3) + bytes(range(12)))
-    file("pcd", "pcd", b"PCD_OPA" + bytes(500))
     pic = (struct.pack(">If80s4sHHfHH", 0x5380F634, 1.0, b"", b"PICT", 2, 2, 1.0, 3, 0)
            + bytes([0, 8, 2, 0xE0]))
     file("pic", "pic", pic + bytes([129, 1, 2, 3, 1, 4, 5, 6, 7, 8, 9]))
@@ -198,22 +196,41 @@ def decoders():
                        ("p5", b"P5 2 2 65535\n" + bytes(8)), ("p6", b"P6 2 1 255\n" + bytes(6))):
         file("pnm", name, data)
 
-    def psp_block(number, *parts):
-        data = b"".join(parts)
-        return b"~BK\0" + struct.pack("<HII", number, len(data), len(data)) + data
+    def psp_block(number, data):
+        return b"~BK\0" + struct.pack("<HI", number, len(data)) + data
 
-    def psp(compression, pack):
-        channel = psp_block(5, struct.pack("<IIHH", len(pack(bytes(4))), 4, 0, 1), pack(bytes(4)))
-        layer_head = (text("Layer", 256) + struct.pack("<B8i4B", 1, 0, 0, 2, 2, 0, 0, 2, 2, 255, 0, 1, 0)
-                      + bytes(120))
-        attributes = (struct.pack("<iidBHHBIIIIH", 2, 2, 72.0, 1, compression, 24, 1, 16777216, 0, 0,
-                                  0, 1))
-        return (b"Paint Shop Pro Image File\n\x1a".ljust(32, b"\0") + struct.pack("<HH", 3, 0)
-                + psp_block(0, attributes)
-                + psp_block(3, psp_block(4, layer_head, struct.pack("<HH", 1, 3), channel * 3)))
+    def psp_chunk(data):
+        return struct.pack("<I", len(data) + 4) + data
 
-    file("psp", "psp-plain", psp(0, lambda data: data))
-    file("psp", "psp-packed", psp(2, zlib.compress))
+    def psp_channel(use, channel, pixels, pack):
+        packed = pack(pixels)
+        head = psp_chunk(struct.pack("<IIHH", len(packed), len(pixels), use, channel))
+        return psp_block(5, head + packed)
+
+    def psp(compression, depth, channels, mixing=0, rest=b""):
+        attributes = (struct.pack("<IIdBHHHIB", 2, 2, 72.0, 1, compression, depth, 1, 256, 0))
+        layer = psp_chunk(struct.pack("<H", 5) + b"Layer" + struct.pack("<B8i3B", 1, 0, 0, 2, 2, 0, 0,
+                                                                        2, 2, 200, mixing, 1)) + channels
+        return (b"Paint Shop Pro Image File\n\x1a".ljust(32, b"\0") + struct.pack("<HH", 5, 0)
+                + psp_block(0, psp_chunk(attributes)) + psp_block(3, psp_block(4, layer)) + rest)
+
+    def plain(data):
+        return data
+
+    def runs(data):
+        return bytes([128 + len(data), data[0]])
+
+    def colours_of(pack):
+        return b"".join(psp_channel(0, channel, bytes(range(4)), pack) for channel in (1, 2, 3))
+
+    file("psp", "psp-plain", psp(0, 24, colours_of(plain) + psp_channel(1, 0, bytes(4), plain)))
+    file("psp", "psp-runs", psp(1, 24, colours_of(runs)))
+    file("psp", "psp-packed", psp(2, 24, colours_of(zlib.compress)))
+    file("psp", "psp-4-bits", psp(0, 4, psp_channel(0, 0, bytes(8), plain))
+         + psp_block(2, psp_chunk(struct.pack("<I", 3)) + bytes(12)))
+    head = psp_chunk(struct.pack("<IIHHHIH", 2, 2, 24, 0, 1, 256, 0))
+    whole = psp_block(17, head) + psp_block(9, psp_chunk(b"") + colours_of(plain))
+    file("psp", "psp-finished", psp(0, 24, colours_of(plain), 3, psp_block(16, psp_chunk(b"") + whole)))
     file("raw", "raw", struct.pack("<IIIBB", 2, 2, 1, 3, 1) + bytes(range(12)))
     for depth, length in ((1, 4), (8, 4), (24, 12), (32, 16)):
         file("ras", f"ras-{depth}", struct.pack(">8I", 0x59A66A95, 2, 2, depth, length, 1, 0, 0)
@@ -224,17 +241,29 @@ def decoders():
     file("sgi", "sgi-plain", sgi + bytes(range(12)))
     file("sgi", "sgi-packed", struct.pack(">HBBHHHHII", 474, 1, 1, 2, 4, 2, 1, 0, 255) + bytes(492)
          + struct.pack(">4I", 528, 528, 3, 3) + bytes([4, 9, 0]))
-    for kind, bits, data in ((2, 24, bytes(12)), (10, 24, bytes([0x83, 1, 2, 3])), (3, 8, bytes(4)),
+    file("sgi", "sgi-16", struct.pack(">HBBHHHHII", 474, 0, 2, 3, 2, 1, 3, 0, 255) + bytes(492)
+         + bytes(range(12)))
+    file("sgi", "sgi-16-packed", struct.pack(">HBBHHHHII", 474, 1, 2, 2, 4, 2, 1, 0, 255) + bytes(492)
+         + struct.pack(">4I", 528, 528, 6, 6) + struct.pack(">3H", 4, 0x1234, 0))
+    for kind, bits, data in ((2, 24, bytes(12)), (3, 16, bytes(8)), (10, 24, bytes([0x83, 1, 2, 3])), (3, 8, bytes(4)),
                              (2, 16, bytes(8)), (10, 32, bytes([0x80, 1, 2, 3, 4, 2] + [5] * 12))):
         file("tga", f"tga-{kind}-{bits}", struct.pack("<3BHHB4H2B", 0, 0, kind, 0, 0, 0, 0, 0, 2, 2,
-                                                      bits, 0x20) + data)
-    file("tga", "tga-palette", struct.pack("<3BHHB4H2B", 0, 1, 1, 0, 4, 24, 0, 0, 2, 2, 8, 0)
+                                                      bits, 0x30) + data)
+    file("tga", "tga-palette", struct.pack("<3BHHB4H2B", 0, 1, 1, 0, 4, 24, 0, 0, 2, 2, 8, 0x10)
          + bytes(range(12)) + bytes([0, 1, 2, 3]))
-    entries = [(256, 4, 2), (257, 4, 2), (258, 3, 8), (259, 3, 1), (262, 3, 1), (273, 4, 134),
-               (277, 3, 1), (278, 4, 2), (279, 4, 4)]
-    tiff = b"II*\0" + struct.pack("<IH", 8, len(entries))
-    tiff += b"".join(struct.pack("<HHII", tag, kind, 1, value) for tag, kind, value in entries)
-    file("tiff", "tiff-grey", (tiff + bytes(4)).ljust(134, b"\0") + bytes(range(4)))
+    for name, photometric, bits, samples, data in (
+            ("grey", 1, 8, 1, bytes(4)), ("2-bits", 1, 2, 1, bytes([0x50, 0xA0])),
+            ("ycbcr", 6, 8, 3, bytes(12)), ("inks", 5, 16, 4, bytes(range(32)))):
+        entries = [(256, 4, 2), (257, 4, 2), (258, 3, bits), (259, 3, 1), (262, 3, photometric),
+                   (273, 4, 134), (277, 3, samples), (278, 4, 2), (279, 4, len(data)), (530, 3, 0x10001)]
+        tiff = b"II*\0" + struct.pack("<IH", 8, len(entries))
+        for tag, kind, value in entries:
+            count = samples if tag == 258 else 2 if tag == 530 else 1
+            if tag == 258 and samples > 2:
+                value = 134 + len(data)  # too many to stand in the entry itself
+            tiff += struct.pack("<HHII", tag, kind, count, value)
+        tiff += bytes(4)
+        file("tiff", "tiff-" + name, tiff + data + struct.pack("<H", bits) * samples)
     wal = text("wall", 32) + struct.pack("<6I", 16, 16, 100, 356, 420, 436) + bytes(44)
     file("wal", "wal", wal + bytes(340))
     file("xpm", "xpm", b'/* XPM */\nstatic char* x[] = {\n"3 2 2 1",\n"a c #FF0000",\n'
