@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "imagefiles/image_library.h"
 #include "input.h"
 #include "pixels/failures.h"
 #include "scratch.h"
@@ -22,6 +23,9 @@ constexpr std::array takeOvers{takeOverBmp,  takeOverCut, takeOverDcx, takeOverD
 std::optional<Decoded> decode(TakeOver takeOver, std::span<const uint8_t> file,
                               std::span<const uint8_t> colours) {
     static const Scratch scratch;
+    // The libraries' messages go nowhere while this stands.
+    static mFormat messages;
+    static const OpenLibrary library(messages);
     if (takeOver == takeOverCut) scratch.write("picture.pal", textOf(colours));
     if (takeOver == takeOverMdl || takeOver == takeOverLmp)
         scratch.write("palette.lmp", textOf(colours));
