@@ -1,5 +1,7 @@
+#include <array>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 
 #include "batch/batch.h"
 #include "batch/texts.h"
@@ -18,11 +20,32 @@ PictureReport failed(PictureReport entry, const std::string& error, const std::s
     return entry;
 }
 
-/// A message about a draft, as one about the file that it stands for.
-std::string aboutOutput(std::string message, const std::string& draft, const std::string& output) {
-    const size_t at = message.find(draft);
-    if (at != std::string::npos) message.replace(at, draft.size(), output);
-    return message;
+/// A message about one file, as one about the file that it stands for.
+std::string aboutOutput(std::string message, const std::string& written,
+                        const std::string& output) {
+    const size_t at = message.find(written);
+    if (at == std::string::npos) return "cannot write the file " + output + ": " + message;
+    return message.replace(at, written.size(), output);
+}
+
+/// Writes a picture to an open file, by way of a temporary one. \return why it failed; empty where
+/// it did not
+std::string writePicture(mFormat& format, PictureHolder& picture, const std::string& extension,
+                         int16_t formatIndex, const std::string& output, OutputFile& file) {
+    const std::string temporary = TempFolder() + "output." + extension;
+    const SaveOutcome outcome =
+        SaveImageFile(format, picture, extension, temporary, true, formatIndex);
+    if (outcome.status != SaveOutcome::Status::saved)
+        return aboutOutput(outcome.message, temporary, output);
+    std::ifstream saved(temporary, std::ios::binary);
+    std::array<char, 1 << 16> bytes;
+    while (saved.read(bytes.data(), bytes.size()), saved.gcount() > 0)
+        file.write(bytes.data(), static_cast<size_t>(saved.gcount()));
+    saved.close();
+    std::error_code ignored;
+    std::filesystem::remove(temporary, ignored);
+    file.finish();
+    return file.failure();
 }
 
 /// The filter engine of picture `number`. Its clock stands still, so that no report by row is ever
@@ -94,7 +117,7 @@ PictureReport cBatch::processAlone(int32_t number, const std::string& destinatio
 
     std::error_code ignored;
     if (std::filesystem::is_directory(entry.output, ignored))
-        return failed(entry, "cannot-write", "a folder stands under the output's name");
+        return failed(entry, "cannot-write", "cannot replace " + entry.output + ": it is a folder");
     if (!overwrite && platform_.fileExists(entry.output)) {
         entry.status = PictureReport::Status::kept;
         return entry;
@@ -106,15 +129,15 @@ PictureReport cBatch::processAlone(int32_t number, const std::string& destinatio
     paintResultIntoSource();
 
     Draft draft(entry.output);
-    const SaveOutcome outcome = SaveImageFile(format, iSrc, extension, draft.path(), true,
-                                              static_cast<int16_t>(cboFormat.index));
-    if (outcome.status != SaveOutcome::Status::saved)
-        return failed(entry, "cannot-write",
-                      aboutOutput(outcome.message, draft.path(), entry.output));
+    OutputFile file;
+    if (!draft.writeThrough(file)) return failed(entry, "cannot-write", draft.failure());
+    const std::string whyNotWritten = writePicture(
+        format, iSrc, extension, static_cast<int16_t>(cboFormat.index), entry.output, file);
+    if (!whyNotWritten.empty()) return failed(entry, "cannot-write", whyNotWritten);
     switch (draft.publish(overwrite)) {
         case Draft::End::published:
             entry.status = PictureReport::Status::saved;
-            entry.bytes = outcome.bytes;
+            entry.bytes = file.size();
             break;
         case Draft::End::targetKept:
             entry.status = PictureReport::Status::kept;

@@ -1,5 +1,6 @@
 #include "imagefiles/temp_folder.h"
 
+#include <fcntl.h>
 #include <filesystem>
 #include <mutex>
 #include <pthread.h>
@@ -8,6 +9,7 @@
 #include <unistd.h>
 
 #include "imagefiles/image_files.h"
+#include "imagefiles/leftovers.h"
 #include "pixels/failures.h"
 
 namespace tessarine {
@@ -15,8 +17,8 @@ namespace tessarine {
 namespace {
 
 /// A folder that nobody else can have put there. mkdtemp makes it with mode 0700.
-std::string makeFolderUnder(const std::string& parent) {
-    std::string pattern = parent + "tessarine-XXXXXX";
+std::string makeFolderUnder(const std::string& parent, const std::string& prefix) {
+    std::string pattern = parent + prefix + "XXXXXX";
     if (mkdtemp(pattern.data()) == nullptr)
         throw StatementFailed("no temporary folder can be made under " + parent);
     return pattern + "/";
@@ -55,13 +57,28 @@ class ProcessFolder {
         const std::lock_guard lock(mutex_);
         // Someone who tidies the system's temp folder may have taken it away.
         if (owner_ != getpid() || !isFolder(path_)) {
-            path_ = makeFolderUnder(systemFolder());
-            owner_ = getpid();
+            make();
         }
         return path_;
     }
 
   private:
+    void make() {
+        const std::string parent = systemFolder();
+        removeLeftTemporaryFolders(parent);
+        // Another program that starts at this very moment may take the folder for a leftover
+        // before it is held.
+        bool isOurs = false;
+        while (!isOurs) {
+            path_ = makeFolderUnder(parent, temporaryFolderPrefix());
+            if (held_ >= 0) ::close(held_);
+            held_ = ::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+            isOurs = held_ < 0 ? isFolder(path_)  // out of descriptors: it will do unheld
+                               : hold(held_) && standsUnder(path_, held_);
+        }
+        owner_ = getpid();
+    }
+
     void remove() {
         const std::lock_guard lock(mutex_);
         if (owner_ != getpid()) return;
@@ -72,6 +89,7 @@ class ProcessFolder {
 
     std::mutex mutex_;
     std::string path_;
+    int held_ = -1;
     pid_t owner_ = 0;
 };
 
@@ -79,7 +97,7 @@ class ProcessFolder {
 
 std::string TempFolder() { return ProcessFolder::instance().path(); }
 
-LoadFolder::LoadFolder() : path_(makeFolderUnder(TempFolder())) {}
+LoadFolder::LoadFolder() : path_(makeFolderUnder(TempFolder(), "load-")) {}
 
 LoadFolder::~LoadFolder() {
     std::error_code ignored;

@@ -8,6 +8,8 @@
 #include <fmt/format.h>
 
 #include "batch/batch.h"
+#include "imagefiles/disk.h"
+#include "imagefiles/leftovers.h"
 #include "runner/command_line.h"
 #include "runner/listings.h"
 #include "runner/messages.h"
@@ -81,10 +83,13 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
     };
 
     const auto start = std::chrono::steady_clock::now();
-    if (line.windowMode)
+    if (line.windowMode) {
         batch.CmdBatchAll();
-    else
+    } else {
+        removeLeftDrafts(batch.txtDestination);
         batch.BatchEach();
+        syncFolder(batch.txtDestination);
+    }
     const int64_t ms = millisecondsSince(start);
     progress.clear();
 
@@ -102,7 +107,7 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
             fmt::format("{} saved, {} kept, {} failed of {} pictures in {:.1f} seconds{}\n",
                         counts.saved, counts.kept, counts.failed, pictures,
                         static_cast<double>(ms) / 1000, interrupted() ? ", interrupted" : ""));
-    if (interrupted()) return ExitStatus::interrupted;
+    if (interrupted()) return terminated() ? ExitStatus::terminated : ExitStatus::interrupted;
     return counts.failed > 0 || !told ? ExitStatus::somePictures : ExitStatus::done;
 }
 
