@@ -25,6 +25,15 @@ std::string aboutOutput(std::string message, const std::string& draft, const std
     return message;
 }
 
+WriteOutcome writeTo(OutputFile& file, PictureFiles& files, const PictureHolder& picture,
+                     const std::string& extension, int16_t formatIndex) {
+    try {
+        return files.write(savedBitmap(picture, extension), extension, formatIndex, file);
+    } catch (const MemoryFailed& failure) {
+        return {FileError::tooLarge, failure.what()};
+    }
+}
+
 /// The filter engine of picture `number`. Its clock stands still, so that no report by row is ever
 /// due and none can fail, and its random numbers hang on the number alone; those of picture 1 are
 /// a new program's.
@@ -106,15 +115,21 @@ PictureReport cBatch::processAlone(int32_t number, const std::string& destinatio
     paintResultIntoSource();
 
     Draft draft(entry.output);
-    const SaveOutcome outcome = SaveImageFile(format, iSrc, extension, draft.path(), true,
-                                              static_cast<int16_t>(cboFormat.index));
-    if (outcome.status != SaveOutcome::Status::saved)
-        return failed(entry, "cannot-write",
-                      aboutOutput(outcome.message, draft.path(), entry.output));
+    OutputFile file;
+    const std::string cannotWrite(errorClass(FileError::cannotWrite));
+    const auto whyNot = [&](const std::string& message) {
+        return aboutOutput(message, draft.path(), entry.output);
+    };
+    if (!file.create(draft.path())) return failed(entry, cannotWrite, whyNot(file.failure()));
+    const WriteOutcome written =
+        writeTo(file, files_, iSrc, extension, static_cast<int16_t>(cboFormat.index));
+    if (written.error != FileError::none)
+        return failed(entry, std::string(errorClass(written.error)), whyNot(written.message));
+    if (!file.finish()) return failed(entry, cannotWrite, whyNot(file.failure()));
     switch (draft.publish(overwrite)) {
         case Draft::End::published:
             entry.status = PictureReport::Status::saved;
-            entry.bytes = outcome.bytes;
+            entry.bytes = file.size();
             break;
         case Draft::End::targetKept:
             entry.status = PictureReport::Status::kept;
