@@ -144,8 +144,8 @@ void protectFromReport(const cBatch& batch, const CommandLine& line, const std::
             refuse("an output");
     for (const BasketItem& item : batch.lvSelected)
         if (identityOf(item.Tag) == report) refuse("a picture");
-    for (const PictureSource& source : line.pictures)
-        if (source.kind != PictureSource::Kind::path && identityOf(source.value) == report)
+    for (const GivenPictures& source : line.pictures)
+        if (source.kind != GivenPictures::Kind::path && identityOf(source.value) == report)
             refuse("a picture list");
     for (const FunctionSource& source : line.functions)
         if (source.kind == FunctionSource::Kind::list && identityOf(source.value) == report)
