@@ -2,11 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string>
 #include <vector>
 
 #include "imagefiles/picture.h"
+#include "imagefiles/picture_source.h"
 
 namespace tessarine {
 
@@ -15,8 +15,6 @@ struct Decoded {
     Bitmap bitmap;
     int16_t depth = 0;  ///< bits per pixel as the file stores them
 };
-
-using Bytes = std::span<const uint8_t>;
 
 /// The bytes of a regular file.
 /// \throws StatementFailed where it cannot be read, or is larger than 2 gigabytes

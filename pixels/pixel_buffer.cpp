@@ -14,10 +14,16 @@ std::shared_ptr<Pixel> adopt(void* memory) {
     return {static_cast<Pixel*>(memory), std::free};
 }
 
+thread_local BlockSource blockSource = nullptr;
+
 }  // namespace
+
+void setBlockSource(BlockSource source) { blockSource = source; }
 
 PixelBuffer::PixelBuffer(int32_t width, int32_t height) : width_(width), height_(height) {
     if (width < 0 || height < 0) throw StatementFailed("a pixel buffer has no negative size");
+    if (blockSource != nullptr) block_ = blockSource(width, height);
+    if (block_ != nullptr) return;
     block_ = adopt(std::calloc(
         (static_cast<size_t>(width) + 2 * margin) * (static_cast<size_t>(height) + 2 * margin),
         sizeof(Pixel)));

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 namespace tessarine {
 
@@ -40,6 +41,10 @@ class PixelBuffer {
     /// A buffer with every byte 0.
     /// \throws StatementFailed for a negative size, or where memory does not suffice.
     PixelBuffer(int32_t width, int32_t height);
+
+    /// A buffer of this size on memory that exists: at least (width + 4) * (height + 4) pixels.
+    PixelBuffer(int32_t width, int32_t height, std::shared_ptr<Pixel> block)
+        : width_(width), height_(height), block_(std::move(block)) {}
 
     bool isDimensioned() const { return block_ != nullptr; }
     int32_t width() const { return width_; }
@@ -80,5 +85,13 @@ class PixelBuffer {
     int32_t height_ = 0;
     std::shared_ptr<Pixel> block_;
 };
+
+/// Gives the memory for a new buffer of width by height, margin included, every byte 0; nothing
+/// where the heap is to serve.
+using BlockSource = std::shared_ptr<Pixel> (*)(int32_t width, int32_t height);
+
+/// Where new buffers of this thread get their memory from; nullptr for the heap. A process that
+/// decodes for another has its pictures made in memory that both share.
+void setBlockSource(BlockSource source);
 
 }  // namespace tessarine

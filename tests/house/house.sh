@@ -54,13 +54,13 @@ case $check in
         shell_scripts | xargs -d '\n' shellcheck
         ;;
     scripts_tell_their_usage)
-        for script in bootstrap demo test bench docs screenshots with-screen; do
+        for script in bootstrap demo test bench docs screenshots reliability with-screen; do
             "$root/script/$script" --help | grep -q "^usage: script/$script" ||
                 fail "script/$script --help does not tell the usage"
         done
         ;;
     scripts_refuse_what_they_do_not_know)
-        for script in bootstrap demo docs screenshots with-screen; do
+        for script in bootstrap demo docs screenshots reliability with-screen; do
             status=0
             "$root/script/$script" --nonsense 2>"$scratch/said" || status=$?
             ((status == 2)) || fail "script/$script --nonsense ends with $status"

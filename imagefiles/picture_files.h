@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "imagefiles/output_file.h"
+#include "imagefiles/picture.h"
+#include "pixels/failures.h"
+
+namespace tessarine {
+
+/// Why a picture file was not read, or a picture not written.
+enum class FileError : uint8_t {
+    none,
+    unreadable,   ///< missing, damaged, or not of the format that its extension names
+    tooLarge,     ///< more pixels or more memory than a picture may take
+    timedOut,     ///< took longer than a picture may take
+    codecDied,    ///< the helper process ended, or broke its rules, over it
+    cannotWrite,  ///< the disk or the format does not take the picture
+};
+
+/// "unreadable", "too-large", "timed-out", "codec-died", "cannot-write"; empty for none.
+std::string_view errorClass(FileError error);
+
+/// A picture file that is refused.
+class FileRefused : public StatementFailed {
+  public:
+    FileRefused(FileError error, const std::string& why) : StatementFailed(why), error_(error) {}
+    FileError error() const { return error_; }
+
+  private:
+    FileError error_;
+};
+
+/// What came of reading a picture file: a bitmap, or an error with its reason in words.
+struct ReadOutcome {
+    std::optional<Bitmap> bitmap;
+    int16_t depth = 0;  ///< bits per pixel of the file's own image
+    FileError error = FileError::none;
+    std::string message;
+};
+
+/// What came of writing a picture.
+struct WriteOutcome {
+    FileError error = FileError::none;
+    std::string message;
+};
+
+/// Who reads and writes picture files: this process itself, or helper processes that a bad file
+/// may take down.
+class PictureFiles {
+  public:
+    virtual ~PictureFiles() = default;
+
+    /// Reads a picture file by the route that its extension (in any case) names, and by nothing
+    /// else. Nothing is thrown.
+    virtual ReadOutcome read(const std::string& path, const std::string& extension) = 0;
+
+    /// Writes a picture in the format of a row of the format table to an open file, which the
+    /// caller finishes, or discards on an error. Nothing is thrown.
+    /// \param extension  of the row; decides the route
+    virtual WriteOutcome write(const Bitmap& picture, const std::string& extension,
+                               int16_t formatIndex, OutputFile& file) = 0;
+};
+
+/// Reads and writes in this process: for pictures of our own making, and for measuring against.
+PictureFiles& localFiles();
+
+/// The bitmap of a holder that is saved: the lasting picture for rows that go through DevIL, what
+/// is drawn on it for the others.
+Bitmap savedBitmap(const PictureHolder& picture, const std::string& extension);
+
+}  // namespace tessarine

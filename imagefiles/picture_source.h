@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace tessarine {
+
+using Bytes = std::span<const uint8_t>;
+
+/// What a picture is decoded from: the bytes of its file, and of those files beside it that some
+/// formats keep their colours in. Decoding opens nothing by itself.
+struct PictureSource {
+    Bytes file;
+    /// In the order of companionPaths(); empty where there is no such file.
+    std::vector<Bytes> companions;
+};
+
+/// The files beside a picture file that decoding by this extension (in any case) asks for. None of
+/// them need exist.
+std::vector<std::string> companionPaths(const std::string& path, const std::string& extension);
+
+/// The most bytes that a picture file may have.
+constexpr uint64_t maxFileBytes = uint64_t{1} << 31;
+
+/// The bytes of an open regular file, from its start.
+/// \throws FileRefused where it cannot be read to its end, or is larger than maxFileBytes
+std::vector<uint8_t> readWholeFile(int file);
+
+}  // namespace tessarine
