@@ -3,14 +3,14 @@
 #include <cstdint>
 #include <optional>
 
-// What is left to us goes by these figures:
+// What is left to us goes by these figures.
 //
-// - Time: 10 seconds of processor time and one more for each megapixel. The slowest honest
-// pictures,
-//   large metafiles full of curves and text, take a small part of that.
-// - Memory: 512 MiB and 64 bytes a pixel, up to the ceiling. The hungriest decoders hold a picture
-//   of 16 bits a channel twice and its result once, 20 bytes a pixel; a metafile has the text of
-//   its drawing in memory too.
+// 10 seconds of processor time and one more for each megapixel: the slowest honest pictures, large
+// metafiles full of curves and text, take a small part of that.
+//
+// 512 MiB and 64 bytes a pixel, up to the ceiling: the hungriest decoders hold a picture of 16 bits
+// a channel twice and its result once, 20 bytes a pixel; a metafile has the text of its drawing in
+// memory too.
 //
 // A picture of 300 megapixels takes 1.2 GB as a result and, with most formats, 0.9 to 2.4 GB on the
 // way: it passes where the ceiling is 4 GiB, on a machine of 8 GiB that is.

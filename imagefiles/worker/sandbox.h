@@ -5,13 +5,9 @@
 #include <string_view>
 #include <sys/types.h>
 
-namespace tessarine {
+#include "imagefiles/codec/helper.h"
 
-/// What a helper is for.
-enum class HelperKind {
-    files,    ///< pictures whose decoding opens nothing
-    drawing,  ///< metafiles, which are drawn with the system's fonts
-};
+namespace tessarine {
 
 /// "files" or "drawing".
 std::optional<HelperKind> helperKindOf(std::string_view word);

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "../imagefiles/sample_files.h"
-#include "helper_process.h"
+#include "driven_helper.h"
 #include "imagefiles/format_table.h"
 #include "imagefiles/picture_files.h"
 #include "imagefiles/picture_source.h"
@@ -22,7 +22,7 @@ class Helpers {
   public:
     HelperRead read(const std::string& path, const std::string& extension) {
         const bool isDrawing = extension == "wmf" || extension == "emf";
-        HelperProcess& helper = isDrawing ? drawing_ : files_;
+        DrivenHelper& helper = isDrawing ? drawing_ : files_;
         return helper.read(path, extension, {}, companionPaths(path, extension));
     }
     std::optional<WriteDone> write(const PixelBuffer& picture, const std::string& extension,
@@ -31,8 +31,8 @@ class Helpers {
     }
 
   private:
-    HelperProcess files_;
-    HelperProcess drawing_{TESSARINE_CODEC, "drawing"};
+    DrivenHelper files_;
+    DrivenHelper drawing_{TESSARINE_CODEC, "drawing"};
 };
 
 void expectSameReading(Helpers& helpers, const std::string& path, const std::string& extension) {
@@ -49,7 +49,7 @@ void expectSameReading(Helpers& helpers, const std::string& path, const std::str
 
 TEST(AHelper, IsReadyWithAWholeSandbox) {
     for (const char* kind : {"files", "drawing"}) {
-        HelperProcess helper(TESSARINE_CODEC, kind);
+        DrivenHelper helper(TESSARINE_CODEC, kind);
         ASSERT_TRUE(helper.ready) << kind;
         EXPECT_EQ(helper.ready->version, protocolVersion);
         EXPECT_EQ(helper.ready->refused, "") << kind;
@@ -119,9 +119,9 @@ TEST(AHelper, AsksForOneBlockAndDecodesIntoIt) {
     const ScratchFolder folder;
     const std::string path = folder / "picture.ppm";
     writePixmap(path, randomBuffer(200, 100, 3));
-    HelperProcess helper;
+    DrivenHelper helper;
     for (const uint64_t slack : {0, 1, 100000}) {
-        HelperProcess::Wishes wishes;
+        DrivenHelper::Wishes wishes;
         wishes.slack = slack;
         const HelperRead result = helper.read(path, "ppm", wishes);
         ASSERT_TRUE(result.picture);
@@ -134,7 +134,7 @@ TEST(AHelper, ClearsABlockThatHeldAnotherPicture) {
     const ScratchFolder folder;
     const std::string path = folder / "picture.ppm";
     writePixmap(path, randomBuffer(70, 60, 3));
-    HelperProcess helper;
+    DrivenHelper helper;
     const HelperRead first = helper.read(path, "ppm");
     for (int round = 0; round < 6; ++round) {
         writePixmap(
@@ -152,8 +152,8 @@ TEST(AHelper, TakesAPictureThatIsGivenNoBlockForTooLarge) {
     const ScratchFolder folder;
     const std::string path = folder / "picture.ppm";
     writePixmap(path, randomBuffer(200, 100, 3));
-    HelperProcess helper;
-    HelperProcess::Wishes wishes;
+    DrivenHelper helper;
+    DrivenHelper::Wishes wishes;
     wishes.deny = true;
     const HelperRead result = helper.read(path, "ppm", wishes);
     ASSERT_TRUE(result.done);
@@ -167,7 +167,7 @@ TEST(AHelper, TellsAnUnreadableFileAndGoesOn) {
     writeAll(damaged, "no picture at all");
     const std::string good = folder / "good.ppm";
     writePixmap(good, randomBuffer(20, 10, 3));
-    HelperProcess helper;
+    DrivenHelper helper;
     for (const char* extension : {"png", "jpg", "tga", "nonsense", ""}) {
         const HelperRead result = helper.read(damaged, extension);
         ASSERT_TRUE(result.done) << extension;
@@ -178,7 +178,7 @@ TEST(AHelper, TellsAnUnreadableFileAndGoesOn) {
 }
 
 TEST(AHelper, TellsAWritingThatFails) {
-    HelperProcess helper;
+    DrivenHelper helper;
     const PixelBuffer picture = Bitmap(randomBuffer(300, 200, 3)).pixels();
     const Descriptor full(open("/dev/full", O_RDWR | O_CLOEXEC));
     ASSERT_TRUE(full);
@@ -197,7 +197,7 @@ TEST(AHelper, TellsAWritingThatFails) {
 }
 
 TEST(AHelper, DoesNotChangeThePictureThatItWrites) {
-    HelperProcess helper;
+    DrivenHelper helper;
     const PixelBuffer picture = randomBuffer(64, 64, 9);  // fourth bytes are not 0
     const TestBlock block(picture.byteCount());
     std::memcpy(static_cast<void*>(block.pixels()), picture.block(), picture.byteCount());
@@ -224,7 +224,7 @@ TEST(AHelper, LeavesNothingOpen) {
     writePixmap(good, randomBuffer(90, 80, 3));
     const std::string bad = folder / "bad.png";
     writeAll(bad, "nothing");
-    HelperProcess helper;
+    DrivenHelper helper;
     const fs::path opened = "/proc/" + std::to_string(helper.process()) + "/fd";
     const auto countOpen = [&] {
         return std::distance(fs::directory_iterator(opened), fs::directory_iterator());
@@ -255,7 +255,7 @@ class ARequestThatIsNone : public testing::Test {
         return {1, 0, uint64_t{1} << 30, width, height, 8, block, "bmp"};
     }
 
-    HelperProcess helper;
+    DrivenHelper helper;
     Descriptor file = unnamedFile();
 };
 
@@ -329,7 +329,7 @@ TEST_F(ARequestThatIsNone, AWrongAnswerToTheQuestionForABlock) {
         {ReadRequest{2, 0, uint64_t{1} << 30, 0, "ppm"}, {picture.get()}},  // no grant at all
     };
     for (const auto& [message, descriptors] : wrong) {
-        HelperProcess one;
+        DrivenHelper one;
         ASSERT_TRUE(one.send(ReadRequest{1, 0, uint64_t{1} << 30, 0, "ppm"}, {picture.get()}));
         const auto asked = one.receive();
         ASSERT_TRUE(asked && std::holds_alternative<NeedBlock>(*asked));
@@ -340,7 +340,7 @@ TEST_F(ARequestThatIsNone, AWrongAnswerToTheQuestionForABlock) {
 }
 
 TEST(AHelper, KnowsABlockByMoreThanItsNumber) {
-    HelperProcess helper;
+    DrivenHelper helper;
     const PixelBuffer first = Bitmap(randomBuffer(40, 30, 1)).pixels();
     const PixelBuffer second = Bitmap(randomBuffer(40, 30, 2)).pixels();
     std::vector<std::string> written;

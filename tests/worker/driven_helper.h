@@ -69,11 +69,11 @@ struct HelperRead {
 };
 
 /// A helper process, driven by hand.
-class HelperProcess {
+class DrivenHelper {
   public:
-    explicit HelperProcess(const std::string& program = TESSARINE_CODEC,
-                           const std::string& kind = "files",
-                           const std::vector<std::string>& environment = {}) {
+    explicit DrivenHelper(const std::string& program = TESSARINE_CODEC,
+                          const std::string& kind = "files",
+                          const std::vector<std::string>& environment = {}) {
         int ends[2];
         if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
             throw std::runtime_error("no socket");
@@ -102,13 +102,13 @@ class HelperProcess {
         const std::optional<ToProgram> message = receive();
         if (message && std::holds_alternative<Ready>(*message)) ready = std::get<Ready>(*message);
     }
-    ~HelperProcess() {
+    ~DrivenHelper() {
         if (process_ <= 0) return;
         ::kill(process_, SIGKILL);
         waitpid(process_, nullptr, 0);
     }
-    HelperProcess(const HelperProcess&) = delete;
-    HelperProcess& operator=(const HelperProcess&) = delete;
+    DrivenHelper(const DrivenHelper&) = delete;
+    DrivenHelper& operator=(const DrivenHelper&) = delete;
 
     std::optional<Ready> ready;
 

@@ -4,10 +4,10 @@
 
 #include <gtest/gtest.h>
 
-#include "helper_process.h"
+#include "driven_helper.h"
 #include "imagefiles/worker/build.h"
-#include "misbehaviour.h"
 #include "support/files.h"
+#include "support/misbehaviour.h"
 #include "support/paths.h"
 #include "support/pictures.h"
 #include "support/program.h"
@@ -18,7 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 
 TEST(TheEndOfAHelper, ComesWithTheEndOfItsSocket) {
-    HelperProcess helper;
+    DrivenHelper helper;
     ASSERT_TRUE(helper.ready);
     helper.closeSocket();
     EXPECT_EQ(helper.end(5s), helperDone);
@@ -49,7 +49,7 @@ TEST(TheEndOfAHelper, IsNotBroughtAboutByTheKeysOfATerminal) {
     const ScratchFolder folder;
     const std::string path = folder / "picture.ppm";
     writePixmap(path, randomBuffer(20, 10, 3));
-    HelperProcess helper;
+    DrivenHelper helper;
     ASSERT_TRUE(helper.ready);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
         ::kill(helper.process(), signal);
@@ -73,7 +73,7 @@ void expectDeathWithParent(bool isHanging) {
     const pid_t between = fork();
     if (between == 0) {
         const ScratchFolder folder;
-        HelperProcess helper(TESSARINE_CODEC_MISBEHAVING);
+        DrivenHelper helper(TESSARINE_CODEC_MISBEHAVING);
         Descriptor file;
         if (isHanging) {
             writeAll(folder / "words.jpg", misbehavingFile("hang"));
@@ -112,7 +112,7 @@ TEST(TheEndOfAHelper, ComesBetweenTwoPicturesWhenDecodersHaveLostMuchMemory) {
     const ScratchFolder folder;
     const std::string path = folder / "words.jpg";
     writeAll(path, misbehavingFile("leak"));
-    HelperProcess helper(TESSARINE_CODEC_MISBEHAVING);
+    DrivenHelper helper(TESSARINE_CODEC_MISBEHAVING);
     int served = 0;
     while (helper.read(path, "jpg").done)
         ASSERT_LT(++served, 10);
@@ -124,7 +124,7 @@ TEST(TheEndOfAHelper, ComesAfterManyPictures) {
     const ScratchFolder folder;
     const std::string path = folder / "picture.ppm";
     writePixmap(path, randomBuffer(2, 2, 3));
-    HelperProcess helper;
+    DrivenHelper helper;
     const uint32_t most = Service{}.mostRequests;
     for (uint32_t served = 0; served < most; ++served)
         ASSERT_TRUE(helper.read(path, "ppm").done) << served;
@@ -142,7 +142,7 @@ Misbehaved misbehaving(const std::string& word) {
     const ScratchFolder folder;
     const std::string path = folder / "words.gif";
     writeAll(path, misbehavingFile(word));
-    HelperProcess helper(TESSARINE_CODEC_MISBEHAVING);
+    DrivenHelper helper(TESSARINE_CODEC_MISBEHAVING);
     Misbehaved misbehaved;
     misbehaved.result = helper.read(path, "gif");
     misbehaved.end = helper.end(500ms);
@@ -173,7 +173,7 @@ TEST(AMisbehavingHelper, LiesAsTold) {
 }
 
 TEST(AMisbehavingHelper, MisbehavesOverAPictureToBeWrittenToo) {
-    HelperProcess helper(TESSARINE_CODEC_MISBEHAVING);
+    DrivenHelper helper(TESSARINE_CODEC_MISBEHAVING);
     const Descriptor output = unnamedFile();
     const auto good = helper.write(PixelBuffer(16, 16), "bmp", 8, output.get(), {});
     ASSERT_TRUE(good);
@@ -186,7 +186,7 @@ TEST(AMisbehavingHelper, IsNotTheOrdinaryOne) {
     const ScratchFolder folder;
     const std::string path = folder / "words.gif";
     writeAll(path, misbehavingFile("crash"));
-    HelperProcess helper;
+    DrivenHelper helper;
     const HelperRead result = helper.read(path, "gif");
     ASSERT_TRUE(result.done);
     EXPECT_EQ(errorClass(result.done->error), "unreadable");

@@ -15,8 +15,8 @@
 #include <unistd.h>
 #include <vector>
 
-#include "../misbehaviour.h"
 #include "imagefiles/worker/helper.h"
+#include "support/misbehaviour.h"
 
 namespace tessarine::tests {
 namespace {

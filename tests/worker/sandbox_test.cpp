@@ -3,10 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include "helper_process.h"
+#include "driven_helper.h"
 #include "imagefiles/worker/build.h"
-#include "misbehaviour.h"
 #include "support/files.h"
+#include "support/misbehaviour.h"
 #include "support/paths.h"
 #include "support/pictures.h"
 
@@ -21,7 +21,7 @@ class Caged {
   public:
     explicit Caged(const std::string& kind = "files") : helper(TESSARINE_CODEC_MISBEHAVING, kind) {}
 
-    HelperRead told(const std::string& words, const HelperProcess::Wishes& wishes = {}) {
+    HelperRead told(const std::string& words, const DrivenHelper::Wishes& wishes = {}) {
         writeAll(file(), misbehavingFile(words));
         return helper.read(file(), "jpg", wishes);
     }
@@ -33,7 +33,7 @@ class Caged {
     std::string file() const { return folder / "words.jpg"; }
 
     ScratchFolder folder;
-    HelperProcess helper;
+    DrivenHelper helper;
 };
 
 class ACage : public testing::TestWithParam<const char*> {
@@ -99,7 +99,7 @@ TEST(AHelpersMemory, IsNewToEachPicture) {
 TEST(AHelpersMemory, EndsWhereThePictureMayHaveNoMore) {
     if (isSanitized) GTEST_SKIP() << "sanitizers need all address space";
     Caged caged;
-    HelperProcess::Wishes wishes;
+    DrivenHelper::Wishes wishes;
     wishes.memoryBytes = uint64_t{200} << 20;
     const HelperRead result = caged.told("allocate", wishes);
     ASSERT_TRUE(result.done);
@@ -114,7 +114,7 @@ TEST(AHelpersMemory, IsAskedForInVainByAHeaderThatPromisesTooMuch) {
     Caged caged;
     const std::string path = caged.folder / "large.ppm";
     writeAll(path, "P6\n20000 20000\n255\n");
-    HelperProcess::Wishes wishes;
+    DrivenHelper::Wishes wishes;
     wishes.memoryBytes = uint64_t{200} << 20;
     const HelperRead result = caged.helper.read(path, "ppm", wishes);
     ASSERT_TRUE(result.done);
@@ -124,7 +124,7 @@ TEST(AHelpersMemory, IsAskedForInVainByAHeaderThatPromisesTooMuch) {
 
 TEST(AHelpersTime, OfTheProcessorEndsByASignal) {
     Caged caged;
-    HelperProcess::Wishes wishes;
+    DrivenHelper::Wishes wishes;
     wishes.seconds = 1;
     const auto start = steady_clock::now();
     EXPECT_FALSE(caged.told("spin", wishes).done);
@@ -135,7 +135,7 @@ TEST(AHelpersTime, OfTheProcessorEndsByASignal) {
 
 TEST(AHelpersTime, OnTheWallEndsByASignal) {
     Caged caged;
-    HelperProcess::Wishes wishes;
+    DrivenHelper::Wishes wishes;
     wishes.seconds = 0.5;
     const auto start = steady_clock::now();
     EXPECT_FALSE(caged.told("hang", wishes).done);
@@ -148,7 +148,7 @@ TEST(AHelpersTime, BeginsAnewWithEachPicture) {
     Caged caged;
     const std::string good = caged.folder / "good.ppm";
     writePixmap(good, randomBuffer(90, 80, 3));
-    HelperProcess::Wishes wishes;
+    DrivenHelper::Wishes wishes;
     wishes.seconds = 0.4;
     const auto start = steady_clock::now();
     int served = 0;
