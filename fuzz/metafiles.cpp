@@ -14,11 +14,12 @@
 using namespace tessarine;
 
 // What the program itself does with a metafile: it reads the headers, judges the size, chooses the
-// fonts, frames the drawing and takes the pixels over. The two libraries that read the records are
-// old and do not survive records that lie, for which the program has a process that may die; so
-// they are left out here, and stand-ins answer in their place. These say and draw whatever the
-// input tells them, as the libraries might. librsvg, cairo and the system's fonts are the real
-// ones.
+// fonts, frames the drawing and takes the pixels over. The libraries that read the records, libwmf
+// and libemf2svg, are left out: where they break is not for this program to mend, which reads its
+// pictures in a process that may die. Stand-ins answer in their place, and say and draw whatever
+// the input tells them, as the libraries might. librsvg, cairo and the system's fonts are the real
+// ones, but they are shown one simple drawing, or one that is no drawing: librsvg ends the process
+// over texts of a size that no font can have, for which some records ask.
 
 namespace {
 

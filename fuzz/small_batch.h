@@ -66,7 +66,8 @@ inline void boundResize(int32_t& width, int32_t& height, bool keepsProportions) 
 inline constexpr int32_t longestSide = 8 * 48 * 2 + 2;
 
 /// Bounds what the rows of a list do to a picture's size; each turn by other than right angles
-/// makes it larger too.
+/// makes it larger too. Round functions take a step for each row of their disc, of which a picture
+/// that has grown makes a million.
 inline void boundSizes(std::vector<FunctionRecord>& records) {
     int32_t id = 0;
     int turns = 0;
@@ -74,6 +75,7 @@ inline void boundSizes(std::vector<FunctionRecord>& records) {
         // A number that cannot be read leaves that of the record before.
         attempt([&] { id = toInteger32(record.id); });
         if (id == 70 && ++turns > 2) record.id = "31", id = 31;
+        if (id == 27 || id == 36) record.parameters[0] %= 1000;
         if (id == 59) boundResize(record.parameters[0], record.parameters[1], record.option != 0);
     }
 }

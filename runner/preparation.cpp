@@ -171,11 +171,6 @@ void prepareRun(cBatch& batch, const CommandLine& line) {
     checkCounts(batch, line.windowMode);
     if (!line.windowMode) protectPictures(batch, extension);
     protectFromReport(batch, line, extension);
-    try {
-        TempFolder();
-    } catch (const StatementFailed& failure) {
-        refuseStart(failure.what());
-    }
 }
 
 }  // namespace tessarine
