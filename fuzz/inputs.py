@@ -26,6 +26,36 @@ def function(name, number, parameters=(0, 0, 0), colours=(0, 0), option=0, style
             + struct.pack("<h", option) + text(style, 30) + struct.pack("<2fi", *point, 0))
 
 
+def helper_answers():
+    def need(width, height, number=1):
+        return struct.pack("<BBhh", number, 0, width, height)
+
+    def read_done(error, width, height, block, number=1, message=b""):
+        return (struct.pack("<BBBhhhBB", number, 2, error, width, height, 24, block, len(message))
+                + message)
+
+    def write_done(error, message=b"", number=2):
+        return struct.pack("<BBBB", number, 3, error, len(message)) + message
+
+    def helper(*packets, how=1, status=0, ready=True):
+        return (bytes([0 if ready else 1, len(packets)]) + b"".join(packets)
+                + bytes([how, status]))
+
+    ask = b"\1\1"
+    good = [need(8, 8), read_done(0, 8, 8, 1)]
+    write("helper_answers", "read-and-written", ask + helper(*good, write_done(0)))
+    write("helper_answers", "cannot-write", ask + helper(*good, write_done(5, b"the disk is full")))
+    write("helper_answers", "second-block", ask + helper(need(8, 8), need(9, 9),
+                                                         read_done(0, 9, 9, 2)))
+    write("helper_answers", "unreadable", ask + helper(read_done(1, 0, 0, 0, 1, b"no\xc3\xa9\x1b[")))
+    write("helper_answers", "too-large", ask + helper(need(32767, 32767), read_done(2, 0, 0, 0)))
+    write("helper_answers", "larger-than-its-block", ask + helper(need(8, 8),
+                                                                  read_done(0, 999, 999, 1)))
+    write("helper_answers", "died", ask + helper(need(8, 8), how=2, status=11) + helper(*good))
+    write("helper_answers", "never-ready", ask + helper(*good, ready=False) * 3)
+    write("helper_answers", "many-blocks", ask + helper(*[need(2, 2)] * 20))
+
+
 def function_lists():
     contrast = function("Contrast", 2, (60, 0, 0))
     lens = function("Lens", 27, (50, 50, 0), point=(12.5, 40))
@@ -319,5 +349,6 @@ def metafiles():
           + emf((500, 500, 500, 550), (-900, -10, 900, 1500)))
 
 
-for make in (function_lists, picture_lists, settings, regions, apply, filters, decoders, metafiles):
+for make in (function_lists, picture_lists, settings, regions, apply, filters, decoders, metafiles,
+             helper_answers):
     make()

@@ -263,7 +263,8 @@ Decoded decodeBmp(Bytes file, bool fileHeader) {
     return decoded;
 }
 
-std::optional<Decoded> takeOverBmp(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverBmp(const PictureSource& source) {
+    const Bytes file = source.file;
     if (!startsWith(file, "BM")) return std::nullopt;
     ByteReader in(file);
     in.skip(14);

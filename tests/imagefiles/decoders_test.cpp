@@ -38,7 +38,7 @@ bool decode(const std::string& extension, const std::string& bytes) {
         else if (extension == "dib")
             decoded = decodeBmp(file, false);
         else
-            decoded = findExtension(extension)->takeOver(file, "/nowhere/picture." + extension);
+            decoded = findExtension(extension)->takeOver({file, {}});
     });
     return decoded && decoded->bitmap.isValid() && decoded->bitmap.width() > 0;
 }
