@@ -125,7 +125,8 @@ struct ChoiceList {
 /// nothing is thrown.
 class cBatch {
   public:
-    explicit cBatch(Platform& platform);
+    /// \param files  who reads and writes picture files for it
+    explicit cBatch(Platform& platform, PictureFiles& files = localFiles());
     cBatch(const cBatch&) = delete;
     cBatch& operator=(const cBatch&) = delete;
 
@@ -475,6 +476,7 @@ class cBatch {
     bool setSliderValue(int16_t index, int32_t value);
 
     Platform& platform_;
+    PictureFiles& files_;
     int runsUnderWay_ = 0;
     int16_t selectedNode_ = 0;   ///< tree index of the node last selected; 0 for none
     bool choosingBank_ = false;  ///< a column of frBanks is being cleared

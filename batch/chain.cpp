@@ -27,7 +27,7 @@ bool readsSliders(int32_t id) { return id < 41 && id != 26 && id != 39 && id != 
 
 }  // namespace
 
-cBatch::cBatch(Platform& platform) : platform_(platform) {
+cBatch::cBatch(Platform& platform, PictureFiles& files) : platform_(platform), files_(files) {
     for (const FormatRow& row : formatTable())
         cboFormat.items.emplace_back(row.text);
     cFilter.timeGetTime = [this] { return platform_.timeGetTime(); };

@@ -23,13 +23,14 @@ void cBatch::ShowImageDetails(const std::string& path) {
     hidePreview();
     if (isPlatformExtension(extension)) {
         attempt([&] {
-            tPreview.setPicture(LoadPicture(path, extension).bitmap);
+            tPreview.setPicture(LoadPicture(path, extension, files_).bitmap);
             attempt([&] { format.loadedWidth = toInteger16(double(tPreview.width())); });
             attempt([&] { format.loadedHeight = toInteger16(double(tPreview.height())); });
             // Fixed figures; the file is not asked.
             format.loadedDepth = extension == "gif" ? 8 : 16;
         });
-    } else if (const std::optional<Bitmap> bitmap = LoadImageFile(format, path, extension)) {
+    } else if (const std::optional<Bitmap> bitmap =
+                   LoadImageFile(format, path, extension, files_)) {
         // The bitmap's own size: the figures of the last load hold 16 bits only.
         attempt([&] {
             tPreview.setSize(bitmap->width(), bitmap->height());

@@ -24,6 +24,11 @@ int16_t countOf(size_t items) {
     return count;
 }
 
+std::string whyNoPicture(const std::string& extension, const std::string& reason) {
+    const std::string message = "no picture can be read from it as ." + extension;
+    return reason.empty() ? message : message + ": " + reason;
+}
+
 void noteSave(const SaveOutcome& outcome, PictureReport& entry) {
     entry.bytes = outcome.bytes;
     switch (outcome.status) {
@@ -35,7 +40,7 @@ void noteSave(const SaveOutcome& outcome, PictureReport& entry) {
             break;
         case SaveOutcome::Status::failed:
             entry.status = PictureReport::Status::failed;
-            entry.error = "cannot-write";
+            entry.error = errorClass(outcome.error);
             entry.message = outcome.message;
             break;
     }
@@ -122,17 +127,17 @@ void cBatch::BatchAll() {
         paintResultIntoSource();
 
         entry.output = outputName(destination, i, extension);
-        const std::string whyNotLoaded = entry.message;
+        const PictureReport asLoaded = entry;
         noteSave(SaveImageFile(format, iSrc, extension, entry.output, chkOverwrite != 0,
-                               static_cast<int16_t>(cboFormat.index)),
+                               static_cast<int16_t>(cboFormat.index), files_),
                  entry);
         iSrc.clearSurface();
         append(std::string(lineEnd) + " Processed Image Saved as " + outputName({}, i, extension));
 
         if (!loaded) {
             entry.status = PictureReport::Status::failed;
-            entry.error = "unreadable";
-            entry.message = whyNotLoaded + "; the picture before it was processed in its place";
+            entry.error = asLoaded.error;
+            entry.message = asLoaded.message + "; the picture before it was processed in its place";
         }
         entry.ms = millisecondsSince(start);
         report.add(std::move(entry));
@@ -167,27 +172,35 @@ bool cBatch::loadIntoSource(const std::string& path, PictureReport& entry) {
     iSrc.autoRedraw = true;
     // Where nothing was read the holder keeps its picture and its size, and the run takes that
     // picture in once more.
-    entry.error = "unreadable";
+    entry.error = errorClass(FileError::unreadable);
     entry.message = whyNotReadable(path);
     if (!entry.message.empty()) return false;
     try {
         if (isPlatformExtension(extension)) {
-            LoadedPicture picture = LoadPicture(path, extension);
+            LoadedPicture picture = LoadPicture(path, extension, files_);
             entry.depth = picture.depth;
             iSrc.setPicture(std::move(picture.bitmap));
         } else {
-            format.lastFormatError.clear();
-            std::optional<Bitmap> bitmap = LoadImageFile(format, path, extension);
-            if (!bitmap) throw StatementFailed(format.lastFormatError);
+            std::optional<Bitmap> bitmap = LoadImageFile(format, path, extension, files_);
+            if (!bitmap) throw FileRefused(format.lastFileError, format.lastFormatError);
             entry.depth = format.loadedDepth;
             // The bitmap's own size: the figures of the last load hold 16 bits only.
             iSrc.setSize(bitmap->width(), bitmap->height());
             format.FreeImage_RenderBitmap(bitmap, &iSrc, 0, 0, -1, -1, false);
             iSrc.keepDrawing();
         }
+    } catch (const FileRefused& refusal) {
+        entry.error = errorClass(refusal.error());
+        entry.message = refusal.error() == FileError::unreadable
+                            ? whyNoPicture(extension, refusal.what())
+                            : refusal.what();
+        return false;
+    } catch (const MemoryFailed& failure) {
+        entry.error = errorClass(FileError::tooLarge);
+        entry.message = failure.what();
+        return false;
     } catch (const StatementFailed& failure) {
-        entry.message = "no picture can be read from it as ." + extension;
-        if (*failure.what() != '\0') entry.message += std::string(": ") + failure.what();
+        entry.message = whyNoPicture(extension, failure.what());
         return false;
     }
     platform_.changed("iSrc");

@@ -1,7 +1,5 @@
-#include <array>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 
 #include "batch/batch.h"
 #include "batch/texts.h"
@@ -20,32 +18,13 @@ PictureReport failed(PictureReport entry, const std::string& error, const std::s
     return entry;
 }
 
-/// A message about one file, as one about the file that it stands for.
-std::string aboutOutput(std::string message, const std::string& written,
-                        const std::string& output) {
-    const size_t at = message.find(written);
-    if (at == std::string::npos) return "cannot write the file " + output + ": " + message;
-    return message.replace(at, written.size(), output);
-}
-
-/// Writes a picture to an open file, by way of a temporary one. \return why it failed; empty where
-/// it did not
-std::string writePicture(mFormat& format, PictureHolder& picture, const std::string& extension,
-                         int16_t formatIndex, const std::string& output, OutputFile& file) {
-    const std::string temporary = TempFolder() + "output." + extension;
-    const SaveOutcome outcome =
-        SaveImageFile(format, picture, extension, temporary, true, formatIndex);
-    if (outcome.status != SaveOutcome::Status::saved)
-        return aboutOutput(outcome.message, temporary, output);
-    std::ifstream saved(temporary, std::ios::binary);
-    std::array<char, 1 << 16> bytes;
-    while (saved.read(bytes.data(), bytes.size()), saved.gcount() > 0)
-        file.write(bytes.data(), static_cast<size_t>(saved.gcount()));
-    saved.close();
-    std::error_code ignored;
-    std::filesystem::remove(temporary, ignored);
-    file.finish();
-    return file.failure();
+WriteOutcome writeTo(OutputFile& file, PictureFiles& files, const PictureHolder& picture,
+                     const std::string& extension, int16_t formatIndex) {
+    try {
+        return files.write(savedBitmap(picture, extension), extension, formatIndex, file);
+    } catch (const MemoryFailed& failure) {
+        return {FileError::tooLarge, failure.what()};
+    }
 }
 
 /// The filter engine of picture `number`. Its clock stands still, so that no report by row is ever
@@ -130,10 +109,13 @@ PictureReport cBatch::processAlone(int32_t number, const std::string& destinatio
 
     Draft draft(entry.output);
     OutputFile file;
-    if (!draft.writeThrough(file)) return failed(entry, "cannot-write", draft.failure());
-    const std::string whyNotWritten = writePicture(
-        format, iSrc, extension, static_cast<int16_t>(cboFormat.index), entry.output, file);
-    if (!whyNotWritten.empty()) return failed(entry, "cannot-write", whyNotWritten);
+    const std::string cannotWrite(errorClass(FileError::cannotWrite));
+    if (!draft.writeThrough(file)) return failed(entry, cannotWrite, draft.failure());
+    const WriteOutcome written =
+        writeTo(file, files_, iSrc, extension, static_cast<int16_t>(cboFormat.index));
+    if (written.error != FileError::none)
+        return failed(entry, std::string(errorClass(written.error)), written.message);
+    if (!file.finish()) return failed(entry, cannotWrite, file.failure());
     switch (draft.publish(overwrite)) {
         case Draft::End::published:
             entry.status = PictureReport::Status::saved;

@@ -16,7 +16,7 @@ struct PictureReport {
     std::string input;
     std::string output;
     Status status = Status::failed;
-    std::string error;    ///< a class: "unreadable", "cannot-write"; empty for none
+    std::string error;    ///< a class of errorClass(); empty for none
     std::string message;  ///< in words; empty for none
     int32_t width = 0;    ///< pixels as read; 0 where nothing was
     int32_t height = 0;

@@ -39,7 +39,8 @@ void save(benchmark::State& state, int16_t row) {
     holder.setPicture(testPicture());
     mFormat format;
     const std::string extension(formatTable()[static_cast<size_t>(row)].extension);
-    const std::string path = TempFolder() + "/bench." + extension;
+    const std::string path =
+        std::filesystem::temp_directory_path() / ("tessarine-bench." + extension);
     for (auto _ : state) {
         const SaveOutcome outcome = SaveImageFile(format, holder, extension, path, true, row);
         if (outcome.status != SaveOutcome::Status::saved)

@@ -1,11 +1,10 @@
 #include "imagefiles/bmp_writer.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <limits>
-#include <vector>
 
-#include "imagefiles/output_file.h"
 #include "pixels/failures.h"
 
 namespace tessarine {
@@ -35,7 +34,7 @@ std::array<uint8_t, headerSize> headerOf(int32_t width, int32_t height, int64_t 
 
 }  // namespace
 
-void writeBmp(const Bitmap& bitmap, const std::string& path) {
+std::vector<uint8_t> bmpOf(const Bitmap& bitmap) {
     if (!bitmap.isValid() || bitmap.width() < 1 || bitmap.height() < 1)
         throw StatementFailed("there is no picture to save");
     const int64_t rowBytes = (int64_t{bitmap.width()} * 3 + 3) / 4 * 4;
@@ -44,22 +43,20 @@ void writeBmp(const Bitmap& bitmap, const std::string& path) {
     if (headerSize + pixelBytes > std::numeric_limits<int32_t>::max())
         throw StatementFailed("the picture is too large for this format");
 
-    OutputFile file;
-    if (!file.create(path)) throw StatementFailed(file.failure());
+    std::vector<uint8_t> file(static_cast<size_t>(headerSize + pixelBytes));
     const auto header = headerOf(bitmap.width(), bitmap.height(), pixelBytes);
-    bool going = file.write(header.data(), header.size()) == header.size();
-    std::vector<uint8_t> row(static_cast<size_t>(rowBytes));
-    for (int32_t y = bitmap.height() - 1; y >= 0 && going; --y) {
+    std::copy(header.begin(), header.end(), file.begin());
+    uint8_t* row = file.data() + headerSize;
+    for (int32_t y = bitmap.height() - 1; y >= 0; --y, row += rowBytes) {
         const Pixel* source = bitmap.row(y);
-        uint8_t* target = row.data();
+        uint8_t* target = row;
         for (int32_t x = 0; x < bitmap.width(); ++x) {
             *target++ = source[x].blue;
             *target++ = source[x].green;
             *target++ = source[x].red;
         }
-        going = file.write(row.data(), row.size()) == row.size();
     }
-    if (!file.finish()) throw StatementFailed(file.failure());
+    return file;
 }
 
 }  // namespace tessarine

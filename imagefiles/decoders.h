@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
 
 #include "imagefiles/decoding.h"
 
@@ -17,29 +16,29 @@ namespace tessarine {
 /// \param fileHeader  whether "BM" and the rest of the file header come first
 Decoded decodeBmp(Bytes file, bool fileHeader);
 
-std::optional<Decoded> takeOverBmp(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverCut(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverDcx(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverDds(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverIff(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverKoa(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverLmp(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverMdl(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverAct(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverPal(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverPcd(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverPcx(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverPic(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverPix(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverPnm(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverPsp(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverRaw(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverRas(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverSgi(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverTga(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverTiff(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverWal(Bytes file, const std::string& path);
-std::optional<Decoded> takeOverXpm(Bytes file, const std::string& path);
+std::optional<Decoded> takeOverBmp(const PictureSource& source);
+std::optional<Decoded> takeOverCut(const PictureSource& source);
+std::optional<Decoded> takeOverDcx(const PictureSource& source);
+std::optional<Decoded> takeOverDds(const PictureSource& source);
+std::optional<Decoded> takeOverIff(const PictureSource& source);
+std::optional<Decoded> takeOverKoa(const PictureSource& source);
+std::optional<Decoded> takeOverLmp(const PictureSource& source);
+std::optional<Decoded> takeOverMdl(const PictureSource& source);
+std::optional<Decoded> takeOverAct(const PictureSource& source);
+std::optional<Decoded> takeOverPal(const PictureSource& source);
+std::optional<Decoded> takeOverPcd(const PictureSource& source);
+std::optional<Decoded> takeOverPcx(const PictureSource& source);
+std::optional<Decoded> takeOverPic(const PictureSource& source);
+std::optional<Decoded> takeOverPix(const PictureSource& source);
+std::optional<Decoded> takeOverPnm(const PictureSource& source);
+std::optional<Decoded> takeOverPsp(const PictureSource& source);
+std::optional<Decoded> takeOverRaw(const PictureSource& source);
+std::optional<Decoded> takeOverRas(const PictureSource& source);
+std::optional<Decoded> takeOverSgi(const PictureSource& source);
+std::optional<Decoded> takeOverTga(const PictureSource& source);
+std::optional<Decoded> takeOverTiff(const PictureSource& source);
+std::optional<Decoded> takeOverWal(const PictureSource& source);
+std::optional<Decoded> takeOverXpm(const PictureSource& source);
 
 /// The first frame of a GIF on its logical screen; white where nothing is drawn.
 Decoded decodeGif(Bytes file);

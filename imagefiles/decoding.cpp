@@ -2,40 +2,23 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstdio>
-#include <memory>
-#include <new>
-#include <sys/stat.h>
 
-#include "pixels/failures.h"
+#include "imagefiles/picture_files.h"
 
 namespace tessarine {
 
 void refuse(const char* why) { throw StatementFailed(why); }
 
-std::vector<uint8_t> readWholeFile(const std::string& path) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rbe"), &std::fclose);
-    if (!file) refuse("the file cannot be opened");
-    struct stat status {};
-    if (fstat(fileno(file.get()), &status) != 0 || !S_ISREG(status.st_mode))
-        refuse("this is no regular file");
-    if (status.st_size > (off_t{1} << 31)) refuse("the file is too large");
-    std::vector<uint8_t> bytes;
-    try {
-        bytes.resize(static_cast<size_t>(status.st_size));
-    } catch (const std::bad_alloc&) {
-        refuse("memory does not suffice for the file");
-    }
-    if (std::fread(bytes.data(), 1, bytes.size(), file.get()) != bytes.size())
-        refuse("the file cannot be read to its end");
-    return bytes;
+void refuseTooLarge(uint64_t width, uint64_t height) {
+    throw FileRefused(FileError::tooLarge, "the picture is too large: " + std::to_string(width) +
+                                               " x " + std::to_string(height) + " pixels");
 }
 
 Bitmap bitmapFor(uint64_t width, uint64_t height, uint64_t dataBytes, uint64_t pixelsPerByte) {
-    if (width < 1 || height < 1 || width > 0xFFFF || height > 0xFFFF)
-        refuse("the picture's size makes no sense");
+    if (width < 1 || height < 1) refuse("the picture's size makes no sense");
+    if (width > maxPixels / height) refuseTooLarge(width, height);
+    if (width > 0xFFFF || height > 0xFFFF) refuse("the picture's size makes no sense");
     const uint64_t pixels = width * height;
-    if (pixels > maxPixels) refuse("the picture is too large");
     if (dataBytes < pixels / pixelsPerByte) refuse("the file is too short for its picture");
     return Bitmap(static_cast<int32_t>(width), static_cast<int32_t>(height));
 }

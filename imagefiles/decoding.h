@@ -16,17 +16,16 @@ struct Decoded {
     int16_t depth = 0;  ///< bits per pixel as the file stores them
 };
 
-/// The bytes of a regular file.
-/// \throws StatementFailed where it cannot be read, or is larger than 2 gigabytes
-std::vector<uint8_t> readWholeFile(const std::string& path);
-
-/// The largest number of pixels that a decoder of this room makes.
+/// The largest number of pixels that is decoded: 2 gigabytes as a bitmap, about twice that while a
+/// library decodes it, and three times that while filters work on it. More is beyond the machines
+/// that this is made for.
 constexpr uint64_t maxPixels = uint64_t{1} << 29;
 
 /// A black bitmap, once the claimed size is believable.
 /// \param dataBytes     bytes that the file has for its pixels
 /// \param pixelsPerByte the most pixels that one byte of the format can stand for
-/// \throws StatementFailed for a side of 0 or above 65535, and for a size that the data cannot fill
+/// \throws StatementFailed for a side of 0 or above 65535, and for a size that the data cannot
+/// fill, FileRefused for more than maxPixels
 Bitmap bitmapFor(uint64_t width, uint64_t height, uint64_t dataBytes, uint64_t pixelsPerByte);
 
 /// Reads a block of bytes from front to back. Each member throws StatementFailed, and moves
@@ -61,6 +60,8 @@ bool startsWith(Bytes bytes, std::string_view text);
 
 /// Refuses the file with a reason.
 [[noreturn]] void refuse(const char* why);
+/// Refuses the file for its size: more pixels than maxPixels.
+[[noreturn]] void refuseTooLarge(uint64_t width, uint64_t height);
 
 /// 16 bits a channel to 8, to the nearest.
 constexpr uint8_t to8(uint16_t sample) {

@@ -1,31 +1,44 @@
 #include "imagefiles/devil_route.h"
 
-#include <mutex>
-
 #include <FreeImage.h>
 #include <IL/il.h>
 
-#include "imagefiles/devil.h"
-#include "imagefiles/temp_folder.h"
+#include "imagefiles/devil_io.h"
+#include "imagefiles/dib_pixels.h"
+#include "pixels/failures.h"
 
 namespace tessarine {
 
-FIBITMAP* loadThroughDevil(const std::string& path, uint32_t type) {
-    const LoadFolder folder;
-    const std::string tempName = folder.path() + "4546643";
-    {
-        const std::lock_guard lock(devilLock());
-        startDevil();
-        ILuint image = 0;
-        ilGenImages(1, &image);
-        ilBindImage(image);
-        // What a failed load leaves behind may be half made, so its name is not torn down.
-        const ILboolean loaded = type == 0 ? ilLoadImage(path.c_str()) : ilLoad(type, path.c_str());
-        if (loaded != 1) return nullptr;
-        ilSave(IL_BMP, tempName.c_str());
-        ilDeleteImages(1, &image);
+namespace {
+
+constexpr const char* noMemory = "memory does not suffice for the picture";
+
+/// The picture as DevIL writes it in its BMP; nothing where DevIL cannot read the file.
+std::optional<MemoryWriter> bmpByDevil(Bytes file, const std::string& name, uint32_t type) {
+    DevilImage image;
+    MemoryReader source(file);
+    const DevilReads reading(source);
+    const ILboolean loaded = type == 0 ? ilLoadImage(name.c_str()) : ilLoad(type, name.c_str());
+    bool outOfMemory = false;
+    takeDevilError(&outOfMemory);
+    if (loaded != 1) {
+        image.leaveBroken();
+        if (outOfMemory) throw MemoryFailed(noMemory);
+        return std::nullopt;
     }
-    return FreeImage_Load(FIF_BMP, tempName.c_str(), 0);
+    std::optional<MemoryWriter> bmp(std::in_place);
+    const DevilWrites writing(*bmp);
+    ilSave(IL_BMP, "picture.bmp");
+    takeDevilError(&outOfMemory);
+    if (outOfMemory || bmp->ranOut()) throw MemoryFailed(noMemory);
+    return bmp;
+}
+
+}  // namespace
+
+FIBITMAP* loadThroughDevil(Bytes file, const std::string& extension, uint32_t type) {
+    const std::optional<MemoryWriter> bmp = bmpByDevil(file, "picture." + extension, type);
+    return bmp ? loadDib(bmp->bytes(), FIF_BMP, 0) : nullptr;
 }
 
 }  // namespace tessarine

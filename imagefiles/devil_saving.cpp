@@ -1,71 +1,36 @@
 #include "imagefiles/devil_saving.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string_view>
 #include <vector>
 
-#include <IL/il.h>
 #include <IL/ilu.h>
 
+#include "imagefiles/bmp_writer.h"
+#include "imagefiles/devil_io.h"
 #include "pixels/failures.h"
 
 namespace tessarine {
 
 namespace {
 
-/// The file that the library is writing; it hands its callbacks no more than the path.
-OutputFile* target = nullptr;
-
-ILHANDLE ILAPIENTRY openTarget(ILconst_string path) {
-    return target->create(path) ? target : nullptr;
-}
-/// The file stays open: it may want mending, and closing it is the caller's.
-void ILAPIENTRY leaveTarget(ILHANDLE) {}
-ILint ILAPIENTRY putByte(ILubyte byte, ILHANDLE) {
-    return target->write(&byte, 1) == 1 ? byte : IL_EOF;
-}
-ILint ILAPIENTRY seekTarget(ILHANDLE, ILint offset, ILint origin) {
-    return target->seek(offset, origin) ? 0 : -1;
-}
-ILint ILAPIENTRY tellTarget(ILHANDLE) { return static_cast<ILint>(target->tell()); }
-ILint ILAPIENTRY writeTarget(const void* bytes, ILuint size, ILuint count, ILHANDLE) {
-    if (size == 0) return 0;
-    return static_cast<ILint>(target->write(bytes, size_t{size} * count) / size);
-}
-
-/// Has DevIL's writing go through `file` while it lives, so that no failing write is overlooked.
-class WritingTo {
-  public:
-    explicit WritingTo(OutputFile& file) {
-        target = &file;
-        ilSetWrite(openTarget, leaveTarget, putByte, seekTarget, tellTarget, writeTarget);
-    }
-    ~WritingTo() {
-        ilResetWrite();
-        target = nullptr;
-    }
-    WritingTo(const WritingTo&) = delete;
-    WritingTo& operator=(const WritingTo&) = delete;
-};
-
-/// The text of the first error in the library's queue, which is emptied.
-std::string takeError() {
-    const ILenum first = ilGetError();
-    while (ilGetError() != IL_NO_ERROR) {
-    }
-    if (first == IL_NO_ERROR) return {};
-    const char* text = iluErrorString(first);
+std::string inWords(ILenum error) {
+    if (error == IL_NO_ERROR) return "it gives no reason";
+    const char* text = iluErrorString(error);
     return text != nullptr ? text : "unknown error";
 }
 
-/// Extension of the path, letters in lower case.
-std::string extensionOf(const std::string& path) {
-    std::string extension = path.substr(path.find_last_of('.') + 1);
-    for (char& c : extension)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return extension;
+void takePictureOver(const Bitmap& picture) {
+    const std::vector<uint8_t> bmp = bmpOf(picture);
+    MemoryReader source(bmp);
+    const DevilReads reading(source);
+    if (ilLoad(IL_BMP, "picture.bmp") == IL_TRUE) return;
+    bool outOfMemory = false;
+    const ILenum error = takeDevilError(&outOfMemory);
+    const std::string why = "cannot take the picture over for saving: " + inWords(error);
+    if (outOfMemory) throw MemoryFailed(why);
+    throw StatementFailed(why);
 }
 
 /// The largest side that the format's header can hold; the library does not look at it.
@@ -142,24 +107,25 @@ void dropTiffTime(OutputFile& file) {
 
 }  // namespace
 
-void saveThroughDevil(const std::string& temporaryBmp, const std::string& path, OutputFile& file) {
-    if (ilLoadImage(temporaryBmp.c_str()) != 1)
-        throw StatementFailed("cannot take the picture over for saving: " + takeError());
-    const std::string extension = extensionOf(path);
+void saveThroughDevil(const Bitmap& picture, const std::string& extension, OutputFile& file) {
+    const DevilImage image;
+    takePictureOver(picture);
     const ILint longest = longestSide(extension);
     if (ilGetInteger(IL_IMAGE_WIDTH) > longest || ilGetInteger(IL_IMAGE_HEIGHT) > longest)
         throw StatementFailed("the picture is too large for this format: a side has at most " +
                               std::to_string(longest) + " pixels");
 
-    // Telling the format of a small file by its content leaves errors of the guesses that failed.
-    takeError();
-    const WritingTo writing(file);
-    const bool said = ilSaveImage(path.c_str()) != 0;
-    const std::string error = takeError();
+    takeDevilError();
+    const DevilWrites writing(file);
+    const bool said = ilSaveImage(("picture." + extension).c_str()) != 0;
+    bool outOfMemory = false;
+    const ILenum error = takeDevilError(&outOfMemory);
     if (!file.failure().empty()) throw StatementFailed(file.failure());
-    if (!said || !error.empty() || !file.isOpen())
-        throw StatementFailed("cannot write the file " + path + ": " +
-                              (error.empty() ? "the library gives no reason" : error));
+    if (!said || error != IL_NO_ERROR) {
+        const std::string why = "the library does not write the picture: " + inWords(error);
+        if (outOfMemory) throw MemoryFailed(why);
+        throw StatementFailed(why);
+    }
 
     if (extension == "tga") clearTgaOrigin(file);
     if (extension == "tif") dropTiffTime(file);

@@ -3,13 +3,15 @@
 #include <string>
 
 #include "imagefiles/output_file.h"
+#include "imagefiles/picture.h"
 
 namespace tessarine {
 
-/// Reads a temporary BMP file and writes it in the format that the extension of `path` names, to
-/// `path`, which must not exist. Call with an image bound, under DevIL's lock. What the library
-/// leaves to chance in the file is made constant. The caller finishes `file`.
-/// \throws StatementFailed where the library cannot read, convert or write
-void saveThroughDevil(const std::string& temporaryBmp, const std::string& path, OutputFile& file);
+/// Hands DevIL a picture as a BMP in memory and has it write the format of an extension (lower
+/// case) to an open file. What the library leaves to chance in the file is made constant. The
+/// caller finishes `file`.
+/// \throws StatementFailed where the library cannot take, convert or write the picture,
+/// MemoryFailed or std::bad_alloc where memory does not suffice
+void saveThroughDevil(const Bitmap& picture, const std::string& extension, OutputFile& file);
 
 }  // namespace tessarine

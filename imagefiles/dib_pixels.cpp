@@ -8,6 +8,7 @@
 #include <FreeImage.h>
 
 #include "imagefiles/decoding.h"
+#include "imagefiles/memory_file.h"
 #include "pixels/failures.h"
 
 namespace tessarine {
@@ -69,16 +70,26 @@ void fillFromStandardType(FIBITMAP* dib, Bitmap& bitmap) {
     if (FreeImage_GetBPP(dib) == 24) return fill24(dib);
     const std::unique_ptr<FIBITMAP, void (*)(FIBITMAP*)> in24(FreeImage_ConvertTo24Bits(dib),
                                                               &FreeImage_Unload);
-    if (!in24) refuse("memory does not suffice for a 24-bit copy");
+    if (!in24) throw MemoryFailed("memory does not suffice for a 24-bit copy");
     fill24(in24.get());
 }
+
+unsigned DLL_CALLCONV readItems(void* target, unsigned size, unsigned count, fi_handle file) {
+    return static_cast<unsigned>(static_cast<MemoryReader*>(file)->read(target, size, count));
+}
+unsigned DLL_CALLCONV writeNothing(void*, unsigned, unsigned, fi_handle) { return 0; }
+int DLL_CALLCONV seekTo(fi_handle file, long offset, int origin) {
+    return static_cast<MemoryReader*>(file)->seek(offset, origin) ? 0 : -1;
+}
+long DLL_CALLCONV tellPosition(fi_handle file) { return static_cast<MemoryReader*>(file)->tell(); }
+FreeImageIO readingIo = {readItems, writeNothing, seekTo, tellPosition};
 
 }  // namespace
 
 Bitmap bitmapOfDib(FIBITMAP* dib) {
     const unsigned width = FreeImage_GetWidth(dib);
     const unsigned height = FreeImage_GetHeight(dib);
-    if (uint64_t{width} * height > maxPixels) refuse("the picture is too large");
+    if (uint64_t{width} * height > maxPixels) refuseTooLarge(width, height);
     Bitmap bitmap(static_cast<int32_t>(width), static_cast<int32_t>(height));
     switch (FreeImage_GetImageType(dib)) {
         case FIT_BITMAP:
@@ -128,13 +139,19 @@ Bitmap bitmapOfDib(FIBITMAP* dib) {
     return bitmap;
 }
 
+FIBITMAP* loadDib(Bytes file, FREE_IMAGE_FORMAT format, int flags) {
+    MemoryReader reader(file);
+    return FreeImage_LoadFromHandle(format, &readingIo, &reader, flags);
+}
+
+FREE_IMAGE_FORMAT detectFormat(Bytes file) {
+    MemoryReader reader(file);
+    return FreeImage_GetFileTypeFromHandle(&readingIo, &reader, 16);
+}
+
 Decoded decodeEmbedded(Bytes data, FREE_IMAGE_FORMAT format, int flags) {
-    // The library takes the address of bytes that may be written, and does not write them.
-    const std::unique_ptr<FIMEMORY, void (*)(FIMEMORY*)> memory(
-        FreeImage_OpenMemory(const_cast<BYTE*>(data.data()), static_cast<DWORD>(data.size())),
-        &FreeImage_CloseMemory);
-    const std::unique_ptr<FIBITMAP, void (*)(FIBITMAP*)> dib(
-        FreeImage_LoadFromMemory(format, memory.get(), flags), &FreeImage_Unload);
+    const std::unique_ptr<FIBITMAP, void (*)(FIBITMAP*)> dib(loadDib(data, format, flags),
+                                                             &FreeImage_Unload);
     if (!dib) refuse("the picture inside the file cannot be read");
     return {bitmapOfDib(dib.get()), static_cast<int16_t>(FreeImage_GetBPP(dib.get()))};
 }

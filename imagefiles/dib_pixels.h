@@ -12,6 +12,13 @@ namespace tessarine {
 /// \throws StatementFailed where memory does not suffice, or the type holds no picture
 Bitmap bitmapOfDib(FIBITMAP* dib);
 
+/// Reads bytes by a loader of the file library. The caller unloads the result; nothing where the
+/// library cannot read them.
+FIBITMAP* loadDib(Bytes file, FREE_IMAGE_FORMAT format, int flags);
+
+/// The format that the file library finds bytes to be of.
+FREE_IMAGE_FORMAT detectFormat(Bytes file);
+
 /// Reads a picture of the file library's that lies inside another file.
 /// \throws StatementFailed where the library cannot read it
 Decoded decodeEmbedded(Bytes data, FREE_IMAGE_FORMAT format, int flags);

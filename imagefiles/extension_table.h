@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include <FreeImage.h>
@@ -13,7 +12,7 @@ namespace tessarine {
 /// Reads what the row's library cannot read, or reads wrongly.
 /// \return nothing where the file is the library's to read or to refuse
 /// \throws StatementFailed where the file is of the row's format and cannot be read
-using TakeOver = std::optional<Decoded> (*)(Bytes file, const std::string& path);
+using TakeOver = std::optional<Decoded> (*)(const PictureSource& source);
 
 /// Which library reads an extension.
 enum class LoadRoute {

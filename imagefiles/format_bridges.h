@@ -5,6 +5,7 @@
 #include <string>
 
 #include "imagefiles/picture.h"
+#include "imagefiles/picture_files.h"
 
 struct FIBITMAP;
 
@@ -22,6 +23,9 @@ class mFormat {
     int16_t loadedDepth = 0;
     /// The first failure of the last bridge call, or the file library's last message.
     std::string lastFormatError;
+    /// Why the last LoadImageFile, or the last FreeImage_BMP_From_DIB that had pixels to convert,
+    /// gave nothing; none where it gave a bitmap.
+    FileError lastFileError = FileError::none;
 
     /// Makes a device bitmap of a dib, 24 bits of colour; alpha is dropped. An image that a
     /// 24-bit bitmap does not hold (16 bits a channel, CMYK, floating point) is converted to

@@ -27,4 +27,10 @@ const std::array<FormatRow, formatRowCount>& formatTable() {
     return rows;
 }
 
+std::optional<SaveRoute> routeOf(std::string_view extension) {
+    for (const FormatRow& row : formatTable())
+        if (row.extension == extension) return row.route;
+    return std::nullopt;
+}
+
 }  // namespace tessarine

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace tessarine {
@@ -10,7 +11,7 @@ namespace tessarine {
 enum class SaveRoute {
     encoder,  ///< GIF, value: bits of colour
     jpeg,     ///< JPEG, value: the file library's quality flag
-    devil,    ///< all others, from a temporary BMP file
+    devil,    ///< all others, from a BMP in memory
 };
 
 /// One row of cboFormat.
@@ -26,5 +27,8 @@ constexpr int16_t formatRowCount = 18;
 
 /// The output formats in the order of cboFormat.
 const std::array<FormatRow, formatRowCount>& formatTable();
+
+/// How files with an extension are written; nothing for an extension outside the table.
+std::optional<SaveRoute> routeOf(std::string_view extension);
 
 }  // namespace tessarine

@@ -34,6 +34,7 @@ struct FreeMap {
 /// The file knows better than the encoder why it took no more.
 [[noreturn]] void failWith(int error, const OutputFile& file) {
     if (!file.failure().empty()) throw StatementFailed(file.failure());
+    if (error == E_GIF_ERR_NOT_ENOUGH_MEM) throw MemoryFailed("not enough memory for the GIF file");
     const char* why = GifErrorString(error);
     throw StatementFailed(std::string("cannot write the GIF file: ") +
                           (why != nullptr ? why : "unknown error"));

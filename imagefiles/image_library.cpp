@@ -1,11 +1,11 @@
+#include "imagefiles/image_library.h"
+
 #include <mutex>
 #include <pthread.h>
 #include <tiffio.h>
 #include <vector>
 
 #include <FreeImage.h>
-
-#include "imagefiles/image_files.h"
 
 namespace tessarine {
 
@@ -51,6 +51,13 @@ void CloseImageLibrary() {
     if (!listeners.empty()) listeners.pop_back();
     const std::lock_guard lock(libraryMutex());
     FreeImage_DeInitialise();
+}
+
+bool tellsOfNoMemory(const std::string& message) {
+    for (const char* text : {"allocation failed", "Insufficient memory", "out of memory",
+                             "Out of memory", "Not enough memory", "not enough memory"})
+        if (message.find(text) != std::string::npos) return true;
+    return false;
 }
 
 }  // namespace tessarine

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <sys/file.h>
@@ -48,16 +47,15 @@ std::vector<std::string> namesIn(const std::string& folder,
     return names;
 }
 
-/// Takes hold of what stands under a name, if it is of the kind wanted and nobody has it.
+/// Takes hold of a file that stands under a name, if nobody has it.
 class Leftover {
   public:
-    Leftover(const std::string& path, mode_t kind, int flags)
-        : file_(::open(path.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)) {
+    explicit Leftover(const std::string& path)
+        : file_(::open(path.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)) {
         if (file_ < 0) return;
         struct stat status {};
         // Without the lock nothing is known: where a file system has none, all stays.
-        isOurs_ = ::fstat(file_, &status) == 0 && (status.st_mode & S_IFMT) == kind &&
-                  (kind != S_IFDIR || status.st_uid == ::geteuid()) &&
+        isOurs_ = ::fstat(file_, &status) == 0 && S_ISREG(status.st_mode) &&
                   ::flock(file_, LOCK_EX | LOCK_NB) == 0;
     }
     ~Leftover() {
@@ -103,24 +101,8 @@ int removeLeftDrafts(const std::string& folder) {
     for (const std::string& name :
          namesIn(folder, [&](const std::string& name) { return name.starts_with(prefix); })) {
         const std::string path = within(folder, name);
-        const Leftover draft(path, S_IFREG, O_RDWR);
+        const Leftover draft(path);
         if (draft.isOurs() && ::unlink(path.c_str()) == 0) ++removed;
-    }
-    return removed;
-}
-
-std::string temporaryFolderPrefix() { return "tessarine-" + machineMark() + "-"; }
-
-int removeLeftTemporaryFolders(const std::string& parent) {
-    const std::string prefix = temporaryFolderPrefix();
-    int removed = 0;
-    for (const std::string& name :
-         namesIn(parent, [&](const std::string& name) { return name.starts_with(prefix); })) {
-        const std::string path = within(parent, name);
-        const Leftover folder(path, S_IFDIR, O_RDONLY);
-        std::error_code failure;
-        if (folder.isOurs() && std::filesystem::remove_all(path, failure) > 0 && !failure)
-            ++removed;
     }
     return removed;
 }

@@ -4,29 +4,22 @@
 
 namespace tessarine {
 
-// A killed program cannot tidy up. What it makes for itself, hidden drafts and temporary folders,
-// therefore carries the mark of its machine and is held while the program lives; what bears this
-// machine's mark and is held by nobody is a leftover.
+// A killed program cannot tidy up. A hidden draft therefore carries the mark of its machine and is
+// held while the program lives; one that bears this machine's mark and is held by nobody is a
+// leftover.
 
 /// Tells this machine from others that may share a folder with it but not its locks: 8 hexadecimal
 /// digits.
 const std::string& machineMark();
 
-/// Holds an open file or folder for as long as it stays open.
+/// Holds an open file for as long as it stays open.
 /// \return false where somebody takes it for a leftover at this moment
 bool hold(int file);
-/// Whether an open file or folder still stands under its name.
+/// Whether an open file still stands under its name.
 bool standsUnder(const std::string& path, int file);
 
 /// Removes the drafts in a folder that runs of this machine left when they were killed.
 /// \return how many
 int removeLeftDrafts(const std::string& folder);
-
-/// What the names of this machine's temporary folders begin with.
-std::string temporaryFolderPrefix();
-
-/// Removes the temporary folders of this user that killed programs of this machine left in
-/// `parent`, with all in them. \return how many
-int removeLeftTemporaryFolders(const std::string& parent);
 
 }  // namespace tessarine

@@ -11,7 +11,8 @@ struct MetafileSize {
     int32_t height = 0;
 };
 
-/// \throws StatementFailed where a side is below half a pixel, or the picture is too large
+/// \throws StatementFailed where a side is below half a pixel, FileRefused where the picture is too
+/// large
 MetafileSize checkedSize(double width, double height);
 
 /// The same at 96 pixels an inch.

@@ -22,6 +22,12 @@ struct PictureSource {
 /// them need exist.
 std::vector<std::string> companionPaths(const std::string& path, const std::string& extension);
 
+/// Opens a picture file for reading. Folders, pipes and devices are none, and nothing waits for the
+/// writer of a pipe.
+/// \return the descriptor, which the caller closes
+/// \throws FileRefused with the system's reason
+int openPictureFile(const std::string& path);
+
 /// The most bytes that a picture file may have.
 constexpr uint64_t maxFileBytes = uint64_t{1} << 31;
 

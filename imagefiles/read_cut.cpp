@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <array>
-#include <filesystem>
 
 #include "imagefiles/decoders.h"
 #include "pixels/failures.h"
@@ -40,11 +39,10 @@ Palette readPalette(Bytes file) {
     return palette;
 }
 
-std::optional<Palette> paletteBeside(const std::string& path) {
-    for (const char* extension : {".pal", ".PAL", ".Pal"}) {
-        const std::string name = std::filesystem::path(path).replace_extension(extension);
+std::optional<Palette> paletteBeside(const PictureSource& source) {
+    for (const Bytes companion : source.companions) {
         std::optional<Palette> palette;
-        if (attempt([&] { palette = readPalette(readWholeFile(name)); })) return palette;
+        if (attempt([&] { palette = readPalette(companion); })) return palette;
     }
     return std::nullopt;
 }
@@ -68,10 +66,10 @@ void readLine(ByteReader in, const Palette& palette, Pixel* row, uint32_t width)
 
 /// A cut names no colours. With a palette beside it, it is shown in those; else the file library
 /// shows it in grey.
-std::optional<Decoded> takeOverCut(Bytes file, const std::string& path) {
-    const std::optional<Palette> palette = paletteBeside(path);
+std::optional<Decoded> takeOverCut(const PictureSource& source) {
+    const std::optional<Palette> palette = paletteBeside(source);
     if (!palette) return std::nullopt;
-    ByteReader in(file);
+    ByteReader in(source.file);
     const uint32_t width = in.u16le();
     const uint32_t height = in.u16le();
     in.skip(2);

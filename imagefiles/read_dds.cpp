@@ -215,7 +215,8 @@ int16_t depthOf(const Surface& surface) {
 
 /// DevIL darkens colours of 5 and 6 bits and knows no later header. It reads the layouts that are
 /// not known here.
-std::optional<Decoded> takeOverDds(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverDds(const PictureSource& source) {
+    const Bytes file = source.file;
     if (!startsWith(file, "DDS ")) refuse("this is no DDS picture");
     ByteReader in(file);
     const Surface surface = readHeader(in);

@@ -10,13 +10,15 @@
 
 #include "imagefiles/decoders.h"
 #include "imagefiles/metafile_size.h"
+#include "imagefiles/picture_files.h"
 
 namespace tessarine {
 
 MetafileSize checkedSize(double width, double height) {
     constexpr double longest = 16384;
     if (!(width >= 0.5 && height >= 0.5)) refuse("the metafile has no size");
-    if (!(width <= longest && height <= longest)) refuse("the metafile is too large");
+    if (!(width <= longest && height <= longest))
+        throw FileRefused(FileError::tooLarge, "the metafile is too large");
     return {static_cast<int32_t>(std::max(1.0, std::nearbyint(width))),
             static_cast<int32_t>(std::max(1.0, std::nearbyint(height)))};
 }
@@ -152,6 +154,8 @@ Decoded drawEmf(Bytes file) {
     const std::unique_ptr<cairo_surface_t, Unref> surface(
         cairo_image_surface_create(CAIRO_FORMAT_RGB24, size.width, size.height));
     const std::unique_ptr<cairo_t, Unref> context(cairo_create(surface.get()));
+    if (cairo_status(context.get()) == CAIRO_STATUS_NO_MEMORY)
+        throw MemoryFailed("memory does not suffice for the drawing");
     cairo_set_source_rgb(context.get(), 1, 1, 1);
     cairo_paint(context.get());
 

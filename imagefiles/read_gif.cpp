@@ -4,21 +4,15 @@
 #include <FreeImage.h>
 
 #include "imagefiles/decoders.h"
+#include "imagefiles/dib_pixels.h"
 #include "imagefiles/image_library.h"
+#include "pixels/failures.h"
 
 namespace tessarine {
 
 namespace {
 
 using Dib = std::unique_ptr<FIBITMAP, void (*)(FIBITMAP*)>;
-
-Dib firstFrame(Bytes file) {
-    auto* const bytes = const_cast<BYTE*>(file.data());
-    FIMEMORY* const memory = FreeImage_OpenMemory(bytes, static_cast<DWORD>(file.size()));
-    Dib frame(FreeImage_LoadFromMemory(FIF_GIF, memory, 0), &FreeImage_Unload);
-    FreeImage_CloseMemory(memory);
-    return frame;
-}
 
 /// A number that the library keeps beside the frame; 0 where it keeps none.
 int32_t frameNumber(FIBITMAP* frame, const char* name) {
@@ -35,7 +29,9 @@ Decoded decodeGif(Bytes file) {
     if (!startsWith(file, "GIF87a") && !startsWith(file, "GIF89a")) refuse("this is no GIF");
     mFormat format;
     const OpenLibrary library(format);
-    const Dib frame = firstFrame(file);
+    const Dib frame(loadDib(file, FIF_GIF, 0), &FreeImage_Unload);
+    if (!frame && tellsOfNoMemory(format.lastFormatError))
+        throw MemoryFailed("memory does not suffice for the picture");
     if (!frame || FreeImage_GetBPP(frame.get()) > 8) refuse("the file holds no frame");
 
     const auto width = static_cast<int32_t>(FreeImage_GetWidth(frame.get()));

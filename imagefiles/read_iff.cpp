@@ -7,7 +7,8 @@
 
 namespace tessarine {
 
-std::optional<Decoded> takeOverIff(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverIff(const PictureSource& source) {
+    const Bytes file = source.file;
     ByteReader in(file);
     if (file.size() < 12 || !startsWith(in.take(4), "FORM")) return std::nullopt;
     in.skip(4);

@@ -82,7 +82,8 @@ std::vector<Pixel> readRiffColours(Bytes file) {
 }  // namespace
 
 /// 256 colours, behind which their number may stand.
-std::optional<Decoded> takeOverAct(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverAct(const PictureSource& source) {
+    const Bytes file = source.file;
     if (file.size() != 768 && file.size() != 772) refuse("this is no colour table");
     size_t count = 256;
     if (file.size() == 772) {
@@ -95,7 +96,8 @@ std::optional<Decoded> takeOverAct(Bytes file, const std::string&) {
     return showSwatches(colours);
 }
 
-std::optional<Decoded> takeOverPal(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverPal(const PictureSource& source) {
+    const Bytes file = source.file;
     if (startsWith(file, "JASC-PAL")) return showSwatches(readJascColours(file));
     if (startsWith(file, "RIFF")) return showSwatches(readRiffColours(file));
     refuse("this is no colour table");

@@ -186,13 +186,15 @@ Decoded decodePcx(Bytes file) {
 }  // namespace
 
 /// The file library knows three of the layouts, and wants an exact length of lines.
-std::optional<Decoded> takeOverPcx(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverPcx(const PictureSource& source) {
+    const Bytes file = source.file;
     if (!isPcx(file)) return std::nullopt;
     return decodePcx(file);
 }
 
 /// A list of PCX pictures, of which the first is shown.
-std::optional<Decoded> takeOverDcx(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverDcx(const PictureSource& source) {
+    const Bytes file = source.file;
     ByteReader in(file);
     if (in.u32le() != 0x3ADE68B1) refuse("this is no DCX file");
     const uint32_t first = in.u32le();

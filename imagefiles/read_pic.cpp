@@ -70,7 +70,8 @@ void readLine(ByteReader& in, const Packet& packet, Pixel* row, uint32_t width) 
 }  // namespace
 
 /// DevIL writes past its buffer for every picture without alpha.
-std::optional<Decoded> takeOverPic(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverPic(const PictureSource& source) {
+    const Bytes file = source.file;
     ByteReader in(file);
     if (in.u32be() != 0x5380F634) refuse("this is no Softimage picture");
     in.skip(4 + 80);

@@ -5,7 +5,8 @@
 namespace tessarine {
 
 /// DevIL knows the 24-bit kind only, and reads past the end of damaged files.
-std::optional<Decoded> takeOverPix(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverPix(const PictureSource& source) {
+    const Bytes file = source.file;
     ByteReader in(file);
     const uint32_t width = in.u16be();
     const uint32_t height = in.u16be();

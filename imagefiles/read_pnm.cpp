@@ -21,12 +21,12 @@ class TextReader {
         }
     }
 
-    uint32_t number() {
+    uint64_t number() {
         uint8_t sign = nextSign();
-        uint32_t value = 0;
+        uint64_t value = 0;
         while (sign >= '0' && sign <= '9') {
             value = value * 10 + (sign - '0');
-            if (value > 0xFFFF) refuse("the picture is too large");
+            if (value > 0xFFFFFFFF) refuse("the picture's size makes no sense");
             sign = text_.u8();
         }
         return value;
@@ -41,11 +41,12 @@ class TextReader {
 }  // namespace
 
 /// The file library wants blanks between the digits of a plain bitmap; the format does not.
-std::optional<Decoded> takeOverPnm(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverPnm(const PictureSource& source) {
+    const Bytes file = source.file;
     if (!startsWith(file, "P1")) return std::nullopt;
     TextReader in(file.subspan(2));
-    const uint32_t width = in.number();
-    const uint32_t height = in.number();
+    const uint64_t width = in.number();
+    const uint64_t height = in.number();
     Decoded decoded{bitmapFor(width, height, in.remaining(), 1), 1};
     for (uint32_t y = 0; y < height; ++y) {
         Pixel* row = decoded.bitmap.writableRow(static_cast<int32_t>(y));

@@ -179,7 +179,7 @@ Layer readLayer(ByteReader in, const Image& image) {
                   place.top + saved.bottom};
     if (layer.area.width() > 0xFFFF || layer.area.height() > 0xFFFF ||
         layer.area.width() * layer.area.height() > maxPixels)
-        refuse("the picture is too large");
+        refuseTooLarge(layer.area.width(), layer.area.height());
     // Blocks of extensions may stand before and behind the chunk that counts the channels.
     while (in.remaining() > 0) {
         ByteReader ahead = in;
@@ -294,7 +294,8 @@ bool layAll(ByteReader layers, const Image& image, Bitmap& bitmap) {
 /// DevIL knows neither the usual coding nor more than one layer. Layers of pixels are laid over
 /// white, each by its opacity. Where a picture has drawn objects or modes of mixing, the finished
 /// picture that its program stored beside the layers is shown.
-std::optional<Decoded> takeOverPsp(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverPsp(const PictureSource& source) {
+    const Bytes file = source.file;
     if (!startsWith(file, "Paint Shop Pro Image File\n\x1A")) refuse("this is no such picture");
     ByteReader in(file);
     in.skip(32);

@@ -48,7 +48,8 @@ std::vector<Pixel> readPalette(ByteReader& in, uint32_t kind, uint32_t length, u
 
 /// The file library inverts bilevel rasters, swaps the channels of some and refuses palettes that
 /// are not full.
-std::optional<Decoded> takeOverRas(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverRas(const PictureSource& source) {
+    const Bytes file = source.file;
     ByteReader in(file);
     if (in.u32be() != signature) return std::nullopt;
     const uint32_t width = in.u32be();
@@ -75,14 +76,14 @@ std::optional<Decoded> takeOverRas(Bytes file, const std::string&) {
 
     const bool redFirst = kind == 3;
     for (uint32_t y = 0; y < height; ++y) {
-        const uint8_t* source = data.data() + y * rowBytes;
+        const uint8_t* line = data.data() + y * rowBytes;
         Pixel* row = decoded.bitmap.writableRow(static_cast<int32_t>(y));
         for (uint32_t x = 0; x < width; ++x) {
             if (depth <= 8) {
-                row[x] = palette[depth == 8 ? source[x] : source[x / 8] >> (7 - x % 8) & 1];
+                row[x] = palette[depth == 8 ? line[x] : line[x / 8] >> (7 - x % 8) & 1];
                 continue;
             }
-            const uint8_t* p = source + size_t{x} * (depth / 8) + (depth == 32 ? 1 : 0);
+            const uint8_t* p = line + size_t{x} * (depth / 8) + (depth == 32 ? 1 : 0);
             row[x] = redFirst ? rgbPixel(p[0], p[1], p[2]) : rgbPixel(p[2], p[1], p[0]);
         }
     }

@@ -4,7 +4,8 @@ namespace tessarine {
 
 /// DevIL's own raw files: a header of 14 bytes, then rows from the top, red first.
 /// Bytes without a header could be any picture, so they are refused.
-std::optional<Decoded> takeOverRaw(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverRaw(const PictureSource& source) {
+    const Bytes file = source.file;
     ByteReader in(file);
     const uint64_t width = in.u32le();
     const uint64_t height = in.u32le();

@@ -41,7 +41,8 @@ void setChannel(Pixel* row, const std::vector<uint16_t>& samples, uint32_t chann
 }  // namespace
 
 /// DevIL gives wrong levels for 16 bits a channel; all else is its own to read.
-std::optional<Decoded> takeOverSgi(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverSgi(const PictureSource& source) {
+    const Bytes file = source.file;
     ByteReader in(file);
     if (in.u16be() != 474) refuse("this is no SGI picture");
     Header header;

@@ -1,5 +1,4 @@
 #include <array>
-#include <filesystem>
 
 #include "imagefiles/decoders.h"
 #include "pixels/failures.h"
@@ -40,17 +39,15 @@ Decoded readModelTexture(Bytes file) {
 
 /// Pictures of the game whose colours lie in one file for all: they can be shown where that file
 /// has been unpacked beside them.
-std::vector<uint8_t> gamePalette(const std::string& path) {
-    const std::string name = std::filesystem::path(path).replace_filename("palette.lmp");
-    std::vector<uint8_t> palette;
-    attempt([&] { palette = readWholeFile(name); });
-    if (palette.size() != 768) refuse("the colours of the game are not there");
-    return palette;
+Bytes gamePalette(const PictureSource& source) {
+    if (source.companions.empty() || source.companions[0].size() != 768)
+        refuse("the colours of the game are not there");
+    return source.companions[0];
 }
 
 /// The first skin of an older model.
-Decoded readModelSkin(Bytes file, const std::string& path) {
-    ByteReader in(file);
+Decoded readModelSkin(const PictureSource& source) {
+    ByteReader in(source.file);
     in.seek(48);
     const uint32_t skins = in.u32le();
     const uint32_t width = in.u32le();
@@ -62,7 +59,7 @@ Decoded readModelSkin(Bytes file, const std::string& path) {
         in.skip(pictures * 4);
     }
     const Bytes indices = in.take(uint64_t{width} * height);
-    return showIndexed(indices, width, height, gamePalette(path));
+    return showIndexed(indices, width, height, gamePalette(source));
 }
 
 /// Whether the columns of a patch, each a list of posts, all lie inside the file.
@@ -89,26 +86,29 @@ bool isPatch(Bytes file) {
 }  // namespace
 
 /// DevIL shows models upside down, and knows one of the two kinds.
-std::optional<Decoded> takeOverMdl(Bytes file, const std::string& path) {
+std::optional<Decoded> takeOverMdl(const PictureSource& source) {
+    const Bytes file = source.file;
     if (startsWith(file, "IDST")) return readModelTexture(file);
-    if (startsWith(file, "IDPO")) return readModelSkin(file, path);
+    if (startsWith(file, "IDPO")) return readModelSkin(source);
     refuse("this is no model");
 }
 
 /// DevIL knows the patches and brings their colours along; it trusts their columns.
-std::optional<Decoded> takeOverLmp(Bytes file, const std::string& path) {
+std::optional<Decoded> takeOverLmp(const PictureSource& source) {
+    const Bytes file = source.file;
     ByteReader in(file);
     const uint64_t width = in.u32le();
     const uint64_t height = in.u32le();
     if (width <= 0xFFFF && height <= 0xFFFF && width * height + 8 == file.size())
         return showIndexed(in.rest(), static_cast<uint32_t>(width), static_cast<uint32_t>(height),
-                           gamePalette(path));
+                           gamePalette(source));
     if (isPatch(file)) return std::nullopt;
     refuse("a lump of this kind cannot be shown");
 }
 
 /// DevIL brings the colours along; it trusts the sizes and places of the four reductions.
-std::optional<Decoded> takeOverWal(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverWal(const PictureSource& source) {
+    const Bytes file = source.file;
     ByteReader in(file);
     in.skip(32);
     const uint64_t width = in.u32le();

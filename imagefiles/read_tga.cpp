@@ -105,7 +105,8 @@ class PixelReader {
 }  // namespace
 
 /// The file library mirrors pictures that begin at the right, and knows no grey with alpha.
-std::optional<Decoded> takeOverTga(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverTga(const PictureSource& source) {
+    const Bytes file = source.file;
     if (file.size() < 18) refuse("the file ends early");
     ByteReader in(file);
     const uint32_t kind = file[2] & 7;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "imagefiles/decoders.h"
+#include "imagefiles/memory_file.h"
 
 namespace tessarine {
 
@@ -13,6 +14,35 @@ namespace {
 struct Close {
     void operator()(TIFF* tiff) const { TIFFClose(tiff); }
 };
+
+tmsize_t readBytes(thandle_t file, void* target, tmsize_t count) {
+    return static_cast<tmsize_t>(
+        static_cast<MemoryReader*>(file)->read(target, 1, static_cast<size_t>(count)));
+}
+tmsize_t writeNothing(thandle_t, void*, tmsize_t) { return 0; }
+toff_t seekTo(thandle_t file, toff_t offset, int origin) {
+    auto* const reader = static_cast<MemoryReader*>(file);
+    if (!reader->seek(static_cast<int64_t>(offset), origin)) return static_cast<toff_t>(-1);
+    return static_cast<toff_t>(reader->tell());
+}
+int leaveOpen(thandle_t) { return 0; }
+toff_t sizeOfFile(thandle_t file) {
+    return static_cast<toff_t>(static_cast<MemoryReader*>(file)->bytes().size());
+}
+/// The library takes the address of bytes that may be written, and does not write them.
+int mapBytes(thandle_t file, void** base, toff_t* size) {
+    const Bytes bytes = static_cast<MemoryReader*>(file)->bytes();
+    *base = const_cast<uint8_t*>(bytes.data());
+    *size = bytes.size();
+    return 1;
+}
+void unmapBytes(thandle_t, void*, toff_t) {}
+
+std::unique_ptr<TIFF, Close> openTiff(MemoryReader& file) {
+    return std::unique_ptr<TIFF, Close>(TIFFClientOpen("picture.tif", "r", &file, readBytes,
+                                                       writeNothing, seekTo, leaveOpen, sizeOfFile,
+                                                       mapBytes, unmapBytes));
+}
 
 struct Layout {
     uint32_t width = 0;
@@ -110,8 +140,10 @@ Bitmap readInks(TIFF* tiff, const Layout& layout, size_t fileSize) {
 
 /// The file library does not know samples of 2 bits nor plain YCbCr, reads freed memory for the
 /// colour profile of palettes with alpha, and ends the process over inks of 32 bits.
-std::optional<Decoded> takeOverTiff(Bytes file, const std::string& path) {
-    const std::unique_ptr<TIFF, Close> tiff(TIFFOpen(path.c_str(), "r"));
+std::optional<Decoded> takeOverTiff(const PictureSource& source) {
+    const Bytes file = source.file;
+    MemoryReader reader(file);
+    const std::unique_ptr<TIFF, Close> tiff = openTiff(reader);
     if (!tiff) return std::nullopt;
     const Layout layout = readLayout(tiff.get());
     const auto depth = static_cast<int16_t>(layout.bits * layout.samples);

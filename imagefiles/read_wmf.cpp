@@ -8,6 +8,7 @@
 #include "imagefiles/decoders.h"
 #include "imagefiles/metafile_size.h"
 #include "imagefiles/wmf_fonts.h"
+#include "pixels/failures.h"
 
 namespace tessarine {
 
@@ -90,8 +91,9 @@ Decoded drawWmf(Bytes file) {
     canvas->bbox = box;
     canvas->width = static_cast<unsigned>(size.width);
     canvas->height = static_cast<unsigned>(size.height);
-    if (wmf_play(api.get(), 0, &box) != wmf_E_None || canvas->gd_image == nullptr)
-        refuse("the metafile cannot be drawn");
+    const wmf_error_t played = wmf_play(api.get(), 0, &box);
+    if (played == wmf_E_InsMem) throw MemoryFailed("memory does not suffice for the drawing");
+    if (played != wmf_E_None || canvas->gd_image == nullptr) refuse("the metafile cannot be drawn");
     const int* pixels = wmf_gd_image_pixels(canvas->gd_image);
     if (pixels == nullptr) refuse("the metafile cannot be drawn");
     Decoded decoded{onWhite(pixels, size), 24};

@@ -104,7 +104,8 @@ Pixel bestColour(std::string_view line) {
 }  // namespace
 
 /// DevIL falls over on nearly every file of this kind.
-std::optional<Decoded> takeOverXpm(Bytes file, const std::string&) {
+std::optional<Decoded> takeOverXpm(const PictureSource& source) {
+    const Bytes file = source.file;
     const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
     const size_t start = text.find_first_not_of(" \t\r\n");
     if (start == std::string_view::npos || !text.substr(start).starts_with("/*"))

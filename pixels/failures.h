@@ -13,6 +13,12 @@ class StatementFailed : public std::runtime_error {
     explicit StatementFailed(const std::string& why) : std::runtime_error(why) {}
 };
 
+/// Memory that is not to be had.
+class MemoryFailed : public StatementFailed {
+  public:
+    explicit MemoryFailed(const std::string& why) : StatementFailed(why) {}
+};
+
 /// What a member does with a statement that fails.
 enum class OnFailure {
     skip,   ///< the statement is left out and the next one goes on

@@ -10,7 +10,7 @@ namespace tessarine {
 namespace {
 
 std::shared_ptr<Pixel> adopt(void* memory) {
-    if (memory == nullptr) throw StatementFailed("not enough memory for a pixel buffer");
+    if (memory == nullptr) throw MemoryFailed("not enough memory for a pixel buffer");
     return {static_cast<Pixel*>(memory), std::free};
 }
 

@@ -39,7 +39,7 @@ class PixelBuffer {
     PixelBuffer() = default;
 
     /// A buffer with every byte 0.
-    /// \throws StatementFailed for a negative size, or where memory does not suffice.
+    /// \throws StatementFailed for a negative size, MemoryFailed where memory does not suffice.
     PixelBuffer(int32_t width, int32_t height);
 
     /// A buffer of this size on memory that exists: at least (width + 4) * (height + 4) pixels.
@@ -59,7 +59,7 @@ class PixelBuffer {
     /// The first pixel of the whole block, (-2, -2).
     const Pixel* block() const { return block_.get(); }
     /// The same for writing. Pointers from earlier calls on this buffer may go stale.
-    /// \throws StatementFailed where memory for a copy of its own is not to be had.
+    /// \throws MemoryFailed where memory for a copy of its own is not to be had.
     Pixel* writableBlock();
 
     /// The pixel (0, y), from which x -2 to width() + 1 can be reached. y from -2 to height() + 1.

@@ -144,8 +144,8 @@ void protectFromReport(const cBatch& batch, const CommandLine& line, const std::
             refuse("an output");
     for (const BasketItem& item : batch.lvSelected)
         if (identityOf(item.Tag) == report) refuse("a picture");
-    for (const PictureSource& source : line.pictures)
-        if (source.kind != PictureSource::Kind::path && identityOf(source.value) == report)
+    for (const GivenPictures& source : line.pictures)
+        if (source.kind != GivenPictures::Kind::path && identityOf(source.value) == report)
             refuse("a picture list");
     for (const FunctionSource& source : line.functions)
         if (source.kind == FunctionSource::Kind::list && identityOf(source.value) == report)
@@ -171,11 +171,6 @@ void prepareRun(cBatch& batch, const CommandLine& line) {
     checkCounts(batch, line.windowMode);
     if (!line.windowMode) protectPictures(batch, extension);
     protectFromReport(batch, line, extension);
-    try {
-        TempFolder();
-    } catch (const StatementFailed& failure) {
-        refuseStart(failure.what());
-    }
 }
 
 }  // namespace tessarine

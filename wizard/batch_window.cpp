@@ -30,7 +30,7 @@ constexpr QSize aboutSize{380, 280};
 
 }  // namespace
 
-fBatch::fBatch(Desktop& desktop) : desktop_(desktop), batch_(*this) {
+fBatch::fBatch(Desktop& desktop, PictureFiles& files) : desktop_(desktop), batch_(*this, files) {
     setObjectName("fBatch");
     setWindowTitle("Ombrel Tessarine");
     new ListDrops(*this, [this](const std::vector<std::string>& paths) { openPaths(paths); });

@@ -25,7 +25,8 @@ class fBatch : public QWidget, private Platform {
     Q_OBJECT
 
   public:
-    explicit fBatch(Desktop& desktop);
+    /// \param files  who reads and writes picture files for it
+    explicit fBatch(Desktop& desktop, PictureFiles& files = localFiles());
     ~fBatch() override;
 
     cBatch& batch() { return batch_; }

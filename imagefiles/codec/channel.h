@@ -46,6 +46,7 @@ struct Received {
         broken,   ///< a packet that is too long, too many descriptors, an error of the socket
     };
     End end = End::broken;
+    bool unread = false;  ///< with `closed`: the other side left before it took all that was sent
     Packet packet;
     std::vector<Descriptor> descriptors;
 };

@@ -38,7 +38,7 @@ bool decode(const std::string& extension, const std::string& bytes) {
         else if (extension == "dib")
             decoded = decodeBmp(file, false);
         else
-            decoded = findExtension(extension)->takeOver(file, "/nowhere/picture." + extension);
+            decoded = findExtension(extension)->takeOver({file, {}});
     });
     return decoded && decoded->bitmap.isValid() && decoded->bitmap.width() > 0;
 }
@@ -112,6 +112,16 @@ TEST(Bmp, AHugeClaimIsRefusedWithoutItsMemory) {
     f.text("BM").le32({0, 0, 14 + 40});
     f.le32({40, 60000, 60000}).le16({1, 8}).le32({1, 0, 0, 0, 1, 0}).zeros(40);
     EXPECT_FALSE(loadBytes(f.str(), "bmp").isThere);
+}
+
+// The library is not to be asked for it: a claim of 2^64 bits must not count as none.
+TEST(Bmp, AClaimBeyondAllNumbersIsRefused) {
+    FileBytes f;
+    f.text("BM").le32({0, 0, 14 + 40});
+    f.le32({40, 1 << 30, 1 << 30}).le16({1, 16}).le32({0, 0, 0, 0, 0, 0}).zeros(40);
+    const std::string file = f.str();
+    const Bytes bytes(reinterpret_cast<const uint8_t*>(file.data()), file.size());
+    EXPECT_THROW(takeOverBmp(bytes, "picture.bmp"), StatementFailed);
 }
 
 TEST(Pnm, PlainBitmapsNeedNoBlanks) {

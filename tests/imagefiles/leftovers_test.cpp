@@ -116,40 +116,5 @@ TEST_F(Leftovers, WhatIsNoDraftOfThisMachineStays) {
     EXPECT_EQ(removeLeftDrafts(scratch / "nowhere"), 0);
 }
 
-TEST_F(Leftovers, ATemporaryFolderGoesWithTheNextProgramWhenItsOwnWasKilled) {
-    const auto makeOne = [&] {
-        setenv("TMPDIR", folder().c_str(), 1);
-        writeAll(TempFolder() + "file", "left");
-    };
-    Child first(makeOne);
-    ASSERT_EQ(names().size(), 1U);
-    const std::string left = *names().begin();
-    EXPECT_TRUE(left.starts_with(temporaryFolderPrefix())) << left;
-    {
-        const Child second(makeOne);
-        EXPECT_EQ(names().size(), 2U) << "the first one lives";
-    }
-    first.kill();
-    EXPECT_EQ(names().size(), 2U) << "nobody has tidied up yet";
-    const Child third(makeOne);
-    ASSERT_EQ(names().size(), 1U);
-    EXPECT_NE(*names().begin(), left);
-}
-
-TEST_F(Leftovers, WhatIsNoTemporaryFolderOfThisMachineStays) {
-    const std::string mark = machineMark() == "00000000" ? "00000001" : "00000000";
-    fs::create_directory(scratch / ("tessarine-" + mark + "-abcdef"));
-    fs::create_directory(scratch / "tessarine-abcdef");
-    writeAll(scratch / (temporaryFolderPrefix() + "file"), "no folder");
-    fs::create_directory_symlink(scratch / "tessarine-abcdef",
-                                 scratch / (temporaryFolderPrefix() + "link"));
-    const std::set<std::string> before = names();
-    EXPECT_EQ(removeLeftTemporaryFolders(folder()), 0);
-    EXPECT_EQ(names(), before);
-    fs::create_directories(scratch / (temporaryFolderPrefix() + "abcdef/below"));
-    EXPECT_EQ(removeLeftTemporaryFolders(folder()), 1);
-    EXPECT_EQ(names(), before);
-}
-
 }  // namespace
 }  // namespace tessarine::tests

@@ -1,13 +1,10 @@
+#include <cstdlib>
 #include <filesystem>
-#include <sys/stat.h>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 #include <FreeImage.h>
 #include <gmock/gmock.h>
 
-#include "imagefiles/temp_folder.h"
 #include "sample_files.h"
 
 namespace tessarine::tests {
@@ -119,13 +116,55 @@ TEST(Loading, TheLibrarysLastMessageIsKept) {
     EXPECT_NE(format.lastFormatError, "");
 }
 
-TEST(Loading, NoFileOfAnEarlierLoadIsMetByTheNext) {
+TEST(Loading, NothingOfAnEarlierLoadIsMetByTheNext) {
     const ScratchFolder folder;
     writeAll(folder / "a.sgi", sgi8(10));
     writeAll(folder / "b.bw", sgi8(200));
     EXPECT_THAT(loadFile(folder / "a.sgi", "sgi").colours, ElementsAre(0x0A0A0Au));
     EXPECT_THAT(loadFile(folder / "b.bw", "bw").colours, ElementsAre(0xC8C8C8u));
-    EXPECT_TRUE(fs::is_empty(TempFolder()));
+}
+
+TEST(Loading, NoFileIsMadeAndNoneButThePictureIsRead) {
+    const ScratchFolder folder;
+    const ScratchFolder elsewhere;
+    const std::string sgi = folder / "a.sgi";
+    writeAll(sgi, sgi8(10));
+    // Names that the libraries are called with, since they go by extension.
+    writeAll(elsewhere / "picture.sgi", sgi8(200));
+    writeAll(elsewhere / "picture.bmp", "left behind");
+    const fs::path before = fs::current_path();
+    fs::current_path(elsewhere.path());
+    setenv("TMPDIR", elsewhere.path().c_str(), 1);
+    const Loaded loaded = loadFile(sgi, "sgi");
+    unsetenv("TMPDIR");
+    fs::current_path(before);
+    EXPECT_THAT(loaded.colours, ElementsAre(0x0A0A0Au));
+    EXPECT_EQ(readAll(elsewhere / "picture.bmp"), "left behind");
+    EXPECT_EQ(std::distance(fs::directory_iterator(elsewhere.path()), fs::directory_iterator()), 2);
+}
+
+TEST(Loading, AFailureTellsItsClassAndItsReason) {
+    const ScratchFolder folder;
+    mFormat format;
+    EXPECT_FALSE(LoadImageFile(format, folder / "missing.png", "png"));
+    EXPECT_EQ(format.lastFileError, FileError::unreadable);
+    EXPECT_EQ(format.lastFormatError, "No such file or directory");
+    EXPECT_FALSE(LoadImageFile(format, folder.path(), "png"));
+    EXPECT_EQ(format.lastFormatError, "it is a folder");
+    writeAll(folder / "large.pcx", FileBytes()
+                                       .u8({10, 5, 1, 8})
+                                       .le16({0, 0, 65534, 65534, 72, 72})
+                                       .zeros(48)
+                                       .u8({0, 3})
+                                       .le16({65535, 1})
+                                       .zeros(58)
+                                       .str());
+    EXPECT_FALSE(LoadImageFile(format, folder / "large.pcx", "pcx"));
+    EXPECT_EQ(format.lastFileError, FileError::tooLarge);
+    EXPECT_EQ(format.lastFormatError, "the picture is too large: 65535 x 65535 pixels");
+    savePng(folder / "good.png", {0, 0, 255, 0});
+    EXPECT_TRUE(LoadImageFile(format, folder / "good.png", "png"));
+    EXPECT_EQ(format.lastFileError, FileError::none);
 }
 
 TEST(Loading, ManyThreadsEachGetTheirOwnPixels) {
@@ -153,52 +192,6 @@ TEST(Loading, ManyThreadsEachGetTheirOwnPixels) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_THAT(wrong, testing::Each(0));
-}
-
-TEST(TempFolder, IsThisProcesssOwnAndPrivate) {
-    const std::string folder = TempFolder();
-    EXPECT_EQ(folder.back(), '/');
-    EXPECT_EQ(folder, TempFolder());
-    struct stat status {};
-    ASSERT_EQ(stat(folder.c_str(), &status), 0);
-    EXPECT_TRUE(S_ISDIR(status.st_mode));
-    EXPECT_EQ(status.st_mode & 0777, 0700u);
-}
-
-TEST(TempFolder, GivesEachLoadANewEmptyFolderAndTakesItAway) {
-    std::string kept;
-    {
-        const LoadFolder first;
-        const LoadFolder second;
-        kept = first.path();
-        EXPECT_NE(first.path(), second.path());
-        EXPECT_TRUE(fs::is_empty(first.path()));
-        EXPECT_EQ(first.path().find(TempFolder()), 0u);
-        writeAll(first.path() + "4546643", "left behind");
-    }
-    EXPECT_FALSE(fs::exists(kept));
-}
-
-TEST(TempFolder, OfAForkedProcessIsAnotherAndGoesWithIt) {
-    const std::string ours = TempFolder();
-    const ScratchFolder folder;
-    const std::string note = folder / "note";
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        const std::string theirs = TempFolder();
-        writeAll(theirs + "t65s8s98", "left behind");
-        writeAll(note, theirs);
-        std::exit(0);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFEXITED(status));
-    const std::string theirs = readAll(note);
-    ASSERT_NE(theirs, "");
-    EXPECT_NE(theirs, ours);
-    EXPECT_FALSE(fs::exists(theirs));
-    EXPECT_TRUE(fs::exists(ours));
 }
 
 }  // namespace

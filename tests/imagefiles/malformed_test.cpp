@@ -42,9 +42,7 @@ Outcome loadApart(const fs::path& path, const std::string& extension) {
         setrlimit(RLIMIT_AS, &memory);
 #endif
         alarm(20);
-        const bool isThere = loadFile(path, extension).isThere;
-        // The ordinary end takes the temporary folder along.
-        std::exit(isThere ? 1 : 0);
+        _exit(loadFile(path, extension).isThere ? 1 : 0);
     }
     int status = 0;
     waitpid(child, &status, 0);

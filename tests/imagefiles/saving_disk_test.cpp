@@ -65,21 +65,6 @@ TEST(SavingOnAFullDisk, IsFoundOutWhereNotEvenTheFirstBytesFit) {
     }
 }
 
-TEST(SavingOnAFullDisk, IsFoundOutWhereTheTemporaryFileDoesNotFit) {
-    const ScratchFolder folder;
-    const ScratchFolder roomy;
-    const int result = inChild([&] {
-        const std::string disk = folder.path().string();
-        if (!mountSmallDisk(disk, "size=64k")) return noDisk;
-        setenv("TMPDIR", disk.c_str(), 1);
-        const std::string path = roomy / "a.png";
-        const SaveOutcome outcome = saveBy(formatTable()[9], Bitmap(400, 300), path);
-        return outcome.status == Status::failed && !fs::exists(path) ? 0 : 1;
-    });
-    if (result == noDisk) GTEST_SKIP() << "no small disk can be mounted here";
-    EXPECT_EQ(result, 0);
-}
-
 /// Files of all rows in a folder, made by a process whose free memory holds a pattern of its own.
 int saveAllRows(const std::string& folder, const Bitmap& picture, int pattern) {
     return inChild([&] {

@@ -1,0 +1,62 @@
+#include <exception>
+#include <unistd.h>
+
+#include "imagefiles/decode.h"
+#include "imagefiles/encode.h"
+
+namespace tessarine {
+
+namespace {
+
+/// \throws FileRefused
+std::vector<uint8_t> bytesOf(const std::string& path) {
+    const int file = openPictureFile(path);
+    try {
+        std::vector<uint8_t> bytes = readWholeFile(file);
+        ::close(file);
+        return bytes;
+    } catch (const FileRefused&) {
+        ::close(file);
+        throw;
+    }
+}
+
+class LocalFiles : public PictureFiles {
+  public:
+    ReadOutcome read(const std::string& path, const std::string& extension) override {
+        try {
+            const std::vector<uint8_t> file = bytesOf(path);
+            std::vector<std::vector<uint8_t>> beside;
+            for (const std::string& companion : companionPaths(path, extension)) {
+                beside.emplace_back();
+                attempt([&] { beside.back() = bytesOf(companion); });
+            }
+            const PictureSource source{file, {beside.begin(), beside.end()}};
+            return decodePicture(source, extension);
+        } catch (const FileRefused& failure) {
+            ReadOutcome outcome;
+            outcome.error = failure.error();
+            outcome.message = failure.what();
+            return outcome;
+        } catch (const std::exception&) {
+            ReadOutcome outcome;
+            outcome.error = FileError::tooLarge;
+            outcome.message = "memory does not suffice for the file";
+            return outcome;
+        }
+    }
+
+    WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
+                       OutputFile& file) override {
+        return encodePicture(picture, extension, formatIndex, file);
+    }
+};
+
+}  // namespace
+
+PictureFiles& localFiles() {
+    static LocalFiles only;
+    return only;
+}
+
+}  // namespace tessarine
