@@ -349,6 +349,42 @@ def metafiles():
           + emf((500, 500, 500, 550), (-900, -10, 900, 1500)))
 
 
+def helper_requests():
+    def requests(*parts):
+        return bytes([len(parts) - 1]) + b"".join(parts)
+
+    def read(number, extension, width, height, whole=1, memory=30, odd=9):
+        return bytes([0, number, extension, memory, 1, width, height, whole, odd])
+
+    def grant(number, block=1, size=0, file=0, odd=9):
+        return bytes([2, number, block, size] + ([file] if block else []) + [odd])
+
+    def write_picture(number, width, height, row, extension, block=1, size=0, file=0, odd=9):
+        return bytes([1, number, 1, width, 1, height, row + 1, block, size, extension, file, odd])
+
+    name = "helper_requests"
+    ppm, nonsense, bmp, png = 0, 2, 4, 5
+    write(name, "read", requests(read(1, ppm, 100, 90), grant(1)))
+    write(name, "read-twice", requests(read(1, ppm, 100, 90), grant(1), read(2, ppm, 90, 99),
+                                       grant(2, 2, 0, 1)))
+    write(name, "denied", requests(read(1, ppm, 100, 90), grant(1, 0), read(2, ppm, 70, 70),
+                                   grant(2)))
+    write(name, "cut-short", requests(read(1, ppm, 100, 90, 0), read(2, nonsense, 9, 9)))
+    write(name, "little-memory", requests(read(1, ppm, 200, 200, 1, 10), read(2, ppm, 2, 2),
+                                          grant(2)))
+    write(name, "small-block", requests(read(1, ppm, 200, 200), grant(1, 1, 1, 2)))
+    write(name, "unsealed-block", requests(read(1, ppm, 100, 90), grant(1, 1, 0, 4)))
+    write(name, "other-number", requests(read(1, ppm, 100, 90), grant(2)))
+    write(name, "grant-unasked", requests(grant(1)))
+    write(name, "write", requests(write_picture(1, 50, 40, 8, bmp),
+                                  write_picture(2, 50, 40, 9, png)))
+    write(name, "write-too-large", requests(write_picture(1, 199, 199, 8, bmp, 1, 1, 2)))
+    write(name, "read-and-write", requests(read(1, ppm, 100, 90), grant(1),
+                                           write_picture(2, 100, 90, 8, bmp)))
+    write(name, "file-missing", requests(read(1, ppm, 100, 90, odd=1)))
+    write(name, "packet-cut", requests(read(1, ppm, 100, 90, odd=2) + b"\x04"))
+
+
 for make in (function_lists, picture_lists, settings, regions, apply, filters, decoders, metafiles,
-             helper_answers):
+             helper_answers, helper_requests):
     make()

@@ -11,16 +11,11 @@
 #include "imagefiles/dib_pixels.h"
 #include "imagefiles/extension_table.h"
 #include "imagefiles/image_library.h"
+#include "imagefiles/promises.h"
 
 namespace tessarine {
 
 namespace {
-
-std::string inLowerCase(std::string text) {
-    for (char& c : text)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return text;
-}
 
 std::optional<Decoded> decodePlatform(Bytes file, const std::string& extension) {
     if (extension == "gif") return decodeGif(file);
@@ -80,7 +75,16 @@ ReadOutcome refused(FileError error, const std::string& message) {
 ReadOutcome decodePicture(const PictureSource& source, const std::string& extension) {
     mFormat format;
     const OpenLibrary library(format);
+    const std::optional<PromisedSize> promised = promisedSize(source, extension);
+    // The library has one message for a size that makes no sense and for want of memory.
+    const auto classOf = [&](FileError error) {
+        constexpr uint64_t sizable = uint64_t{1} << 20;
+        const bool isSmall =
+            promised && (promised->height == 0 || promised->width < sizable / promised->height);
+        return !isSmall && tellsOfNoMemory(format.lastFormatError) ? FileError::tooLarge : error;
+    };
     try {
+        refuseIfTooLarge(promised);
         Decoded decoded = decode(format, source, inLowerCase(extension));
         ReadOutcome outcome;
         outcome.bitmap = std::move(decoded.bitmap);
@@ -91,11 +95,9 @@ ReadOutcome decodePicture(const PictureSource& source, const std::string& extens
     } catch (const std::bad_alloc&) {
         return refused(FileError::tooLarge, "memory does not suffice for the picture");
     } catch (const FileRefused& failure) {
-        const bool noMemory = tellsOfNoMemory(format.lastFormatError);
-        return refused(noMemory ? FileError::tooLarge : failure.error(), failure.what());
+        return refused(classOf(failure.error()), failure.what());
     } catch (const std::exception& failure) {
-        const bool noMemory = tellsOfNoMemory(format.lastFormatError);
-        return refused(noMemory ? FileError::tooLarge : FileError::unreadable, failure.what());
+        return refused(classOf(FileError::unreadable), failure.what());
     }
 }
 

@@ -9,6 +9,7 @@
 
 #include "imagefiles/decoding.h"
 #include "imagefiles/memory_file.h"
+#include "imagefiles/promises.h"
 #include "pixels/failures.h"
 
 namespace tessarine {
@@ -150,6 +151,7 @@ FREE_IMAGE_FORMAT detectFormat(Bytes file) {
 }
 
 Decoded decodeEmbedded(Bytes data, FREE_IMAGE_FORMAT format, int flags) {
+    refuseIfTooLarge(promiseOf(format, data));
     const std::unique_ptr<FIBITMAP, void (*)(FIBITMAP*)> dib(loadDib(data, format, flags),
                                                              &FreeImage_Unload);
     if (!dib) refuse("the picture inside the file cannot be read");

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include <FreeImage.h>
 
+#include "imagefiles/decode.h"
 #include "imagefiles/decoding.h"
 
 namespace tessarine {
@@ -13,6 +15,10 @@ namespace tessarine {
 /// \return nothing where the file is the library's to read or to refuse
 /// \throws StatementFailed where the file is of the row's format and cannot be read
 using TakeOver = std::optional<Decoded> (*)(const PictureSource& source);
+
+/// What the header of a file of the row's format promises.
+/// \throws StatementFailed where the header is damaged
+using Promise = std::optional<PromisedSize> (*)(Bytes file);
 
 /// Which library reads an extension.
 enum class LoadRoute {
@@ -26,6 +32,7 @@ enum class LoadRoute {
 struct ExtensionRow {
     std::string_view extension;
     LoadRoute route;
+    Promise promise = nullptr;  ///< nullptr where there is none, or it hangs on the content
     FREE_IMAGE_FORMAT format = FIF_UNKNOWN;
     int flags = 0;
     TakeOver takeOver = nullptr;
@@ -33,5 +40,10 @@ struct ExtensionRow {
 
 /// The row of an extension in lower case; nullptr where there is none.
 const ExtensionRow* findExtension(std::string_view extension);
+/// The first row of a format of the file library's; nullptr where there is none.
+const ExtensionRow* findFormat(FREE_IMAGE_FORMAT format);
+
+/// Letters of the plain alphabet in lower case.
+std::string inLowerCase(std::string text);
 
 }  // namespace tessarine

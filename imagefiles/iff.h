@@ -3,6 +3,7 @@
 #include <string_view>
 #include <vector>
 
+#include "imagefiles/decode.h"
 #include "imagefiles/decoding.h"
 
 namespace tessarine {
@@ -33,5 +34,9 @@ Decoded decodeIlbm(Bytes form, bool bytePerPixel);
 
 /// The true-colour pictures of a DEEP form.
 Decoded decodeDeep(Bytes form);
+
+/// What the headers of these forms promise.
+PromisedSize promiseOfIlbm(Bytes form);
+PromisedSize promiseOfDeep(Bytes form);
 
 }  // namespace tessarine

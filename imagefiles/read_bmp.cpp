@@ -8,6 +8,7 @@
 
 #include "imagefiles/decoders.h"
 #include "imagefiles/dib_pixels.h"
+#include "imagefiles/promises.h"
 
 namespace tessarine {
 
@@ -279,6 +280,16 @@ std::optional<Decoded> takeOverBmp(const PictureSource& source) {
         if (header.compression == plain) return std::nullopt;
     }
     return decodeBmp(file, true);
+}
+
+std::optional<PromisedSize> promiseOfBmp(Bytes file) {
+    const Header header = readHeader(file, startsWith(file, "BM"));
+    ByteReader in(file);
+    in.seek(header.pixels);
+    if (header.compression == jpeg) return promiseOfJpeg(in.rest());
+    if (header.compression == png) return promiseOfPng(in.rest());
+    return PromisedSize{static_cast<uint64_t>(std::abs(header.width)),
+                        static_cast<uint64_t>(header.height)};
 }
 
 }  // namespace tessarine

@@ -13,6 +13,7 @@ struct Picture {
     uint32_t height = 0;
     uint32_t compression = 0;
     std::vector<Element> elements;
+    Bytes body;
 };
 
 void readElements(ByteReader& in, Picture& picture) {
@@ -51,9 +52,7 @@ Decoded readBody(Bytes body, const Picture& picture) {
     return decoded;
 }
 
-}  // namespace
-
-Decoded decodeDeep(Bytes form) {
+Picture readChunks(Bytes form) {
     Picture picture;
     for (IffChunks chunks(form); chunks.next();) {
         ByteReader in(chunks.data());
@@ -67,10 +66,23 @@ Decoded decodeDeep(Bytes form) {
         } else if (chunks.name() == "DPEL") {
             readElements(in, picture);
         } else if (chunks.name() == "DBOD") {
-            return readBody(chunks.data(), picture);
+            picture.body = chunks.data();
+            return picture;
         }
     }
     refuse("the form holds no picture");
+}
+
+}  // namespace
+
+Decoded decodeDeep(Bytes form) {
+    const Picture picture = readChunks(form);
+    return readBody(picture.body, picture);
+}
+
+PromisedSize promiseOfDeep(Bytes form) {
+    const Picture picture = readChunks(form);
+    return {picture.width, picture.height};
 }
 
 }  // namespace tessarine

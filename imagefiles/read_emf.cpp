@@ -11,6 +11,7 @@
 #include "imagefiles/decoders.h"
 #include "imagefiles/metafile_size.h"
 #include "imagefiles/picture_files.h"
+#include "imagefiles/promises.h"
 
 namespace tessarine {
 
@@ -80,8 +81,9 @@ Header readHeader(Bytes file) {
     return header;
 }
 
+constexpr double unitsPerInch = 2540;
+
 MetafileSize sizeOf(const Header& header) {
-    constexpr double unitsPerInch = 2540;
     return sizeOfInches(header.frame.width() / unitsPerInch, header.frame.height() / unitsPerInch);
 }
 
@@ -168,6 +170,11 @@ Decoded drawEmf(Bytes file) {
         cairo_status(context.get()) != CAIRO_STATUS_SUCCESS)
         refuse("the metafile cannot be drawn");
     return {toBitmap(surface.get(), size), 24};
+}
+
+std::optional<PromisedSize> promiseOfEmf(Bytes file) {
+    const Rectangle frame = readHeader(file).frame;
+    return promiseOfInches(frame.width() / unitsPerInch, frame.height() / unitsPerInch);
 }
 
 }  // namespace tessarine

@@ -5,8 +5,6 @@
 
 #include "imagefiles/decoders.h"
 #include "imagefiles/dib_pixels.h"
-#include "imagefiles/image_library.h"
-#include "pixels/failures.h"
 
 namespace tessarine {
 
@@ -27,11 +25,7 @@ int32_t frameNumber(FIBITMAP* frame, const char* name) {
 // so the frame is read by itself and put there here.
 Decoded decodeGif(Bytes file) {
     if (!startsWith(file, "GIF87a") && !startsWith(file, "GIF89a")) refuse("this is no GIF");
-    mFormat format;
-    const OpenLibrary library(format);
     const Dib frame(loadDib(file, FIF_GIF, 0), &FreeImage_Unload);
-    if (!frame && tellsOfNoMemory(format.lastFormatError))
-        throw MemoryFailed("memory does not suffice for the picture");
     if (!frame || FreeImage_GetBPP(frame.get()) > 8) refuse("the file holds no frame");
 
     const auto width = static_cast<int32_t>(FreeImage_GetWidth(frame.get()));

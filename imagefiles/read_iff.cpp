@@ -4,19 +4,45 @@
 
 #include "imagefiles/decoders.h"
 #include "imagefiles/iff.h"
+#include "imagefiles/promises.h"
 
 namespace tessarine {
 
-std::optional<Decoded> takeOverIff(const PictureSource& source) {
-    const Bytes file = source.file;
+namespace {
+
+/// What stands behind the name of a form, and that name; nothing where the file is no form.
+struct Form {
+    Bytes kind;
+    Bytes content;
+};
+
+std::optional<Form> formOf(Bytes file) {
     ByteReader in(file);
     if (file.size() < 12 || !startsWith(in.take(4), "FORM")) return std::nullopt;
     in.skip(4);
     const Bytes kind = in.take(4);
-    if (startsWith(kind, "ILBM") || startsWith(kind, "PBM "))
-        return decodeIlbm(in.rest(), startsWith(kind, "PBM "));
-    if (startsWith(kind, "DEEP")) return decodeDeep(in.rest());
+    return Form{kind, in.rest()};
+}
+
+bool isIlbm(const Form& form) {
+    return startsWith(form.kind, "ILBM") || startsWith(form.kind, "PBM ");
+}
+
+}  // namespace
+
+std::optional<Decoded> takeOverIff(const PictureSource& source) {
+    const std::optional<Form> form = formOf(source.file);
+    if (!form) return std::nullopt;
+    if (isIlbm(*form)) return decodeIlbm(form->content, startsWith(form->kind, "PBM "));
+    if (startsWith(form->kind, "DEEP")) return decodeDeep(form->content);
     refuse("an IFF picture of this kind cannot be read");
+}
+
+std::optional<PromisedSize> promiseOfIff(Bytes file) {
+    const std::optional<Form> form = formOf(file);
+    if (form && isIlbm(*form)) return promiseOfIlbm(form->content);
+    if (form && startsWith(form->kind, "DEEP")) return promiseOfDeep(form->content);
+    return std::nullopt;
 }
 
 bool IffChunks::next() {

@@ -205,4 +205,9 @@ Decoded decodeIlbm(Bytes form, bool bytePerPixel) {
     return decoded;
 }
 
+PromisedSize promiseOfIlbm(Bytes form) {
+    const Picture picture = readChunks(form);
+    return {picture.width, picture.height};
+}
+
 }  // namespace tessarine

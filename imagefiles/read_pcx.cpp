@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "imagefiles/decoders.h"
+#include "imagefiles/promises.h"
 
 namespace tessarine {
 
@@ -183,6 +184,17 @@ Decoded decodePcx(Bytes file) {
     return decoded;
 }
 
+/// The first page of a list of PCX pictures.
+Bytes firstPage(Bytes file) {
+    ByteReader in(file);
+    if (in.u32le() != 0x3ADE68B1) refuse("this is no DCX file");
+    const uint32_t first = in.u32le();
+    const uint32_t second = in.u32le();
+    if (first > file.size()) refuse("the file ends early");
+    const bool closed = second > first && second <= file.size();
+    return file.subspan(first, closed ? second - first : file.size() - first);
+}
+
 }  // namespace
 
 /// The file library knows three of the layouts, and wants an exact length of lines.
@@ -194,14 +206,15 @@ std::optional<Decoded> takeOverPcx(const PictureSource& source) {
 
 /// A list of PCX pictures, of which the first is shown.
 std::optional<Decoded> takeOverDcx(const PictureSource& source) {
-    const Bytes file = source.file;
-    ByteReader in(file);
-    if (in.u32le() != 0x3ADE68B1) refuse("this is no DCX file");
-    const uint32_t first = in.u32le();
-    const uint32_t second = in.u32le();
-    if (first > file.size()) refuse("the file ends early");
-    const bool closed = second > first && second <= file.size();
-    return decodePcx(file.subspan(first, closed ? second - first : file.size() - first));
+    return decodePcx(firstPage(source.file));
 }
+
+std::optional<PromisedSize> promiseOfPcx(Bytes file) {
+    if (!isPcx(file)) return std::nullopt;
+    const Header header = readHeader(file);
+    return PromisedSize{header.width, header.height};
+}
+
+std::optional<PromisedSize> promiseOfDcx(Bytes file) { return promiseOfPcx(firstPage(file)); }
 
 }  // namespace tessarine

@@ -1,4 +1,5 @@
 #include "imagefiles/decoders.h"
+#include "imagefiles/promises.h"
 
 namespace tessarine {
 
@@ -57,6 +58,13 @@ std::optional<Decoded> takeOverPnm(const PictureSource& source) {
         }
     }
     return decoded;
+}
+
+std::optional<PromisedSize> promiseOfPnm(Bytes file) {
+    if (file.size() < 2 || file[0] != 'P' || file[1] < '1' || file[1] > '6') return std::nullopt;
+    TextReader in(file.subspan(2));
+    const uint64_t width = in.number();
+    return PromisedSize{width, in.number()};
 }
 
 }  // namespace tessarine

@@ -5,6 +5,7 @@
 
 #include "imagefiles/decoders.h"
 #include "imagefiles/dib_pixels.h"
+#include "imagefiles/promises.h"
 
 namespace tessarine {
 
@@ -290,6 +291,17 @@ bool layAll(ByteReader layers, const Image& image, Bitmap& bitmap) {
 }
 
 }  // namespace
+
+std::optional<PromisedSize> promiseOfPsp(Bytes file) {
+    if (!startsWith(file, "Paint Shop Pro Image File")) return std::nullopt;
+    ByteReader in(file);
+    in.skip(32 + 4);
+    if (in.u32le() != signature || in.u16le() != imageBlock) return std::nullopt;
+    // The lengths of the block and of its leading chunk; older files tell them the other way round.
+    in.skip(4 + 4);
+    const uint64_t width = in.u32le();
+    return PromisedSize{width, in.u32le()};
+}
 
 /// DevIL knows neither the usual coding nor more than one layer. Layers of pixels are laid over
 /// white, each by its opacity. Where a picture has drawn objects or modes of mixing, the finished

@@ -1,6 +1,7 @@
 #include <array>
 
 #include "imagefiles/decoders.h"
+#include "imagefiles/promises.h"
 #include "pixels/failures.h"
 
 namespace tessarine {
@@ -19,8 +20,13 @@ Decoded showIndexed(Bytes indices, uint32_t width, uint32_t height, Bytes colour
     return decoded;
 }
 
-/// The first texture of a model that carries its own colours.
-Decoded readModelTexture(Bytes file) {
+struct Texture {
+    uint32_t width = 0;
+    uint32_t height = 0;
+    uint32_t data = 0;
+};
+
+Texture findTexture(Bytes file) {
     ByteReader in(file);
     in.seek(180);
     const uint32_t count = in.u32le();
@@ -28,13 +34,22 @@ Decoded readModelTexture(Bytes file) {
     if (count == 0) refuse("the model has no texture");
     in.seek(list);
     in.skip(64 + 4);
-    const uint32_t width = in.u32le();
-    const uint32_t height = in.u32le();
-    const uint32_t data = in.u32le();
-    if (width > 0xFFFF || height > 0xFFFF) refuse("the picture's size makes no sense");
-    in.seek(data);
-    const Bytes indices = in.take(uint64_t{width} * height);
-    return showIndexed(indices, width, height, in.take(768));
+    Texture texture;
+    texture.width = in.u32le();
+    texture.height = in.u32le();
+    texture.data = in.u32le();
+    return texture;
+}
+
+/// The first texture of a model that carries its own colours.
+Decoded readModelTexture(Bytes file) {
+    const Texture texture = findTexture(file);
+    if (texture.width > 0xFFFF || texture.height > 0xFFFF)
+        refuse("the picture's size makes no sense");
+    ByteReader in(file);
+    in.seek(texture.data);
+    const Bytes indices = in.take(uint64_t{texture.width} * texture.height);
+    return showIndexed(indices, texture.width, texture.height, in.take(768));
 }
 
 /// Pictures of the game whose colours lie in one file for all: they can be shown where that file
@@ -121,6 +136,30 @@ std::optional<Decoded> takeOverWal(const PictureSource& source) {
             refuse("the file ends early");
     }
     return std::nullopt;
+}
+
+std::optional<PromisedSize> promiseOfMdl(Bytes file) {
+    if (startsWith(file, "IDST")) {
+        const Texture texture = findTexture(file);
+        return PromisedSize{texture.width, texture.height};
+    }
+    if (!startsWith(file, "IDPO")) return std::nullopt;
+    ByteReader in(file);
+    in.seek(52);
+    const uint64_t width = in.u32le();
+    return PromisedSize{width, in.u32le()};
+}
+
+std::optional<PromisedSize> promiseOfLmp(Bytes file) {
+    ByteReader in(file);
+    if (isPatch(file)) {
+        const uint64_t width = in.u16le();
+        return PromisedSize{width, in.u16le()};
+    }
+    const uint64_t width = in.u32le();
+    const uint64_t height = in.u32le();
+    if (width > 0xFFFF || height > 0xFFFF) return std::nullopt;
+    return PromisedSize{width, height};
 }
 
 }  // namespace tessarine

@@ -6,6 +6,7 @@
 
 #include "imagefiles/decoders.h"
 #include "imagefiles/memory_file.h"
+#include "imagefiles/promises.h"
 
 namespace tessarine {
 
@@ -156,6 +157,14 @@ std::optional<Decoded> takeOverTiff(const PictureSource& source) {
     if (isPlainYcbcr || isPaletteWithAlpha || layout.bits == 2)
         return Decoded{readColours(tiff.get(), layout, file.size()), depth};
     return std::nullopt;
+}
+
+std::optional<PromisedSize> promiseOfTiff(Bytes file) {
+    MemoryReader reader(file);
+    const std::unique_ptr<TIFF, Close> tiff = openTiff(reader);
+    if (!tiff) return std::nullopt;
+    const Layout layout = readLayout(tiff.get());
+    return PromisedSize{layout.width, layout.height};
 }
 
 }  // namespace tessarine

@@ -7,6 +7,7 @@
 
 #include "imagefiles/decoders.h"
 #include "imagefiles/metafile_size.h"
+#include "imagefiles/promises.h"
 #include "imagefiles/wmf_fonts.h"
 #include "pixels/failures.h"
 
@@ -16,8 +17,13 @@ namespace {
 
 constexpr uint32_t placeableKey = 0x9AC6CDD7;
 
+struct Inches {
+    double width = 0;
+    double height = 0;
+};
+
 /// The size that a placeable header tells.
-std::optional<MetafileSize> placeableSize(Bytes file) {
+std::optional<Inches> placeableSize(Bytes file) {
     ByteReader in(file);
     if (in.u32le() != placeableKey) return std::nullopt;
     in.skip(2);
@@ -27,8 +33,8 @@ std::optional<MetafileSize> placeableSize(Bytes file) {
     const auto bottom = static_cast<int16_t>(in.u16le());
     const uint32_t unitsPerInch = in.u16le();
     if (unitsPerInch == 0) refuse("the metafile has no scale");
-    return sizeOfInches(std::abs(right - left) / static_cast<double>(unitsPerInch),
-                        std::abs(bottom - top) / static_cast<double>(unitsPerInch));
+    return Inches{std::abs(right - left) / static_cast<double>(unitsPerInch),
+                  std::abs(bottom - top) / static_cast<double>(unitsPerInch)};
 }
 
 /// A metafile without a placeable header is as large as what it draws.
@@ -65,7 +71,9 @@ struct Destroy {
 }  // namespace
 
 Decoded drawWmf(Bytes file) {
-    const std::optional<MetafileSize> told = placeableSize(file);
+    std::optional<MetafileSize> told;
+    if (const std::optional<Inches> inches = placeableSize(file))
+        told = sizeOfInches(inches->width, inches->height);
     wmfAPI_Options options{};
     options.function = &wmf_gd_function;
     // The library prints its complaints otherwise, and gives up at the first odd record.
@@ -99,6 +107,12 @@ Decoded drawWmf(Bytes file) {
     Decoded decoded{onWhite(pixels, size), 24};
     wmf_mem_close(api.get());
     return decoded;
+}
+
+std::optional<PromisedSize> promiseOfWmf(Bytes file) {
+    const std::optional<Inches> inches = placeableSize(file);
+    if (!inches) return std::nullopt;
+    return promiseOfInches(inches->width, inches->height);
 }
 
 }  // namespace tessarine

@@ -8,6 +8,7 @@
 #include <FreeImage.h>
 
 #include "imagefiles/decoders.h"
+#include "imagefiles/promises.h"
 
 namespace tessarine {
 
@@ -139,6 +140,15 @@ std::optional<Decoded> takeOverXpm(const PictureSource& source) {
         }
     }
     return decoded;
+}
+
+std::optional<PromisedSize> promiseOfXpm(Bytes file) {
+    const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
+    const std::vector<std::string_view> strings = quotedStrings(text);
+    if (strings.empty()) return std::nullopt;
+    const std::vector<std::string_view> values = words(strings[0]);
+    if (values.size() < 4) return std::nullopt;
+    return PromisedSize{numberOf(values[0]), numberOf(values[1])};
 }
 
 }  // namespace tessarine
