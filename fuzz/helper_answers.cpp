@@ -93,6 +93,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     options.wishes = {1e6, memory};
     options.start = [&input](HelperKind) { return std::make_unique<SaidAll>(input); };
     options.onNotice = [](const std::string& text) { expect(!text.empty()); };
+    options.number = [number = 0U]() mutable { return ++number; };
     CodecFiles files(options);
     const ReadOutcome read = files.read(picture.path, extension);
     if (read.error == FileError::none) {

@@ -162,6 +162,17 @@ def decoders():
     file("dib-file", "bmp-v4", bmp(info(2, -2, 32, 3, size=108)
                                    + struct.pack("<4I", 0xFF0000, 0xFF00, 0xFF, 0) + bytes(52),
                                    b"", bytes(range(16))))
+    runs24 = struct.pack("<IiiHHI", 64, 2, 2, 1, 24, 4) + bytes(44)
+    file("dib-file", "bmp-rle24", bmp(runs24, b"", bytes([2, 1, 2, 3, 0, 0, 0, 3, 4, 5, 6, 7, 8, 9, 1, 2, 3,
+                                                         0, 0, 1])))
+
+    def png_chunk(name, data):
+        return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
+
+    for depth, colour, row in ((8, 2, 7), (16, 2, 13), (16, 0, 5), (1, 0, 2)):
+        png = (b"\x89PNG\r\n\x1a\n" + png_chunk(b"IHDR", struct.pack(">IIBBBBB", 2, 2, depth, colour, 0, 0, 0))
+               + png_chunk(b"IDAT", zlib.compress(bytes(2 * row))) + png_chunk(b"IEND", b""))
+        file("dib-file", f"bmp-of-png-{colour}-{depth}", bmp(info(2, 2, 0, 5), b"", png))
     file("dib", "dib-core", struct.pack("<IHHHH", 12, 3, 2, 1, 1) + bytes(6) + bytes(8))
     file("bmp", "bmp-taken-over", bmp(info(3, 2, 24), b"", bytes(range(24))))
     colours = bytes(range(256)) * 3
@@ -184,6 +195,13 @@ def decoders():
         file("dds", "dds-" + name.decode().lower(), dds.replace(b"DXT1", name) + bytes(range(16)))
     rgb = struct.pack("<II4s5I", 32, 0x41, bytes(4), 32, 0xFF0000, 0xFF00, 0xFF, 0xFF000000)
     file("dds", "dds-rgb", dds.replace(pixel_format, rgb) + bytes(range(64)))
+
+    file("dds", "dds-ati1", dds.replace(b"DXT1", b"ATI1") + bytes(range(8)))
+    for number in (28, 87, 98):
+        file("dds", f"dds-later-header-{number}", dds.replace(b"DXT1", b"DX10")
+             + struct.pack("<5I", number, 3, 0, 1, 0) + bytes(range(64)))
+    indexed = struct.pack("<II4s5I", 32, 0x20, bytes(4), 8, 0, 0, 0, 0)
+    file("dds", "dds-indexed", dds.replace(pixel_format, indexed) + bytes(range(256)) * 4 + bytes(16))
 
     def chunk(name, data):
         return name + struct.pack(">I", len(data)) + data + bytes(len(data) % 2)

@@ -46,9 +46,10 @@ struct Received {
         broken,   ///< a packet that is too long, too many descriptors, an error of the socket
     };
     End end = End::broken;
-    bool unread = false;  ///< with `closed`: the other side left before it took all that was sent
     Packet packet;
     std::vector<Descriptor> descriptors;
+    /// With `closed`: the other side left before it took all that was sent.
+    bool unread = false;
 };
 
 /// Sends a packet with descriptors. \return false where the other side is gone or takes nothing

@@ -1,6 +1,7 @@
 #include "imagefiles/codec/codec_files.h"
 
 #include <algorithm>
+#include <random>
 #include <utility>
 
 #include "imagefiles/codec/helper_link.h"
@@ -52,6 +53,7 @@ CodecFiles::CodecFiles(Options options) : options_(std::move(options)) {
         options_.start = [program = options_.program](HelperKind kind) {
             return std::make_unique<HelperProcess>(program, kind);
         };
+    if (!options_.number) options_.number = [] { return std::random_device()(); };
     if (!options_.startsEarly) return;
     attempt([&] { release(HelperKind::files, start(HelperKind::files)); });
 }
@@ -106,7 +108,7 @@ CodecFiles::Failure CodecFiles::ask(HelperKind kind, HelperRequest& request) {
         } catch (const StatementFailed& failure) {
             return {FileError::codecDied, failure.what()};
         }
-        const HelperLink::Outcome outcome = link->ask(request, ++lastNumber_);
+        const HelperLink::Outcome outcome = link->ask(request, options_.number());
         switch (outcome.end) {
             case HelperLink::End::answered:
                 release(kind, std::move(link));

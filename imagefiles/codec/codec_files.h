@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -41,6 +40,8 @@ class CodecFiles : public PictureFiles {
         std::function<std::unique_ptr<Helper>(HelperKind)> start;
         /// Whether the first helper is started at once, to be ready when it is needed.
         bool startsEarly = true;
+        /// Gives the numbers of requests; left out, they cannot be foreseen.
+        std::function<uint32_t()> number;
         /// Helpers of each kind that are kept when nothing is to be done.
         size_t mostIdle = 1;
     };
@@ -72,7 +73,6 @@ class CodecFiles : public PictureFiles {
     std::mutex guard_;
     std::array<std::vector<std::unique_ptr<HelperLink>>, 2> idle_;  ///< by HelperKind
     std::vector<std::string> noticed_;
-    std::atomic<uint32_t> lastNumber_ = 0;
 };
 
 }  // namespace tessarine

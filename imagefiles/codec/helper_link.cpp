@@ -44,6 +44,11 @@ bool HelperLink::isQuiet() const {
     return ::poll(&entry, 1, 0) == 0;
 }
 
+bool HelperLink::talks() const {
+    uint8_t byte = 0;
+    return ::recv(helper_->socket(), &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
+}
+
 Received HelperLink::receive(Clock::time_point& start, Seconds patience) const {
     for (;;) {
         const auto now = Clock::now();
@@ -116,7 +121,17 @@ HelperLink::Outcome HelperLink::served(HelperRequest& request, uint32_t number) 
         }
         const std::optional<ToProgram> message = messageToProgram(received.packet);
         if (!message) throw HelperLied("it sent what is no message");
-        if (request.hear(*message, helper_->socket())) return {};
+        try {
+            if (!request.hear(*message, helper_->socket())) continue;
+        } catch (const WrongNumber& lie) {
+            // Numbers cannot be foreseen: this was said before the request was there, and its
+            // picture has no part in it.
+            if (first && answered_) return {End::notTaken, lie.what()};
+            throw;
+        }
+        if (talks()) throw HelperLied("it said more than was asked");
+        answered_ = true;
+        return {};
     }
 }
 

@@ -18,7 +18,7 @@ class HelperLink {
   public:
     enum class End {
         answered,  ///< by the rules
-        notTaken,  ///< the helper ended before it looked at the request
+        notTaken,  ///< the helper ended, or lost its way, before it looked at the request
         timedOut,
         died,  ///< it ended, or broke its rules
     };
@@ -47,11 +47,14 @@ class HelperLink {
     /// Waits for the next packet until `patience` has passed since `start`. Time in which this
     /// program stood still moves `start`.
     Received receive(Clock::time_point& start, std::chrono::duration<double> patience) const;
+    /// Whether it has said something that nobody heard yet.
+    bool talks() const;
     Outcome served(HelperRequest& request, uint32_t number);
 
     std::unique_ptr<Helper> helper_;
     const std::function<void()>& onWaiting_;
     bool ready_ = false;
+    bool answered_ = false;  ///< an earlier request
 };
 
 }  // namespace tessarine

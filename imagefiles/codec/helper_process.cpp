@@ -141,9 +141,9 @@ HelperProcess::HelperProcess(const std::string& program, HelperKind kind) {
 
 HelperEnd HelperProcess::awaitEnd() {
     using Clock = std::chrono::steady_clock;
-    // It closes its end of the socket while it dies: what is left of that takes no time, unless a
-    // large core is written.
-    const auto patience = Clock::now() + std::chrono::seconds(2);
+    // Its end of the socket is closed when it is all but dead; one that closed it by itself waits
+    // for nothing.
+    const auto patience = Clock::now() + std::chrono::milliseconds(500);
     while (process_ != 0 && Clock::now() < patience) {
         int status = 0;
         const pid_t ended = ::waitpid(process_, &status, WNOHANG);

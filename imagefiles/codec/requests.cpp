@@ -57,7 +57,7 @@ bool isControl(const std::string& text, size_t at) {
 }
 
 void expectNumber(uint32_t number, uint32_t expected) {
-    if (number != expected) throw HelperLied("it answered what nobody had asked");
+    if (number != expected) throw WrongNumber();
 }
 
 /// The message of an answer that is an error; a helper need not give a reason.

@@ -25,6 +25,12 @@ class HelperLied : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// What it says is no answer to the request in hand.
+class WrongNumber : public HelperLied {
+  public:
+    WrongNumber() : HelperLied("it answered what nobody had asked") {}
+};
+
 /// A text from a helper, fit to be shown: short, on one line, UTF-8, without control characters.
 std::string printable(const std::string& text);
 

@@ -1,5 +1,6 @@
 #include <chrono>
 #include <filesystem>
+#include <future>
 #include <sys/socket.h>
 #include <thread>
 
@@ -14,6 +15,7 @@ namespace tessarine::tests {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::HasSubstr;
 
 // ---- Lies ----
 
@@ -165,18 +167,78 @@ TEST_F(CodecFilesTest, DescriptorsFromAHelperAreNotTaken) {
     EXPECT_LE(open(), before + 1);  // the block that is kept for later
 }
 
+TEST_F(CodecFilesTest, MoreThanAnAnswerIsALie) {
+    // The number is known here beforehand, so that both are there when the first one is heard.
+    ScriptedHelpers helpers({[](HelperEndpoint& helper) {
+                                 helper.beReady();
+                                 for (int i = 0; i < 2; ++i)
+                                     helper.say(ReadDone{7, FileError::unreadable, 0, 0, 0, 0, {}});
+                                 while (helper.hear())
+                                     ;
+                             },
+                             serveAll});
+    CodecFiles::Options options = with(helpers);
+    options.number = [] { return 7U; };
+    CodecFiles files(options);
+    const ReadOutcome outcome = files.read(picture, "png");
+    EXPECT_EQ(errorClass(outcome.error), "codec-died");
+    EXPECT_THAT(outcome.message, HasSubstr("more than was asked"));
+    expectGood(files.read(picture, "png"));
+}
+
 TEST_F(CodecFilesTest, AHelperThatTalksUnaskedIsReplacedAndThePictureIsRead) {
-    ScriptedHelpers helpers({answering([](HelperEndpoint& helper, const ReadRequest& request) {
+    std::promise<void> wordGiven;
+    std::promise<void> spoken;
+    ScriptedHelpers helpers({answering([&](HelperEndpoint& helper, const ReadRequest& request) {
                                  helper.serve(request, side, side, teal);
-                                 helper.say(ReadDone{request.number + 1, FileError::unreadable, 0,
-                                                     0, 0, 0, "a lie in advance"});
+                                 wordGiven.get_future().wait();
+                                 helper.say(ReadDone{request.number, FileError::unreadable, 0, 0, 0,
+                                                     0, "a lie in advance"});
+                                 spoken.set_value();
                              }),
                              serveAll});
     CodecFiles files(with(helpers));
     expectGood(files.read(picture, "png"));
-    std::this_thread::sleep_for(20ms);
+    wordGiven.set_value();
+    spoken.get_future().wait();
     expectGood(files.read(picture, "png"));
     EXPECT_EQ(helpers.kinds.size(), 2U);
+}
+
+TEST_F(CodecFilesTest, AnAnswerToAnEarlierPictureDoesNotCostThisOne) {
+    ScriptedHelpers helpers(
+        {[](HelperEndpoint& helper) {
+             helper.beReady();
+             const auto first = helper.hearA<ReadRequest>();
+             helper.serve(*first, side, side, teal);
+             helper.hear();
+             helper.say(ReadDone{first->number, FileError::unreadable, 0, 0, 0, 0, "a late lie"});
+             helper.hear();
+         },
+         serveAll});
+    CodecFiles files(with(helpers));
+    expectGood(files.read(picture, "png"));
+    expectGood(files.read(picture, "png"));
+    EXPECT_EQ(helpers.kinds.size(), 2U);
+}
+
+TEST_F(CodecFilesTest, NumbersOfRequestsCannotBeForeseen) {
+    std::vector<uint32_t> numbers;
+    ScriptedHelpers helpers({[&](HelperEndpoint& helper) {
+        helper.beReady();
+        while (const auto request = helper.hearA<ReadRequest>()) {
+            numbers.push_back(request->number);
+            helper.serve(*request, side, side, teal);
+        }
+    }});
+    {
+        CodecFiles files(with(helpers));
+        for (int i = 0; i < 4; ++i)
+            expectGood(files.read(picture, "png"));
+    }
+    ASSERT_EQ(numbers.size(), 4U);
+    EXPECT_NE(numbers[1] - numbers[0], numbers[2] - numbers[1]);
+    EXPECT_NE(numbers[2] - numbers[1], numbers[3] - numbers[2]);
 }
 
 TEST_F(CodecFilesTest, WhatIsLeftInTheMarginIsNoPartOfThePicture) {
