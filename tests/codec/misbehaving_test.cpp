@@ -7,8 +7,8 @@
 #include <gmock/gmock.h>
 
 #include "imagefiles/codec/codec_files.h"
-#include "misbehaviour.h"
 #include "support/children.h"
+#include "support/misbehaviour.h"
 #include "support/paths.h"
 #include "support/pictures.h"
 #include "support/program.h"
