@@ -18,13 +18,6 @@ PictureReport failed(PictureReport entry, const std::string& error, const std::s
     return entry;
 }
 
-/// A message about a draft, as one about the file that it stands for.
-std::string aboutOutput(std::string message, const std::string& draft, const std::string& output) {
-    const size_t at = message.find(draft);
-    if (at != std::string::npos) message.replace(at, draft.size(), output);
-    return message;
-}
-
 WriteOutcome writeTo(OutputFile& file, PictureFiles& files, const PictureHolder& picture,
                      const std::string& extension, int16_t formatIndex) {
     try {
@@ -103,7 +96,7 @@ PictureReport cBatch::processAlone(int32_t number, const std::string& destinatio
 
     std::error_code ignored;
     if (std::filesystem::is_directory(entry.output, ignored))
-        return failed(entry, "cannot-write", "a folder stands under the output's name");
+        return failed(entry, "cannot-write", "cannot replace " + entry.output + ": it is a folder");
     if (!overwrite && platform_.fileExists(entry.output)) {
         entry.status = PictureReport::Status::kept;
         return entry;
@@ -117,15 +110,12 @@ PictureReport cBatch::processAlone(int32_t number, const std::string& destinatio
     Draft draft(entry.output);
     OutputFile file;
     const std::string cannotWrite(errorClass(FileError::cannotWrite));
-    const auto whyNot = [&](const std::string& message) {
-        return aboutOutput(message, draft.path(), entry.output);
-    };
-    if (!file.create(draft.path())) return failed(entry, cannotWrite, whyNot(file.failure()));
+    if (!draft.writeThrough(file)) return failed(entry, cannotWrite, draft.failure());
     const WriteOutcome written =
         writeTo(file, files_, iSrc, extension, static_cast<int16_t>(cboFormat.index));
     if (written.error != FileError::none)
-        return failed(entry, std::string(errorClass(written.error)), whyNot(written.message));
-    if (!file.finish()) return failed(entry, cannotWrite, whyNot(file.failure()));
+        return failed(entry, std::string(errorClass(written.error)), written.message);
+    if (!file.finish()) return failed(entry, cannotWrite, file.failure());
     switch (draft.publish(overwrite)) {
         case Draft::End::published:
             entry.status = PictureReport::Status::saved;

@@ -11,14 +11,28 @@ OutputFile::~OutputFile() {
     if (isOpen()) discard();
 }
 
-bool OutputFile::create(const std::string& path) {
-    if (isOpen()) discard();
+void OutputFile::start(std::FILE* file, const std::string& path, bool madeHere) {
     path_ = path;
+    madeHere_ = madeHere;
     failure_.clear();
     size_ = 0;
-    file_ = std::fopen(path.c_str(), "w+be");
-    if (file_ == nullptr) fail("cannot create the file");
+    file_ = file;
+}
+
+bool OutputFile::create(const std::string& path) {
+    if (isOpen()) discard();
+    start(std::fopen(path.c_str(), "w+be"), path, true);
+    if (!isOpen()) fail("cannot create the file");
     return isOpen();
+}
+
+bool OutputFile::adopt(int file, const std::string& name) {
+    if (isOpen()) discard();
+    start(::fdopen(file, "w+b"), name, false);
+    if (isOpen()) return true;
+    fail("cannot write the file");
+    ::close(file);
+    return false;
 }
 
 size_t OutputFile::write(const void* bytes, size_t count) {
@@ -53,7 +67,7 @@ bool OutputFile::finish() {
     const bool closed = std::fclose(file_) == 0;
     file_ = nullptr;
     if (!closed) fail("cannot close the file");
-    if (!failure_.empty()) unlink(path_.c_str());
+    if (!failure_.empty() && madeHere_) unlink(path_.c_str());
     return failure_.empty();
 }
 
@@ -61,7 +75,7 @@ void OutputFile::discard() {
     if (!isOpen()) return;
     std::fclose(file_);
     file_ = nullptr;
-    unlink(path_.c_str());
+    if (madeHere_) unlink(path_.c_str());
 }
 
 void OutputFile::fail(const std::string& what) {

@@ -12,14 +12,20 @@ namespace tessarine {
 class OutputFile {
   public:
     OutputFile() = default;
-    /// A file that was not finished is removed.
+    /// A file that was made here and not finished is removed.
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
     /// Makes the file, or empties one that stands there.
     bool create(const std::string& path);
+    /// Writes into a file that is open for reading and writing, from where it stands, and closes
+    /// it in any case. Its name stands in messages only: the file is never removed, whoever opened
+    /// it sees to that.
+    bool adopt(int file, const std::string& name);
     bool isOpen() const { return file_ != nullptr; }
+    /// For another process that is to write it, while nothing is written here; -1 while not open.
+    int descriptor() const { return isOpen() ? fileno(file_) : -1; }
 
     // A library may go on although it was told that the file cannot be made: on a file that is
     // not open these do nothing and fail.
@@ -30,10 +36,10 @@ class OutputFile {
     bool seek(int64_t offset, int origin = SEEK_SET);
     int64_t tell() const;
 
-    /// Closes the file. Where anything failed since create(), it is removed.
+    /// Closes the file. Where anything failed, one that was made here is removed.
     /// \return whether all of it stands on the disk as far as the system says
     bool finish();
-    /// Closes the file and removes it.
+    /// Closes the file and removes one that was made here.
     void discard();
 
     /// The first failure in words; empty while there is none.
@@ -42,9 +48,11 @@ class OutputFile {
     int64_t size() const { return size_; }
 
   private:
+    void start(std::FILE* file, const std::string& path, bool madeHere);
     void fail(const std::string& what);
 
     std::string path_;
+    bool madeHere_ = false;
     std::FILE* file_ = nullptr;
     std::string failure_;
     int64_t size_ = 0;

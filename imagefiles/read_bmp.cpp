@@ -272,10 +272,11 @@ std::optional<Decoded> takeOverBmp(const PictureSource& source) {
     const uint32_t size = in.u32le();
     if (size == 40) {
         const Header header = readHeader(file, true);
-        // The file library takes memory for any claim.
-        const uint64_t claim = static_cast<uint64_t>(std::abs(header.width)) *
-                               static_cast<uint64_t>(header.height) * header.bits / 8;
-        if (claim / 2 > file.size() + 65536) refuse("the file is too short for its picture");
+        // The file library takes memory for any claim. Whole numbers would wrap over the largest.
+        const double claim = static_cast<double>(std::abs(header.width)) *
+                             static_cast<double>(header.height) * header.bits / 8;
+        if (claim / 2 > static_cast<double>(file.size() + 65536))
+            refuse("the file is too short for its picture");
         if (header.compression == plain) return std::nullopt;
     }
     return decodeBmp(file, true);

@@ -1,5 +1,6 @@
 #include "runner/command_line.h"
 
+#include <cstdlib>
 #include <map>
 
 #include <CLI/CLI.hpp>
@@ -17,6 +18,14 @@ namespace {
 std::string onlyChannels(const std::string& text) {
     if (text.find_first_not_of("rgb") == std::string::npos && !text.empty()) return {};
     return fmt::format("'{}' is no set of channels; expected letters of rgb", text);
+}
+
+/// Accepts a number of seconds within reason, which neither infinity is nor what is no number.
+std::string onlySeconds(const std::string& text) {
+    char* end = nullptr;
+    const double seconds = std::strtod(text.c_str(), &end);
+    if (!text.empty() && *end == '\0' && seconds >= 0.1 && seconds <= 1e6) return {};
+    return fmt::format("'{}' is no time for a picture; expected 0.1 to 1000000 seconds", text);
 }
 
 // The library takes a word in brackets apart as a list of words. A mark before it keeps it whole.
@@ -95,13 +104,24 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
     app.add_option("--threads", line.threads, "Threads a filter")
         ->type_name("N")
         ->check(CLI::Range(1, 1024));
+    app.add_option("--timeout", line.timeout,
+                   "Seconds that reading or writing a picture may take; default by its size")
+        ->type_name("SECONDS")
+        ->check(onlySeconds);
+    app.add_option("--memory", line.memory,
+                   "Memory that reading or writing a picture may take, in MiB; default half of the "
+                   "machine's, between 1024 and 8192")
+        ->type_name("MIB")
+        ->check(CLI::Range(16, 1 << 20));
     app.add_flag("--dry-run", line.dryRun, "Print what would be written, and write nothing");
     app.add_flag("--quiet", line.quiet, "Say nothing but failures");
+    app.add_flag("--verbose", line.verbose,
+                 "Tell what of the protection from bad files this system lacks");
     app.add_flag("--progress", line.progress, "A progress line even where none is usual");
     app.add_option("--report", line.report, "JSON lines, one a picture; - for standard output")
         ->type_name("FILE");
-    for (const char* name :
-         {"--mode", "--jobs", "--threads", "--dry-run", "--quiet", "--progress", "--report"})
+    for (const char* name : {"--mode", "--jobs", "--threads", "--timeout", "--memory", "--dry-run",
+                             "--quiet", "--verbose", "--progress", "--report"})
         app.get_option(name)->group("Running");
     app.add_flag("--list-functions", line.listFunctions, "All functions with their inputs");
     app.add_flag("--list-formats", line.listFormats, "All output formats");
@@ -134,11 +154,11 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
             return value;
         };
         if (option == path)
-            line.pictures.push_back({PictureSource::Kind::path, next(paths)});
+            line.pictures.push_back({GivenPictures::Kind::path, next(paths)});
         else if (option == list)
-            line.pictures.push_back({PictureSource::Kind::list, next(lists)});
+            line.pictures.push_back({GivenPictures::Kind::list, next(lists)});
         else if (option == from)
-            line.pictures.push_back({PictureSource::Kind::from, next(froms)});
+            line.pictures.push_back({GivenPictures::Kind::from, next(froms)});
         else if (option == functions)
             line.functions.push_back({FunctionSource::Kind::list, next(functionLists)});
         else if (option == apply)

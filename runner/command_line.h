@@ -8,7 +8,7 @@
 namespace tessarine {
 
 /// One place where pictures come from, in the order of the command line.
-struct PictureSource {
+struct GivenPictures {
     enum class Kind {
         path,  ///< a file, or a folder
         list,  ///< a picture list
@@ -30,7 +30,7 @@ struct FunctionSource {
 
 /// What is asked for.
 struct CommandLine {
-    std::vector<PictureSource> pictures;
+    std::vector<GivenPictures> pictures;
     bool recursive = false;
     bool nulBetweenPaths = false;
 
@@ -45,8 +45,11 @@ struct CommandLine {
     bool overwrite = false;
 
     bool windowMode = false;
-    int jobs = 0;     ///< pictures in flight; 0 for as many as the machine suggests
-    int threads = 0;  ///< threads a filter; likewise
+    int jobs = 0;                    ///< pictures in flight; 0 for as many as the machine suggests
+    int threads = 0;                 ///< threads a filter; likewise
+    std::optional<double> timeout;   ///< seconds that a picture may take to be read or written
+    std::optional<uint32_t> memory;  ///< MiB that reading or writing a picture may take
+    bool verbose = false;
     bool dryRun = false;
     bool quiet = false;
     bool progress = false;

@@ -104,15 +104,15 @@ void addList(const std::string& file, std::vector<BasketItem>& basket) {
 
 std::vector<BasketItem> collectPictures(const CommandLine& line) {
     std::vector<BasketItem> basket;
-    for (const PictureSource& source : line.pictures) {
+    for (const GivenPictures& source : line.pictures) {
         switch (source.kind) {
-            case PictureSource::Kind::path:
+            case GivenPictures::Kind::path:
                 addPath(source.value, line.recursive, basket);
                 break;
-            case PictureSource::Kind::list:
+            case GivenPictures::Kind::list:
                 addList(source.value, basket);
                 break;
-            case PictureSource::Kind::from:
+            case GivenPictures::Kind::from:
                 addPathsFrom(source.value, line, basket);
                 break;
         }

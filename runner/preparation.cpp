@@ -71,24 +71,51 @@ void checkCounts(const cBatch& batch, bool windowMode) {
                                 most16Bits));
 }
 
-/// Refuses a run in which an output would replace a picture of the run.
+/// A path behind all links at its end, also where there is nothing.
+fs::path behindLinks(fs::path path) {
+    constexpr int mostLinks = 40;  // as many as the system follows
+    std::error_code failure;
+    for (int i = 0; i < mostLinks && fs::is_symlink(fs::symlink_status(path, failure)); ++i)
+        path = path.parent_path() / fs::read_symlink(path, failure);
+    return path;
+}
+
+/// Refuses a run that would replace a picture of its own, or read as a picture what it has written
+/// itself.
 void protectPictures(const cBatch& batch, const std::string& extension) {
-    if (batch.chkOverwrite == 0) return;
+    const bool overwrite = batch.chkOverwrite != 0;
     std::map<FileIdentity, std::string> outputs;
+    std::map<std::string, size_t> numbers;
     for (size_t i = 1; i <= batch.lvSelected.size(); ++i) {
-        const std::string output =
-            batch.outputName(batch.txtDestination, static_cast<int32_t>(i), extension);
+        const auto number = static_cast<int32_t>(i);
+        const std::string output = batch.outputName(batch.txtDestination, number, extension);
+        numbers.emplace(batch.outputName({}, number, extension), i);
+        if (!overwrite) continue;
         if (const auto identity = identityOf(output)) outputs.emplace(*identity, output);
     }
-    if (outputs.empty()) return;
-    for (const BasketItem& item : batch.lvSelected) {
-        const auto identity = identityOf(item.Tag);
-        const auto found = identity ? outputs.find(*identity) : outputs.end();
-        if (found != outputs.end())
+    const auto destination = identityOf(batch.txtDestination);
+    for (size_t i = 1; i <= batch.lvSelected.size(); ++i) {
+        const std::string& input = batch.lvSelected[i - 1].Tag;
+        if (const auto identity = identityOf(input)) {
+            const auto found = outputs.find(*identity);
+            if (found != outputs.end())
+                refuseStart(
+                    fmt::format("'{}' is a picture of this run and has the name of its output "
+                                "'{}'; expected another --name or --to",
+                                input, found->second));
+            continue;
+        }
+        // Not there yet: it may come to be by this very run. Without leave to overwrite, its own
+        // output at least comes too late to be read.
+        const fs::path end = behindLinks(input);
+        const auto found = numbers.find(end.filename().native());
+        if (found == numbers.end() || (found->second == i && !overwrite)) continue;
+        const fs::path folder = end.parent_path();
+        if (identityOf(folder.empty() ? "." : folder.native()) == destination)
             refuseStart(
-                fmt::format("'{}' is a picture of this run and has the name of its output "
-                            "'{}'; expected another --name or --to",
-                            item.Tag, found->second));
+                fmt::format("'{}' is a picture of this run, is not there, and has the name of an "
+                            "output; expected another --name or --to",
+                            input));
     }
 }
 
@@ -117,8 +144,8 @@ void protectFromReport(const cBatch& batch, const CommandLine& line, const std::
             refuse("an output");
     for (const BasketItem& item : batch.lvSelected)
         if (identityOf(item.Tag) == report) refuse("a picture");
-    for (const PictureSource& source : line.pictures)
-        if (source.kind != PictureSource::Kind::path && identityOf(source.value) == report)
+    for (const GivenPictures& source : line.pictures)
+        if (source.kind != GivenPictures::Kind::path && identityOf(source.value) == report)
             refuse("a picture list");
     for (const FunctionSource& source : line.functions)
         if (source.kind == FunctionSource::Kind::list && identityOf(source.value) == report)

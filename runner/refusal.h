@@ -11,7 +11,8 @@ enum class ExitStatus {
     somePictures = 1,   ///< some pictures failed
     commandLine = 2,    ///< the command line is wrong
     nothingStarts = 3,  ///< no pictures, no such destination, an unreadable list
-    interrupted = 130,
+    interrupted = 130,  ///< by SIGINT or SIGHUP
+    terminated = 143,   ///< by SIGTERM
 };
 
 /// A reason not to start: one line that names the thing and what was expected.

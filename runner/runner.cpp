@@ -8,6 +8,10 @@
 #include <fmt/format.h>
 
 #include "batch/batch.h"
+#include "imagefiles/codec/codec_files.h"
+#include "imagefiles/codec/helper_process.h"
+#include "imagefiles/disk.h"
+#include "imagefiles/leftovers.h"
 #include "runner/command_line.h"
 #include "runner/listings.h"
 #include "runner/messages.h"
@@ -81,10 +85,13 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
     };
 
     const auto start = std::chrono::steady_clock::now();
-    if (line.windowMode)
+    if (line.windowMode) {
         batch.CmdBatchAll();
-    else
+    } else {
+        removeLeftDrafts(batch.txtDestination);
         batch.BatchEach();
+        syncFolder(batch.txtDestination);
+    }
     const int64_t ms = millisecondsSince(start);
     progress.clear();
 
@@ -102,8 +109,25 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
             fmt::format("{} saved, {} kept, {} failed of {} pictures in {:.1f} seconds{}\n",
                         counts.saved, counts.kept, counts.failed, pictures,
                         static_cast<double>(ms) / 1000, interrupted() ? ", interrupted" : ""));
-    if (interrupted()) return ExitStatus::interrupted;
+    if (interrupted()) return terminated() ? ExitStatus::terminated : ExitStatus::interrupted;
     return counts.failed > 0 || !told ? ExitStatus::somePictures : ExitStatus::done;
+}
+
+/// How picture files are read and written. A run does not start without the helper program; what is
+/// only planned needs none.
+CodecFiles::Options helpersFor(const CommandLine& line) {
+    CodecFiles::Options options;
+    options.wishes.seconds = line.timeout;
+    if (line.memory) options.wishes.memoryBytes = uint64_t{*line.memory} << 20;
+    if (line.verbose) options.onNotice = [](const std::string& text) { complain(text); };
+    options.startsEarly = !line.dryRun;
+    if (line.dryRun) return options;
+    try {
+        options.program = helperProgram();
+    } catch (const StatementFailed& failure) {
+        throw Refusal(ExitStatus::nothingStarts, failure.what());
+    }
+    return options;
 }
 
 ExitStatus runAsAsked(int argc, const char* const* argv) {
@@ -113,8 +137,9 @@ ExitStatus runAsAsked(int argc, const char* const* argv) {
         return print((line->listFunctions ? functionListing() : std::string()) +
                      (line->listFormats ? formatListing() : std::string()));
 
+    CodecFiles files(helpersFor(*line));
     TerminalPlatform platform;
-    cBatch batch(platform);
+    cBatch batch(platform, files);
     prepareRun(batch, *line);
     // Before the first word: a reader of standard error who left does not end the run.
     if (!line->dryRun) listenToSignals();

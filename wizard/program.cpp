@@ -8,6 +8,9 @@
 
 #include <QApplication>
 
+#include "imagefiles/codec/codec_files.h"
+#include "imagefiles/codec/helper_process.h"
+#include "pixels/failures.h"
 #include "widgets/splash.h"
 #include "wizard/appearance.h"
 #include "wizard/batch_window.h"
@@ -78,6 +81,27 @@ std::unique_ptr<QApplication> openScreen(int& argumentCount, char** arguments) {
     return application;
 }
 
+/// How picture files are read and written. Without the helper program the window opens all the
+/// same, and no file can be read.
+CodecFiles::Options helpers() {
+    CodecFiles::Options options;
+    try {
+        options.program = helperProgram();
+    } catch (const StatementFailed& failure) {
+        std::cerr << "tessarine: " << failure.what() << "\n" << std::flush;
+    }
+    // Paintings and timers go on while a large picture is read; what a person does follows it. A
+    // timer may read another picture meanwhile, each of which takes a helper of its own.
+    options.onWaiting = [depth = 0]() mutable {
+        constexpr int deepest = 4;
+        if (depth >= deepest) return;
+        ++depth;
+        QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        --depth;
+    };
+    return options;
+}
+
 /// Closes the window, whatever stands before it, and with it the program.
 void leave(fBatch& window) {
     if (window.isVisible()) {
@@ -135,7 +159,8 @@ int runProgram(int argumentCount, char** arguments) {
     applyAppearance(*application, sessionBus());
 
     SystemDesktop desktop;
-    fBatch window(desktop);
+    CodecFiles files(helpers());
+    fBatch window(desktop, files);
     fSplash splash(programPicture("splash"), splashSize);
     const LeavingRequests requests([&window] { leave(window); });
     const WindowLoss loss(window, [&window] { leave(window); });

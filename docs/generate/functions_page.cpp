@@ -30,7 +30,7 @@ std::string exampleOf(const FunctionDef& function) {
 void runOverSample(const std::vector<FunctionSource>& functions, const fs::path& sample,
                    const fs::path& target) {
     CommandLine line;
-    line.pictures = {{PictureSource::Kind::path, sample.string()}};
+    line.pictures = {{GivenPictures::Kind::path, sample.string()}};
     line.functions = functions;
     line.to = target.parent_path().string();
     line.name = target.stem().string();

@@ -93,6 +93,7 @@ Received receivePacket(int socket, std::optional<Clock::time_point> deadline,
         }
     }
     const bool reset = got < 0 && (errno == ECONNRESET || errno == EPIPE);
+    received.unread = got < 0 && errno == ECONNRESET;
     if (got == 0 || reset)
         received.end = Received::End::closed;
     else if (got > 0 && static_cast<size_t>(got) <= longestPacket &&

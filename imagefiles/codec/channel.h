@@ -48,6 +48,8 @@ struct Received {
     End end = End::broken;
     Packet packet;
     std::vector<Descriptor> descriptors;
+    /// With `closed`: the other side left before it took all that was sent.
+    bool unread = false;
 };
 
 /// Sends a packet with descriptors. \return false where the other side is gone or takes nothing

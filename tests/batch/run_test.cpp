@@ -542,5 +542,19 @@ TEST_F(Run, ByItselfAPictureLeavesNoDraftWhateverBecomesOfIt) {
     EXPECT_EQ(batch.report.entries()[2].error, "unreadable");
 }
 
+TEST_F(Run, ByItselfAPictureKeepsAFileThatAppearsUnderItsOutputsNameMeanwhile) {
+    addGrey(10);
+    addNegative();
+    const std::string output = out + "/Sample1.bmp";
+    batch.cFilter.Progress = [&](int32_t&) { writeFile(output, "another's"); };
+    batch.BatchEach();
+    EXPECT_EQ(readFile(output), "another's");
+    EXPECT_EQ(statuses(), (std::vector<Status>{Status::kept}));
+    fs::remove(output);
+    batch.chkOverwrite = 1;
+    batch.BatchEach();
+    EXPECT_EQ(levelOf("Sample1.bmp"), 245) << "with leave to overwrite it is replaced";
+}
+
 }  // namespace
 }  // namespace tessarine::tests

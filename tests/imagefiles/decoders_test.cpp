@@ -114,6 +114,16 @@ TEST(Bmp, AHugeClaimIsRefusedWithoutItsMemory) {
     EXPECT_FALSE(loadBytes(f.str(), "bmp").isThere);
 }
 
+// The library is not to be asked for it: a claim of 2^64 bits must not count as none.
+TEST(Bmp, AClaimBeyondAllNumbersIsRefused) {
+    FileBytes f;
+    f.text("BM").le32({0, 0, 14 + 40});
+    f.le32({40, 1 << 30, 1 << 30}).le16({1, 16}).le32({0, 0, 0, 0, 0, 0}).zeros(40);
+    const std::string file = f.str();
+    const Bytes bytes(reinterpret_cast<const uint8_t*>(file.data()), file.size());
+    EXPECT_THROW(takeOverBmp({bytes, {}}), StatementFailed);
+}
+
 TEST(Pnm, PlainBitmapsNeedNoBlanks) {
     EXPECT_THAT(loadBytes("P1\n# two rows\n3 2\n101010\n", "pbm").colours,
                 ElementsAre(black, white, black, white, black, white));

@@ -3,43 +3,25 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
-#include <functional>
-#include <sched.h>
 #include <string>
-#include <sys/mount.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include "imagefiles/judges.h"
+#include "support/other_disks.h"
 
 namespace tessarine {
 namespace {
 
 namespace fs = std::filesystem;
+using tests::inChild;
+using tests::mountSmallDisk;
+using tests::noDisk;
 using tests::readAll;
 using tests::saveBy;
 using tests::ScratchFolder;
 using Status = SaveOutcome::Status;
-
-/// Runs something in a process of its own. \return what it returned, 128 where it crashed
-int inChild(const std::function<int()>& work) {
-    const pid_t child = fork();
-    if (child == 0) _exit(work());
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128;
-}
-
-/// Puts a small disk of memory in place of a folder, for this process alone.
-bool mountSmallDisk(const std::string& folder, const char* options) {
-    if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
-    if (mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return false;
-    return mount("tmpfs", folder.c_str(), "tmpfs", 0, options) == 0;
-}
-
-constexpr int noDisk = 77;
 
 /// Saves in a child on a disk of 64 KiB. \return 0 where the save fails, says that the disk is
 /// full and leaves no file

@@ -165,5 +165,97 @@ TEST_F(RunnerPaths, DraftsOfOtherRunsAreNoPicturesOfAFolder) {
     EXPECT_EQ(end.out.find(".tessarine-"), std::string::npos);
 }
 
+/// Runs in which a picture may stand under an output's name.
+class RunnerSources : public RunnerPaths {
+  protected:
+    /// Refused with --overwrite before anything is written; without it the output is kept. Either
+    /// way the picture keeps its bytes.
+    void expectProtected(const std::string& input, const std::string& file) {
+        const std::string before = readFile(file);
+        ASSERT_FALSE(before.empty());
+        const std::set<std::string> names = outputs();
+        const Finished refused = runTo({"--overwrite", input, a});
+        EXPECT_EQ(refused.status, 3) << refused.err;
+        EXPECT_NE(refused.err.find("'" + input + "' is a picture of this run"), std::string::npos)
+            << refused.err;
+        EXPECT_EQ(outputs(), names);
+        EXPECT_EQ(readFile(file), before);
+        const Finished kept = runTo({"--report", "-", input, a});
+        EXPECT_NE(kept.out.find("\"kept\""), std::string::npos) << kept.out << kept.err;
+        EXPECT_EQ(readFile(file), before);
+    }
+    /// Refused because the run itself would make the picture.
+    void expectNoSuchPictureYet(const std::vector<std::string>& words, const std::string& input) {
+        const Finished end = runTo(words);
+        EXPECT_EQ(end.status, 3) << end.err;
+        EXPECT_NE(end.err.find("'" + input + "' is a picture of this run, is not there"),
+                  std::string::npos)
+            << end.err;
+        EXPECT_FALSE(fs::exists(out + "/Sample1.bmp"));
+    }
+    /// A picture in the destination.
+    std::string makeOutput(const std::string& name) {
+        EXPECT_EQ(runTo({"--name", "made", a}).status, 0);
+        fs::rename(out + "/made1.bmp", out + "/" + name);
+        return out + "/" + name;
+    }
+
+    const std::string a = grey("a.ppm", 10);
+};
+
+TEST_F(RunnerSources, UnderAnOutputsNameAreNeverReplaced) {
+    const std::string first = makeOutput("Sample1.bmp");
+    expectProtected(first, first);
+    const std::string second = makeOutput("Sample2.bmp");
+    fs::remove(first);
+    expectProtected(second, second);
+}
+
+TEST_F(RunnerSources, ThatAreLinksToAnOutputAreNeverReplaced) {
+    const std::string output = makeOutput("Sample2.bmp");
+    fs::create_symlink(output, in + "/link.bmp");
+    expectProtected(in + "/link.bmp", output);
+    fs::remove(out + "/Sample1.bmp");
+    fs::create_hard_link(output, in + "/twin.bmp");
+    expectProtected(in + "/twin.bmp", output);
+}
+
+TEST_F(RunnerSources, ThatAnOutputIsALinkToAreNeverReplaced) {
+    const std::string source = in + "/source.bmp";
+    fs::rename(makeOutput("Sample9.bmp"), source);
+    fs::create_symlink(source, out + "/Sample2.bmp");
+    expectProtected(source, source);
+    EXPECT_TRUE(fs::is_symlink(out + "/Sample2.bmp"));
+}
+
+TEST_F(RunnerSources, ThatAreReachedThroughALinkedFolderAreNeverReplaced) {
+    const std::string output = makeOutput("Sample2.bmp");
+    fs::create_directory_symlink(out, in + "/door");
+    expectProtected(in + "/door/Sample2.bmp", output);
+    fs::remove(out + "/Sample1.bmp");
+    expectProtected(in + "/../out/./Sample2.bmp", output);
+}
+
+TEST_F(RunnerSources, ThatTheRunItselfWouldMakeAreRefused) {
+    const std::string later = out + "/Sample1.bmp";
+    expectNoSuchPictureYet({a, later}, later);
+    expectNoSuchPictureYet({"--overwrite", a, later}, later);
+    fs::create_directory_symlink(out, in + "/door");
+    expectNoSuchPictureYet({a, in + "/door/Sample1.bmp"}, in + "/door/Sample1.bmp");
+    fs::create_symlink("door/Sample1.bmp", in + "/link.bmp");
+    expectNoSuchPictureYet({a, in + "/link.bmp"}, in + "/link.bmp");
+    expectNoSuchPictureYet({"--overwrite", later}, later);
+}
+
+TEST_F(RunnerSources, ThatAreMissingFailAloneWhereTheRunDoesNotMakeThem) {
+    // Its own output comes too late to be read, and a name elsewhere is no output's.
+    const std::string own = out + "/Sample1.bmp";
+    const Finished end = runTo({"--report", "-", own, in + "/Sample2.bmp", a});
+    EXPECT_EQ(end.status, 1) << end.err;
+    EXPECT_EQ(outputs(), (std::set<std::string>{"Sample3.bmp"}));
+    for (const size_t i : {0U, 1U})
+        EXPECT_EQ(json::parse(linesOf(end.out).at(i)).at("error"), "unreadable");
+}
+
 }  // namespace
 }  // namespace tessarine::tests

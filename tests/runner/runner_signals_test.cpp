@@ -1,11 +1,17 @@
+#include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <map>
 #include <random>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "imagefiles/disk.h"
 #include "runner_fixture.h"
+#include "support/other_disks.h"
 
 // Runs that are asked to stop, or are killed.
 
@@ -25,11 +31,15 @@ class RunnerUnderWay : public Runner {
         return words;
     }
     /// A signal stops the run behind a whole picture, and all that was done is told.
-    void expectToStop(int signal) {
-        const Running running(longRun(200), "/dev/null", scratch / "stdout", scratch / "stderr");
+    void expectToStop(int signal, int status, const std::string& mode = "independent") {
+        std::vector<std::string> words = longRun(200);
+        words.insert(words.end(), {"--mode", mode});
+        const Running running(words, "/dev/null", scratch / "stdout", scratch / "stderr");
         const bool begun = waitForAnOutput(running);
+        // Twice at once is one wish.
         running.kill(signal);
-        EXPECT_EQ(running.wait(), 130);
+        running.kill(signal);
+        EXPECT_EQ(running.wait(), status);
         ASSERT_TRUE(begun) << readFile(scratch / "stderr");
         const std::vector<std::string> report = linesOf(readFile(scratch / "report"));
         ASSERT_GE(report.size(), 2U);
@@ -48,11 +58,43 @@ class RunnerUnderWay : public Runner {
     }
 };
 
-TEST_F(RunnerUnderWay, AnInterruptStopsItWith130AndWholeOutputs) { expectToStop(SIGINT); }
+TEST_F(RunnerUnderWay, AnInterruptStopsItWith130AndWholeOutputs) { expectToStop(SIGINT, 130); }
 
-TEST_F(RunnerUnderWay, ATerminationStopsItWith130AndWholeOutputs) { expectToStop(SIGTERM); }
+TEST_F(RunnerUnderWay, ATerminationStopsItWith143AndWholeOutputs) { expectToStop(SIGTERM, 143); }
 
-TEST_F(RunnerUnderWay, AHangUpStopsItWith130AndWholeOutputs) { expectToStop(SIGHUP); }
+TEST_F(RunnerUnderWay, AHangUpStopsItWith130AndWholeOutputs) { expectToStop(SIGHUP, 130); }
+
+TEST_F(RunnerUnderWay, InWindowModeAnInterruptStopsItLikewise) {
+    expectToStop(SIGINT, 130, "window");
+    const std::vector<std::string> overview = linesOf(readFile(scratch / "stdout"));
+    ASSERT_FALSE(overview.empty());
+    EXPECT_EQ(overview.back(), " Processing Completed!");
+}
+
+TEST_F(RunnerUnderWay, InWindowModeATerminationStopsItLikewise) {
+    expectToStop(SIGTERM, 143, "window");
+}
+
+TEST_F(RunnerUnderWay, ASecondSignalOfWhateverKindEndsItAtOnce) {
+    std::vector<std::string> words = longRun(3);
+    // Each picture takes long enough to be under way still when the second signal comes.
+    for (int i = 0; i < 40; ++i)
+        words.insert(words.end(), {"--apply", "Contrast:Level=2"});
+    for (const auto& [first, second] : {std::pair(SIGINT, SIGTERM), std::pair(SIGTERM, SIGTERM)}) {
+        fs::remove_all(out);
+        fs::create_directory(out);
+        const Running running(words, "/dev/null", scratch / "stdout", scratch / "stderr");
+        const bool begun = waitForAnOutput(running);
+        running.kill(first);
+        std::this_thread::sleep_for(std::chrono::milliseconds(150));
+        running.kill(second);
+        EXPECT_EQ(running.wait(), -second);
+        ASSERT_TRUE(begun) << readFile(scratch / "stderr");
+        EXPECT_EQ(outputs(), (std::set<std::string>{"Sample1.png"}));
+        // No summary: there was no time for one.
+        EXPECT_EQ(linesOf(readFile(scratch / "report")).size(), 1U);
+    }
+}
 
 TEST_F(RunnerUnderWay, AHangUpThatWasIgnoredStaysIgnored) {
     std::vector<std::string> words = longRun(6);
@@ -66,27 +108,124 @@ TEST_F(RunnerUnderWay, AHangUpThatWasIgnoredStaysIgnored) {
     EXPECT_EQ(outputs().size(), 6U);
 }
 
-TEST_F(RunnerUnderWay, AKilledRunLeavesNoPartialFileUnderAnOutputsName) {
-    const std::string large = picture("large.ppm", randomBuffer(500, 400, 3));
-    std::vector<std::string> words{TESSARINE_BATCH, "--to", out, "--format", "bmp", "--overwrite"};
-    for (int i = 0; i < 60; ++i)
-        words.push_back(large);
-    std::mt19937 random(11);
-    int outputsSeen = 0;
-    for (int round = 0; round < 50; ++round) {
-        fs::remove_all(out);
-        fs::create_directory(out);
-        const Running running(words, "/dev/null", scratch / "stdout", scratch / "stderr");
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % 250000));
-        running.kill(SIGKILL);
-        running.wait();
-        for (const std::string& name : outputs()) {
-            if (name.starts_with(".tessarine-")) continue;
-            EXPECT_EQ(fs::file_size(out + "/" + name), 54U + 500 * 400 * 3) << name;
-            ++outputsSeen;
-        }
+/// Runs that are killed at any moment, and what the next run makes of it.
+class RunnerKilled : public Runner {
+  protected:
+    RunnerKilled() {
+        for (const int number : {1, 2, 3, 4, 5, 6})
+            words_.push_back(picture(std::to_string(number) + ".ppm",
+                                     randomBuffer(100 + 20 * number, 100, number)));
+        fs::create_directory(temporary_);
+        setenv("TMPDIR", temporary_.c_str(), 1);
     }
-    EXPECT_GT(outputsSeen, 0);
+    Finished runToTheEnd() { return run(words_); }
+    std::map<std::string, std::string> files() const {
+        std::map<std::string, std::string> all;
+        for (const std::string& name : outputs())
+            all[name] = readFile(out + "/" + name);
+        return all;
+    }
+    std::set<std::string> temporaryFiles() const {
+        std::set<std::string> all;
+        for (const auto& entry : fs::directory_iterator(temporary_))
+            all.insert(entry.path().filename().string());
+        return all;
+    }
+    /// The time that a whole run takes, and what it leaves.
+    std::chrono::microseconds measure() {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(runToTheEnd().status, 0);
+        const auto end = std::chrono::steady_clock::now();
+        whole_ = files();
+        EXPECT_EQ(whole_.size(), 6U);
+        EXPECT_TRUE(temporaryFiles().empty());
+        return std::chrono::duration_cast<std::chrono::microseconds>(end - start);
+    }
+    /// Kills a run after a while. Whatever has an output's name then is whole.
+    /// \return whether the run was still under way
+    bool killAfter(std::chrono::microseconds pause) {
+        std::vector<std::string> words = words_;
+        words.insert(words.begin(), TESSARINE_BATCH);
+        const Running running(words, "/dev/null", scratch / "stdout", scratch / "stderr");
+        std::this_thread::sleep_for(pause);
+        running.kill(SIGKILL);
+        const bool killed = running.wait() == -SIGKILL;
+        for (const auto& [name, bytes] : files()) {
+            if (Draft::isDraft(name)) continue;
+            EXPECT_TRUE(whole_.count(name) == 1 && bytes == whole_.at(name)) << name;
+        }
+        return killed;
+    }
+    void expectTheNextRunToMendAll() {
+        const Finished end = runToTheEnd();
+        EXPECT_EQ(end.status, 0) << end.err;
+        EXPECT_TRUE(files() == whole_) << "another outcome than that of an undisturbed run";
+        EXPECT_EQ(temporaryFiles(), std::set<std::string>{});
+    }
+    /// Kills runs at moments that are spread over the length of a run.
+    void killRuns(int rounds, uint32_t seed) {
+        const std::chrono::microseconds length = measure();
+        std::mt19937 random(seed);
+        int killed = 0;
+        for (int round = 0; round < rounds && !HasFailure(); ++round) {
+            // Every other time the outputs are there already and are replaced.
+            if (round % 2 == 0) {
+                fs::remove_all(out);
+                fs::create_directory(out);
+            }
+            killed += killAfter(std::chrono::microseconds(random() % length.count())) ? 1 : 0;
+            expectTheNextRunToMendAll();
+        }
+        EXPECT_GT(killed, rounds / 2) << "too few of them were met under way";
+    }
+
+    const std::string temporary_ = scratch / "temporary";
+    std::vector<std::string> words_{
+        "--to", out, "--format", "png", "--apply", "Noise:Intensity=40", "--overwrite", "--quiet"};
+    std::map<std::string, std::string> whole_;
+};
+
+/// Rounds of the ordinary test; more of them for a longer look.
+int killRounds() {
+    const char* asked = std::getenv("TESSARINE_KILL_ROUNDS");
+    return asked == nullptr ? 40 : std::atoi(asked);
+}
+
+TEST_F(RunnerKilled, TheNextRunGivesWhatAnUndisturbedOneGivesAndTidiesUp) {
+    killRuns(killRounds(), 11);
+}
+
+TEST_F(RunnerKilled, TheSameHoldsWhereTheDiskKnowsNoFilesWithoutAName) {
+    setenv("TMPDIR", scratch.path().c_str(), 1);
+    const int end = inChild([&] {
+        if (!refuseUnnamedFiles()) return noDisk;
+        setenv("TMPDIR", temporary_.c_str(), 1);
+        killRuns(killRounds() / 4, 12);
+        return HasFailure() ? 1 : 0;
+    });
+    if (end == noDisk) GTEST_SKIP() << "system calls cannot be refused here";
+    EXPECT_EQ(end, 0);
+}
+
+TEST_F(RunnerKilled, DraftsThatNobodyHoldsGoWhenTheNextIndependentRunStarts) {
+    const std::string left = Draft::namePrefix() + "0123456789abcdef.png";
+    const std::string foreign = ".tessarine-0123456789abcdef.png";
+    writeFile(out + "/" + left, "half");
+    writeFile(out + "/" + foreign, "half");
+    const Draft held(out + "/held.png", Draft::Kind::hidden);
+    const std::string heldName = fs::path(held.path()).filename();
+    const auto stands = [&](const std::string& name) { return fs::exists(out + "/" + name); };
+    std::vector<std::string> words = words_;
+    words.push_back("--dry-run");
+    EXPECT_EQ(run(words).status, 0);
+    EXPECT_TRUE(stands(left)) << "a dry run changes nothing";
+    words.back() = "--mode=window";
+    EXPECT_EQ(run(words).status, 0);
+    EXPECT_TRUE(stands(left)) << "the window's run knows no drafts";
+    EXPECT_EQ(runToTheEnd().status, 0);
+    EXPECT_FALSE(stands(left));
+    EXPECT_TRUE(stands(foreign)) << "another machine may still be at it";
+    EXPECT_TRUE(stands(heldName)) << "its writer lives";
 }
 
 }  // namespace

@@ -1,0 +1,163 @@
+#include "imagefiles/codec/codec_files.h"
+
+#include <algorithm>
+#include <random>
+#include <utility>
+
+#include "imagefiles/codec/helper_link.h"
+#include "imagefiles/codec/helper_process.h"
+#include "imagefiles/codec/requests.h"
+#include "imagefiles/picture_source.h"
+#include "pixels/failures.h"
+
+namespace tessarine {
+
+namespace {
+
+/// A helper that ends before it takes a request has a successor, and that one may have one.
+constexpr int mostSuccessors = 3;
+
+std::string lowerCase(std::string text) {
+    for (char& c : text)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return text;
+}
+
+HelperKind kindFor(const std::string& extension) {
+    const std::string lower = lowerCase(extension);
+    return lower == "wmf" || lower == "emf" ? HelperKind::drawing : HelperKind::files;
+}
+
+/// A picture file and its companions, open.
+struct OpenedPicture {
+    std::vector<Descriptor> files;
+    uint32_t companions = 0;  ///< bit i for companion i
+};
+
+OpenedPicture openPicture(const std::string& path, const std::string& extension) {
+    OpenedPicture opened;
+    opened.files.emplace_back(openPictureFile(path));
+    const std::vector<std::string> beside = companionPaths(path, extension);
+    for (size_t i = 0; i < std::min(beside.size(), mostDescriptors - 1); ++i)
+        attempt([&] {
+            opened.files.emplace_back(openPictureFile(beside[i]));
+            opened.companions |= uint32_t{1} << i;
+        });
+    return opened;
+}
+
+}  // namespace
+
+CodecFiles::CodecFiles(Options options) : options_(std::move(options)) {
+    if (!options_.start)
+        options_.start = [program = options_.program](HelperKind kind) {
+            return std::make_unique<HelperProcess>(program, kind);
+        };
+    if (!options_.number) options_.number = [] { return std::random_device()(); };
+    if (!options_.startsEarly) return;
+    attempt([&] { release(HelperKind::files, start(HelperKind::files)); });
+}
+
+CodecFiles::~CodecFiles() = default;
+
+std::unique_ptr<HelperLink> CodecFiles::start(HelperKind kind) const {
+    return std::make_unique<HelperLink>(options_.start(kind), options_.onWaiting);
+}
+
+std::unique_ptr<HelperLink> CodecFiles::acquire(HelperKind kind) {
+    std::unique_ptr<HelperLink> link;
+    for (;;) {
+        {
+            const std::lock_guard lock(guard_);
+            std::vector<std::unique_ptr<HelperLink>>& idle = idle_[static_cast<size_t>(kind)];
+            if (idle.empty()) break;
+            link = std::move(idle.back());
+            idle.pop_back();
+        }
+        // One that made room for a fresh one meanwhile, or talks unasked, is let go.
+        if (!link->isReady() || link->isQuiet()) break;
+        link.reset();
+    }
+    if (link == nullptr) link = start(kind);
+    if (!link->isReady()) notice(link->awaitReady());
+    return link;
+}
+
+void CodecFiles::release(HelperKind kind, std::unique_ptr<HelperLink> link) {
+    const std::lock_guard lock(guard_);
+    std::vector<std::unique_ptr<HelperLink>>& idle = idle_[static_cast<size_t>(kind)];
+    if (idle.size() < options_.mostIdle) idle.push_back(std::move(link));
+}
+
+void CodecFiles::notice(const std::string& refused) {
+    if (refused.empty() || !options_.onNotice) return;
+    {
+        const std::lock_guard lock(guard_);
+        if (std::find(noticed_.begin(), noticed_.end(), refused) != noticed_.end()) return;
+        noticed_.push_back(refused);
+    }
+    options_.onNotice("the kernel refuses a part of the protection from bad picture files: " +
+                      refused);
+}
+
+CodecFiles::Failure CodecFiles::ask(HelperKind kind, HelperRequest& request) {
+    for (int successors = 0;; ++successors) {
+        std::unique_ptr<HelperLink> link;
+        try {
+            link = acquire(kind);
+        } catch (const StatementFailed& failure) {
+            return {FileError::codecDied, failure.what()};
+        }
+        const HelperLink::Outcome outcome = link->ask(request, options_.number());
+        switch (outcome.end) {
+            case HelperLink::End::answered:
+                release(kind, std::move(link));
+                return {};
+            case HelperLink::End::notTaken:
+                if (successors < mostSuccessors) continue;
+                return {FileError::codecDied, outcome.message};
+            case HelperLink::End::timedOut:
+                return {FileError::timedOut, outcome.message};
+            case HelperLink::End::died:
+                return {FileError::codecDied, outcome.message};
+        }
+    }
+}
+
+ReadOutcome CodecFiles::read(const std::string& path, const std::string& extension) {
+    ReadOutcome outcome;
+    try {
+        OpenedPicture opened = openPicture(path, extension);
+        ReadingRequest request(pool_, options_.wishes, std::move(opened.files), opened.companions,
+                               extension);
+        Failure failure = ask(kindFor(extension), request);
+        if (failure.error == FileError::none) return request.takeOutcome();
+        outcome.error = failure.error;
+        outcome.message = std::move(failure.message);
+    } catch (const FileRefused& refusal) {
+        outcome.error = refusal.error();
+        outcome.message = refusal.what();
+    } catch (const StatementFailed& failure) {
+        outcome.error = FileError::tooLarge;
+        outcome.message = failure.what();
+    }
+    return outcome;
+}
+
+WriteOutcome CodecFiles::write(const Bitmap& picture, const std::string& extension,
+                               int16_t formatIndex, OutputFile& file) {
+    if (!picture.isValid() || !file.isOpen())
+        return {FileError::cannotWrite,
+                file.failure().empty() ? "there is no picture to write" : file.failure()};
+    try {
+        WritingRequest request(pool_, options_.wishes, picture.pixels(), extension, formatIndex,
+                               file.descriptor());
+        Failure failure = ask(HelperKind::files, request);
+        if (failure.error == FileError::none) return request.takeOutcome();
+        return {failure.error, std::move(failure.message)};
+    } catch (const StatementFailed& failure) {
+        return {FileError::tooLarge, failure.what()};
+    }
+}
+
+}  // namespace tessarine

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "imagefiles/codec/blocks.h"
+#include "imagefiles/codec/helper.h"
+#include "imagefiles/codec/limits.h"
+#include "imagefiles/picture_files.h"
+
+namespace tessarine {
+
+class HelperLink;
+class HelperRequest;
+
+/// Reads and writes picture files through helper processes. A file that takes a helper down, hangs
+/// it or turns it against us costs that picture and no other: the helper is replaced.
+///
+/// Members may be called from any thread, and again from within onWaiting; each call has a helper
+/// to itself. A helper ends with the thread that it was started on: whoever calls from several
+/// threads keeps them.
+class CodecFiles : public PictureFiles {
+  public:
+    struct Options {
+        LimitWishes wishes;
+        /// The helper program, for which see helperProgram().
+        std::string program;
+        /// Told once for each text: "the kernel refuses ...", what this system does not grant of a
+        /// helper's confinement.
+        std::function<void(const std::string&)> onNotice;
+        /// Called about every 50 ms while an answer takes longer than 200 ms, on the thread that
+        /// waits.
+        std::function<void()> onWaiting;
+        /// How a helper comes to be, where it is not a process of `program`.
+        /// \throws StatementFailed where it does not
+        std::function<std::unique_ptr<Helper>(HelperKind)> start;
+        /// Whether the first helper is started at once, to be ready when it is needed.
+        bool startsEarly = true;
+        /// Gives the numbers of requests; left out, they cannot be foreseen.
+        std::function<uint32_t()> number;
+        /// Helpers of each kind that are kept when nothing is to be done.
+        size_t mostIdle = 1;
+    };
+
+    /// Does not wait for the first helper. Where none can be started each picture tells so.
+    explicit CodecFiles(Options options);
+    ~CodecFiles() override;
+    CodecFiles(const CodecFiles&) = delete;
+    CodecFiles& operator=(const CodecFiles&) = delete;
+
+    ReadOutcome read(const std::string& path, const std::string& extension) override;
+    WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
+                       OutputFile& file) override;
+
+  private:
+    struct Failure {
+        FileError error = FileError::none;
+        std::string message;
+    };
+
+    std::unique_ptr<HelperLink> start(HelperKind kind) const;
+    std::unique_ptr<HelperLink> acquire(HelperKind kind);
+    void release(HelperKind kind, std::unique_ptr<HelperLink> link);
+    void notice(const std::string& refused);
+    Failure ask(HelperKind kind, HelperRequest& request);
+
+    Options options_;
+    BlockPool pool_;
+    std::mutex guard_;
+    std::array<std::vector<std::unique_ptr<HelperLink>>, 2> idle_;  ///< by HelperKind
+    std::vector<std::string> noticed_;
+};
+
+}  // namespace tessarine
