@@ -45,7 +45,7 @@ std::string textOf(const fs::path& path) {
 /// The names that the window's sources hand to `function`.
 std::set<std::string> namesAskedOf(const std::string& function) {
     std::set<std::string> names;
-    const QRegularExpression call(QString::fromStdString(function) + R"(\(\s*"([^"]*)")");
+    const QRegularExpression call(QString::fromStdString(function) + R"re(\(\s*"([^"]*)")re");
     for (const char* room : {"wizard", "widgets"}) {
         for (const fs::directory_entry& entry : fs::recursive_directory_iterator(sources / room)) {
             if (entry.path().extension() != ".cpp") continue;
