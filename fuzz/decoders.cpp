@@ -2,16 +2,16 @@
 
 #include <array>
 
+#include "expect.h"
 #include "imagefiles/image_library.h"
 #include "input.h"
 #include "pixels/failures.h"
-#include "scratch.h"
 
 using namespace tessarine;
 
 namespace {
 
-using TakeOver = std::optional<Decoded> (*)(Bytes, const std::string&);
+using TakeOver = std::optional<Decoded> (*)(const PictureSource&);
 
 constexpr std::array takeOvers{takeOverBmp,  takeOverCut, takeOverDcx, takeOverDds, takeOverIff,
                                takeOverKoa,  takeOverLmp, takeOverMdl, takeOverAct, takeOverPal,
@@ -22,15 +22,10 @@ constexpr std::array takeOvers{takeOverBmp,  takeOverCut, takeOverDcx, takeOverD
 /// The picture of a file, beside which a file of colours may lie for those that look for one.
 std::optional<Decoded> decode(TakeOver takeOver, std::span<const uint8_t> file,
                               std::span<const uint8_t> colours) {
-    static const Scratch scratch;
     // The libraries' messages go nowhere while this stands.
     static mFormat messages;
     static const OpenLibrary library(messages);
-    if (takeOver == takeOverCut) scratch.write("picture.pal", textOf(colours));
-    if (takeOver == takeOverMdl || takeOver == takeOverLmp)
-        scratch.write("palette.lmp", textOf(colours));
-    if (takeOver == takeOverTiff) scratch.write("picture.any", textOf(file));
-    return takeOver(file, scratch.path("picture.any"));
+    return takeOver({file, {colours}});
 }
 
 std::optional<Decoded> decode(size_t choice, std::span<const uint8_t> file,

@@ -162,6 +162,17 @@ def decoders():
     file("dib-file", "bmp-v4", bmp(info(2, -2, 32, 3, size=108)
                                    + struct.pack("<4I", 0xFF0000, 0xFF00, 0xFF, 0) + bytes(52),
                                    b"", bytes(range(16))))
+    runs24 = struct.pack("<IiiHHI", 64, 2, 2, 1, 24, 4) + bytes(44)
+    file("dib-file", "bmp-rle24", bmp(runs24, b"", bytes([2, 1, 2, 3, 0, 0, 0, 3, 4, 5, 6, 7, 8, 9, 1, 2, 3,
+                                                         0, 0, 1])))
+
+    def png_chunk(name, data):
+        return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
+
+    for depth, colour, row in ((8, 2, 7), (16, 2, 13), (16, 0, 5), (1, 0, 2)):
+        png = (b"\x89PNG\r\n\x1a\n" + png_chunk(b"IHDR", struct.pack(">IIBBBBB", 2, 2, depth, colour, 0, 0, 0))
+               + png_chunk(b"IDAT", zlib.compress(bytes(2 * row))) + png_chunk(b"IEND", b""))
+        file("dib-file", f"bmp-of-png-{colour}-{depth}", bmp(info(2, 2, 0, 5), b"", png))
     file("dib", "dib-core", struct.pack("<IHHHH", 12, 3, 2, 1, 1) + bytes(6) + bytes(8))
     file("bmp", "bmp-taken-over", bmp(info(3, 2, 24), b"", bytes(range(24))))
     colours = bytes(range(256)) * 3
@@ -184,6 +195,13 @@ def decoders():
         file("dds", "dds-" + name.decode().lower(), dds.replace(b"DXT1", name) + bytes(range(16)))
     rgb = struct.pack("<II4s5I", 32, 0x41, bytes(4), 32, 0xFF0000, 0xFF00, 0xFF, 0xFF000000)
     file("dds", "dds-rgb", dds.replace(pixel_format, rgb) + bytes(range(64)))
+
+    file("dds", "dds-ati1", dds.replace(b"DXT1", b"ATI1") + bytes(range(8)))
+    for number in (28, 87, 98):
+        file("dds", f"dds-later-header-{number}", dds.replace(b"DXT1", b"DX10")
+             + struct.pack("<5I", number, 3, 0, 1, 0) + bytes(range(64)))
+    indexed = struct.pack("<II4s5I", 32, 0x20, bytes(4), 8, 0, 0, 0, 0)
+    file("dds", "dds-indexed", dds.replace(pixel_format, indexed) + bytes(range(256)) * 4 + bytes(16))
 
     def chunk(name, data):
         return name + struct.pack(">I", len(data)) + data + bytes(len(data) % 2)
@@ -331,6 +349,42 @@ def metafiles():
           + emf((500, 500, 500, 550), (-900, -10, 900, 1500)))
 
 
+def helper_requests():
+    def requests(*parts):
+        return bytes([len(parts) - 1]) + b"".join(parts)
+
+    def read(number, extension, width, height, whole=1, memory=30, odd=9):
+        return bytes([0, number, extension, memory, 1, width, height, whole, odd])
+
+    def grant(number, block=1, size=0, file=0, odd=9):
+        return bytes([2, number, block, size] + ([file] if block else []) + [odd])
+
+    def write_picture(number, width, height, row, extension, block=1, size=0, file=0, odd=9):
+        return bytes([1, number, 1, width, 1, height, row + 1, block, size, extension, file, odd])
+
+    name = "helper_requests"
+    ppm, nonsense, bmp, png = 0, 2, 4, 5
+    write(name, "read", requests(read(1, ppm, 100, 90), grant(1)))
+    write(name, "read-twice", requests(read(1, ppm, 100, 90), grant(1), read(2, ppm, 90, 99),
+                                       grant(2, 2, 0, 1)))
+    write(name, "denied", requests(read(1, ppm, 100, 90), grant(1, 0), read(2, ppm, 70, 70),
+                                   grant(2)))
+    write(name, "cut-short", requests(read(1, ppm, 100, 90, 0), read(2, nonsense, 9, 9)))
+    write(name, "little-memory", requests(read(1, ppm, 200, 200, 1, 10), read(2, ppm, 2, 2),
+                                          grant(2)))
+    write(name, "small-block", requests(read(1, ppm, 200, 200), grant(1, 1, 1, 2)))
+    write(name, "unsealed-block", requests(read(1, ppm, 100, 90), grant(1, 1, 0, 4)))
+    write(name, "other-number", requests(read(1, ppm, 100, 90), grant(2)))
+    write(name, "grant-unasked", requests(grant(1)))
+    write(name, "write", requests(write_picture(1, 50, 40, 8, bmp),
+                                  write_picture(2, 50, 40, 9, png)))
+    write(name, "write-too-large", requests(write_picture(1, 199, 199, 8, bmp, 1, 1, 2)))
+    write(name, "read-and-write", requests(read(1, ppm, 100, 90), grant(1),
+                                           write_picture(2, 100, 90, 8, bmp)))
+    write(name, "file-missing", requests(read(1, ppm, 100, 90, odd=1)))
+    write(name, "packet-cut", requests(read(1, ppm, 100, 90, odd=2) + b"\x04"))
+
+
 for make in (function_lists, picture_lists, settings, regions, apply, filters, decoders, metafiles,
-             helper_answers):
+             helper_answers, helper_requests):
     make()

@@ -76,10 +76,4 @@ const ExtensionRow* findFormat(FREE_IMAGE_FORMAT format) {
     return row == rows.end() ? nullptr : row;
 }
 
-std::string inLowerCase(std::string text) {
-    for (char& c : text)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return text;
-}
-
 }  // namespace tessarine

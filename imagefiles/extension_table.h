@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include <FreeImage.h>
@@ -42,8 +41,5 @@ struct ExtensionRow {
 const ExtensionRow* findExtension(std::string_view extension);
 /// The first row of a format of the file library's; nullptr where there is none.
 const ExtensionRow* findFormat(FREE_IMAGE_FORMAT format);
-
-/// Letters of the plain alphabet in lower case.
-std::string inLowerCase(std::string text);
 
 }  // namespace tessarine

@@ -6,18 +6,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "imagefiles/picture_source.h"
+
 // Loading and saving as the program knows them: what is read and written by whom is behind the
 // seam, and no picture library is known here.
 
 namespace tessarine {
 
 namespace {
-
-std::string inLowerCase(std::string text) {
-    for (char& c : text)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return text;
-}
 
 /// Whether anything has this name, be it a link that leads nowhere.
 bool exists(const std::string& path) {

@@ -18,13 +18,13 @@ namespace {
     throw FileRefused(FileError::unreadable, why);
 }
 
+}  // namespace
+
 std::string inLowerCase(std::string text) {
     for (char& c : text)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     return text;
 }
-
-}  // namespace
 
 std::vector<std::string> companionPaths(const std::string& path, const std::string& extension) {
     const std::string lower = inLowerCase(extension);

@@ -18,6 +18,9 @@ struct PictureSource {
     std::vector<Bytes> companions;
 };
 
+/// The letters A to Z in lower case, as extensions are compared.
+std::string inLowerCase(std::string text);
+
 /// The files beside a picture file that decoding by this extension (in any case) asks for. None of
 /// them need exist.
 std::vector<std::string> companionPaths(const std::string& path, const std::string& extension);

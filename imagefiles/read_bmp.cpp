@@ -284,10 +284,11 @@ std::optional<Decoded> takeOverBmp(const PictureSource& source) {
 
 std::optional<PromisedSize> promiseOfBmp(Bytes file) {
     const Header header = readHeader(file, startsWith(file, "BM"));
-    ByteReader in(file);
-    in.seek(header.pixels);
-    if (header.compression == jpeg) return promiseOfJpeg(in.rest());
-    if (header.compression == png) return promiseOfPng(in.rest());
+    if (header.compression == jpeg || header.compression == png) {
+        ByteReader in(file);
+        in.seek(header.pixels);
+        return header.compression == jpeg ? promiseOfJpeg(in.rest()) : promiseOfPng(in.rest());
+    }
     return PromisedSize{static_cast<uint64_t>(std::abs(header.width)),
                         static_cast<uint64_t>(header.height)};
 }

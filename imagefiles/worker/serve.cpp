@@ -93,10 +93,10 @@ class Target {
         block_.reset();
         if (broken_ || closed_) throw FileRefused(FileError::codecDied, "nobody is there");
         limits_.pauseClock();
-        const bool sent =
-            sendPacket(socket_, packetOf(ToProgram(NeedBlock{request_.number, width, height})), {});
-        const Received received = sent ? receivePacket(socket_, std::nullopt, true)
-                                       : Received{Received::End::closed, {}, {}};
+        Received received;
+        received.end = Received::End::closed;
+        if (sendPacket(socket_, packetOf(ToProgram(NeedBlock{request_.number, width, height})), {}))
+            received = receivePacket(socket_, std::nullopt, true);
         limits_.resumeClock();
         if (received.end == Received::End::closed) {
             closed_ = true;

@@ -66,6 +66,9 @@ case $check in
             ((status == 2)) || fail "script/$script --nonsense ends with $status"
             (($(wc -l <"$scratch/said") == 1)) || fail "script/$script complains in more than one line"
         done
+        status=0
+        "$root/script/test" --fuzz=soon 2>"$scratch/said" || status=$?
+        ((status == 2)) || fail "script/test --fuzz=soon ends with $status"
         ;;
     demo_refuses_a_folder_that_is_not_there)
         status=0

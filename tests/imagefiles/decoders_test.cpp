@@ -121,7 +121,7 @@ TEST(Bmp, AClaimBeyondAllNumbersIsRefused) {
     f.le32({40, 1 << 30, 1 << 30}).le16({1, 16}).le32({0, 0, 0, 0, 0, 0}).zeros(40);
     const std::string file = f.str();
     const Bytes bytes(reinterpret_cast<const uint8_t*>(file.data()), file.size());
-    EXPECT_THROW(takeOverBmp(bytes, "picture.bmp"), StatementFailed);
+    EXPECT_THROW(takeOverBmp({bytes, {}}), StatementFailed);
 }
 
 TEST(Pnm, PlainBitmapsNeedNoBlanks) {

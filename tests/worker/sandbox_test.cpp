@@ -152,9 +152,11 @@ TEST(AHelpersTime, BeginsAnewWithEachPicture) {
     wishes.seconds = 0.4;
     const auto start = steady_clock::now();
     int served = 0;
-    for (; steady_clock::now() - start < 1500ms; ++served)
+    for (; steady_clock::now() - start < 1500ms; ++served) {
         ASSERT_TRUE(caged.helper.read(good, "ppm", wishes).picture)
             << served << " served, ended with " << caged.helper.end().value_or(0);
+        std::this_thread::sleep_for(10ms);
+    }
     // An idle helper is under no clock.
     std::this_thread::sleep_for(600ms);
     EXPECT_TRUE(caged.helper.read(good, "ppm", wishes).picture);
