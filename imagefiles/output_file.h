@@ -42,6 +42,8 @@ class OutputFile {
     /// Closes the file and removes one that was made here.
     void discard();
 
+    /// Its path, or the name that it was adopted by.
+    const std::string& name() const { return path_; }
     /// The first failure in words; empty while there is none.
     const std::string& failure() const { return failure_; }
     /// Size in bytes of the finished file.

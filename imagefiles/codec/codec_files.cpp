@@ -151,7 +151,7 @@ WriteOutcome CodecFiles::write(const Bitmap& picture, const std::string& extensi
                 file.failure().empty() ? "there is no picture to write" : file.failure()};
     try {
         WritingRequest request(pool_, options_.wishes, picture.pixels(), extension, formatIndex,
-                               file.descriptor());
+                               file);
         Failure failure = ask(HelperKind::files, request);
         if (failure.error == FileError::none) return request.takeOutcome();
         return {failure.error, std::move(failure.message)};

@@ -93,6 +93,10 @@ struct WriteDone {
     std::string message;
 };
 
+/// What a helper calls its output, whose name it does not know, in messages: "cannot write the file
+/// for the picture: ...". The program puts the name there.
+constexpr const char* unnamedOutput = "for the picture";
+
 constexpr uint32_t protocolVersion = 1;
 
 using ToHelper = std::variant<ReadRequest, WriteRequest, BlockGrant>;

@@ -137,8 +137,16 @@ void ReadingRequest::grant(const NeedBlock& wanted, int socket) {
     BlockGrant answer{number_, {}};
     std::shared_ptr<Block> block;
     // All that is granted for one picture counts: what a helper has written into stays in memory.
-    if (bytes != 0 && pixels <= mostPixels && bytes <= memoryCeiling(wishes_) - grantedBytes_)
-        attempt([&] { block = pool_.take(bytes); });
+    if (bytes == 0 || pixels > mostPixels || bytes > memoryCeiling(wishes_) - grantedBytes_) {
+        whyNotGranted_ = std::to_string(wanted.width) + " x " + std::to_string(wanted.height) +
+                         " pixels take more memory than a picture may";
+    } else {
+        try {
+            block = pool_.take(bytes);
+        } catch (const StatementFailed& failure) {
+            whyNotGranted_ = failure.what();
+        }
+    }
     std::vector<int> descriptors;
     if (block != nullptr) {
         pixels_ = std::max(pixels_, pixels);
@@ -157,7 +165,9 @@ void ReadingRequest::finish(const ReadDone& answer) {
         if (answer.error == FileError::codecDied || answer.error == FileError::cannotWrite)
             throw HelperLied("it gave an error that is not its own");
         outcome_.error = answer.error;
-        outcome_.message = reasonOf(answer.message);
+        outcome_.message = answer.error == FileError::tooLarge && !whyNotGranted_.empty()
+                               ? whyNotGranted_
+                               : reasonOf(answer.message);
         return;
     }
     const auto found = granted_.find(answer.blockId);
@@ -178,7 +188,7 @@ void ReadingRequest::finish(const ReadDone& answer) {
 
 WritingRequest::WritingRequest(BlockPool& pool, const LimitWishes& wishes,
                                const PixelBuffer& picture, std::string extension,
-                               int16_t formatIndex, int output)
+                               int16_t formatIndex, const OutputFile& output)
     : wishes_(wishes),
       width_(picture.width()),
       height_(picture.height()),
@@ -213,7 +223,7 @@ bool WritingRequest::hear(const ToProgram& message, int) {
     expectNumber(answer->number, number_);
     if (answer->error == FileError::none) {
         struct stat status {};
-        if (::fstat(output_, &status) == 0 && status.st_size == 0)
+        if (::fstat(output_.descriptor(), &status) == 0 && status.st_size == 0)
             throw HelperLied("it said that it wrote, and wrote nothing");
         return true;
     }
@@ -221,6 +231,11 @@ bool WritingRequest::hear(const ToProgram& message, int) {
         throw HelperLied("it gave an error that is not its own");
     outcome_.error = answer->error;
     outcome_.message = reasonOf(answer->message);
+    const size_t at = outcome_.message.find(unnamedOutput);
+    if (at == std::string::npos)
+        outcome_.message = output_.name() + ": " + outcome_.message;
+    else
+        outcome_.message.replace(at, std::strlen(unnamedOutput), output_.name());
     return true;
 }
 

@@ -82,6 +82,7 @@ class ReadingRequest : public HelperRequest {
     uint32_t number_ = 0;
     uint64_t pixels_ = 0;  ///< of the picture, as far as is known
     int asked_ = 0;
+    std::string whyNotGranted_;  ///< the last block; empty while none was refused
     uint64_t grantedBytes_ = 0;
     std::map<uint32_t, std::shared_ptr<Block>> granted_;
     ReadOutcome outcome_;
@@ -90,13 +91,15 @@ class ReadingRequest : public HelperRequest {
 /// The writing of a picture.
 class WritingRequest : public HelperRequest {
   public:
-    /// \param output  the open output, whoever owns it
+    /// \param output  open, and to outlive this
     /// \throws StatementFailed where there is no memory to hand the picture over in
     WritingRequest(BlockPool& pool, const LimitWishes& wishes, const PixelBuffer& picture,
-                   std::string extension, int16_t formatIndex, int output);
+                   std::string extension, int16_t formatIndex, const OutputFile& output);
 
     ToHelper begin(uint32_t number) override;
-    std::vector<int> descriptors() const override { return {output_, block_->descriptor()}; }
+    std::vector<int> descriptors() const override {
+        return {output_.descriptor(), block_->descriptor()};
+    }
     bool hear(const ToProgram& message, int socket) override;
     std::chrono::duration<double> patience() const override;
 
@@ -109,7 +112,7 @@ class WritingRequest : public HelperRequest {
     std::shared_ptr<Block> block_;
     std::string extension_;
     int16_t formatIndex_;
-    int output_;
+    const OutputFile& output_;
     uint32_t number_ = 0;
     WriteOutcome outcome_;
 };
