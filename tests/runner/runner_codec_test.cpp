@@ -199,7 +199,7 @@ TEST_F(RunnerWithHelpers, ASignalToTheWholeGroupDoesNotReachTheHelper) {
     std::vector<std::string> run{"--to", out, "--format", "png"};
     run.insert(run.end(), 200, large);
     const Finished end = runThroughShell(line, run);
-    EXPECT_EQ(end.out, "130\n");
+    EXPECT_EQ(end.out, "143\n");
     EXPECT_THAT(end.err, testing::Not(HasSubstr("codec-died")));
 }
 
