@@ -118,6 +118,7 @@ class RunnerKilled : public Runner {
         fs::create_directory(temporary_);
         setenv("TMPDIR", temporary_.c_str(), 1);
     }
+    ~RunnerKilled() override { unsetenv("TMPDIR"); }
     Finished runToTheEnd() { return run(words_); }
     std::map<std::string, std::string> files() const {
         std::map<std::string, std::string> all;
