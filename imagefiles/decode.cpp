@@ -66,7 +66,8 @@ Decoded decode(mFormat& format, const PictureSource& source, const std::string& 
 ReadOutcome refused(FileError error, const std::string& message) {
     ReadOutcome outcome;
     outcome.error = error;
-    outcome.message = message;
+    // Some libraries refuse a file without a word.
+    outcome.message = message.empty() ? "the file is not as its extension says" : message;
     return outcome;
 }
 

@@ -8,7 +8,6 @@
 
 namespace tessarine {
 
-/// Writes a picture in the format of a row of the format table to an open file, in memory until
 /// Writes a picture in the format of a row of the format table to a file that is open for reading
 /// and writing, which the caller finishes or discards. No other file is touched, and nothing is
 /// thrown. Outputs depend on the pixels alone.

@@ -24,6 +24,8 @@ class OutputFile {
     /// it sees to that.
     bool adopt(int file, const std::string& name);
     bool isOpen() const { return file_ != nullptr; }
+    /// What its messages call it.
+    const std::string& name() const { return path_; }
     /// For another process that is to write it, while nothing is written here; -1 while not open.
     int descriptor() const { return isOpen() ? fileno(file_) : -1; }
 

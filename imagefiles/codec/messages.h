@@ -86,6 +86,9 @@ struct ReadDone {
     std::string message;
 };
 
+/// What a helper's messages call the file that it writes: it is told no names.
+constexpr const char* nameOfOutput = "for the picture";
+
 /// The end of a writing.
 struct WriteDone {
     uint32_t number = 0;

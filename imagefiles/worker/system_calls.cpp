@@ -60,7 +60,7 @@ scmp_arg_cmp masked(unsigned number, uint64_t mask, uint64_t value) {
     return SCMP_CMP64(number, SCMP_CMP_MASKED_EQ, mask, value);
 }
 scmp_arg_cmp equal(unsigned number, uint64_t value) {
-    return SCMP_CMP64(number, SCMP_CMP_EQ, value);
+    return SCMP_CMP64(number, SCMP_CMP_EQ, value, 0);
 }
 
 void allowWork(Filter& filter) {

@@ -141,6 +141,16 @@ pixels/bad.h:1:#include "filters/lookup.h"'
                 fail "the manual page does not tell $option"
         done
         ;;
+    programs_load_no_decoders)
+        shift 2
+        need readelf
+        for program in "$@"; do
+            loaded=$(readelf -d "$program" | grep -oE '\[lib[^]]*\]')
+            [[ -n $loaded ]] || fail "$program loads nothing at all"
+            decoders=$(grep -E 'freeimage|libIL|rsvg|wmf|emf2svg|libtiff|libgif|imagequant|cairo' <<<"$loaded" || true)
+            [[ -z $decoders ]] || fail "$program loads what its helper is there for: $decoders"
+        done
+        ;;
     links_lead_somewhere)
         while IFS=: read -r page target; do
             [[ -e $(dirname -- "$page")/$target ]] || fail "$page: nothing at $target"

@@ -39,7 +39,10 @@ class ColourPicker : public testing::Test {
         QTest::keyClicks(&field(name), keys);
     }
     /// Waits until a pending entry was applied.
-    void waitForEntry() { QTest::qWait(600); }
+    void waitForEntry() {
+        const auto& timer = control<QTimer>(picker, "tmrKeyboard");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !timer.isActive(); }));
+    }
     int32_t pixelAt(const QWidget& area, QPoint place) {
         const QRgb pixel = picker.grab().toImage().pixel(area.pos() + place);
         return packed(static_cast<uint8_t>(qRed(pixel)), static_cast<uint8_t>(qGreen(pixel)),

@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <QToolButton>
 
+#include "support/buttons.h"
 #include "support/files.h"
 #include "support/window_fixture.h"
 
@@ -233,10 +234,10 @@ TEST_F(Frame, TheButtonsHaveKeys) {
     start();
     QApplication::setActiveWindow(&window);
     QTest::keyClick(&window, Qt::Key_F1);
-    QTest::qWait(150);
+    EXPECT_TRUE(buttonsRest(window));
     EXPECT_EQ(desktop.boxes.size(), 1U);
     QTest::keyClick(&window, Qt::Key_F1, Qt::ControlModifier);
-    QTest::qWait(150);
+    EXPECT_TRUE(buttonsRest(window));
     EXPECT_EQ(desktop.openedPaths.size(), 1U);
 }
 

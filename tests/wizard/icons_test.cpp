@@ -3,13 +3,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <set>
 
 #include <QApplication>
 #include <QImage>
 #include <QPainter>
 #include <QPalette>
+#include <QRegularExpression>
 #include <QSvgRenderer>
 #include <gmock/gmock.h>
 
@@ -45,13 +45,13 @@ std::string textOf(const fs::path& path) {
 /// The names that the window's sources hand to `function`.
 std::set<std::string> namesAskedOf(const std::string& function) {
     std::set<std::string> names;
-    const std::regex call(function + R"(\(\s*"([^"]*)\")");
+    const QRegularExpression call(QString::fromStdString(function) + R"re(\(\s*"([^"]*)")re");
     for (const char* room : {"wizard", "widgets"}) {
         for (const fs::directory_entry& entry : fs::recursive_directory_iterator(sources / room)) {
             if (entry.path().extension() != ".cpp") continue;
-            const std::string text = textOf(entry.path());
-            for (std::sregex_iterator at(text.begin(), text.end(), call), end; at != end; ++at)
-                names.insert((*at)[1]);
+            const QString text = QString::fromStdString(textOf(entry.path()));
+            for (const QRegularExpressionMatch& match : call.globalMatch(text))
+                names.insert(match.captured(1).toStdString());
         }
     }
     return names;

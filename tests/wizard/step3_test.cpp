@@ -6,6 +6,7 @@
 #include <QPlainTextEdit>
 #include <QTimer>
 
+#include "support/buttons.h"
 #include "support/window_fixture.h"
 #include "widgets/folder_tree.h"
 
@@ -126,7 +127,7 @@ TEST_F(Step3, TheKeysGoToTheirControls) {
     QTest::keyClick(&window, Qt::Key_F, Qt::AltModifier);
     EXPECT_TRUE(the("cboFormat").hasFocus());
     QTest::keyClick(&window, Qt::Key_O, Qt::AltModifier);
-    QTest::qWait(150);
+    EXPECT_TRUE(buttonsRest(window));
     EXPECT_EQ(batch.chkOverwrite, 0);
 }
 
