@@ -24,6 +24,8 @@ class OutputFile {
     /// it sees to that.
     bool adopt(int file, const std::string& name);
     bool isOpen() const { return file_ != nullptr; }
+    /// What its messages call it.
+    const std::string& name() const { return path_; }
     /// For another process that is to write it, while nothing is written here; -1 while not open.
     int descriptor() const { return isOpen() ? fileno(file_) : -1; }
 
@@ -42,8 +44,6 @@ class OutputFile {
     /// Closes the file and removes one that was made here.
     void discard();
 
-    /// Its path, or the name that it was adopted by.
-    const std::string& name() const { return path_; }
     /// The first failure in words; empty while there is none.
     const std::string& failure() const { return failure_; }
     /// Size in bytes of the finished file.

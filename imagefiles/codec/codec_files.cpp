@@ -1,6 +1,7 @@
 #include "imagefiles/codec/codec_files.h"
 
 #include <algorithm>
+#include <cstring>
 #include <random>
 #include <utility>
 
@@ -151,10 +152,14 @@ WriteOutcome CodecFiles::write(const Bitmap& picture, const std::string& extensi
                 file.failure().empty() ? "there is no picture to write" : file.failure()};
     try {
         WritingRequest request(pool_, options_.wishes, picture.pixels(), extension, formatIndex,
-                               file);
+                               file.descriptor());
         Failure failure = ask(HelperKind::files, request);
-        if (failure.error == FileError::none) return request.takeOutcome();
-        return {failure.error, std::move(failure.message)};
+        if (failure.error != FileError::none) return {failure.error, std::move(failure.message)};
+        WriteOutcome outcome = request.takeOutcome();
+        const size_t name = outcome.message.find(nameOfOutput);
+        if (name != std::string::npos)
+            outcome.message.replace(name, std::strlen(nameOfOutput), file.name());
+        return outcome;
     } catch (const StatementFailed& failure) {
         return {FileError::tooLarge, failure.what()};
     }

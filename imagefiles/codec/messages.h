@@ -86,16 +86,15 @@ struct ReadDone {
     std::string message;
 };
 
+/// What a helper's messages call the file that it writes: it is told no names.
+constexpr const char* nameOfOutput = "for the picture";
+
 /// The end of a writing.
 struct WriteDone {
     uint32_t number = 0;
     FileError error = FileError::none;
     std::string message;
 };
-
-/// What a helper calls its output, whose name it does not know, in messages: "cannot write the file
-/// for the picture: ...". The program puts the name there.
-constexpr const char* unnamedOutput = "for the picture";
 
 constexpr uint32_t protocolVersion = 1;
 

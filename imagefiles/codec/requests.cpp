@@ -188,7 +188,7 @@ void ReadingRequest::finish(const ReadDone& answer) {
 
 WritingRequest::WritingRequest(BlockPool& pool, const LimitWishes& wishes,
                                const PixelBuffer& picture, std::string extension,
-                               int16_t formatIndex, const OutputFile& output)
+                               int16_t formatIndex, int output)
     : wishes_(wishes),
       width_(picture.width()),
       height_(picture.height()),
@@ -223,7 +223,7 @@ bool WritingRequest::hear(const ToProgram& message, int) {
     expectNumber(answer->number, number_);
     if (answer->error == FileError::none) {
         struct stat status {};
-        if (::fstat(output_.descriptor(), &status) == 0 && status.st_size == 0)
+        if (::fstat(output_, &status) == 0 && status.st_size == 0)
             throw HelperLied("it said that it wrote, and wrote nothing");
         return true;
     }
@@ -231,11 +231,6 @@ bool WritingRequest::hear(const ToProgram& message, int) {
         throw HelperLied("it gave an error that is not its own");
     outcome_.error = answer->error;
     outcome_.message = reasonOf(answer->message);
-    const size_t at = outcome_.message.find(unnamedOutput);
-    if (at == std::string::npos)
-        outcome_.message = output_.name() + ": " + outcome_.message;
-    else
-        outcome_.message.replace(at, std::strlen(unnamedOutput), output_.name());
     return true;
 }
 

@@ -91,15 +91,13 @@ class ReadingRequest : public HelperRequest {
 /// The writing of a picture.
 class WritingRequest : public HelperRequest {
   public:
-    /// \param output  open, and to outlive this
+    /// \param output  the open output, whoever owns it
     /// \throws StatementFailed where there is no memory to hand the picture over in
     WritingRequest(BlockPool& pool, const LimitWishes& wishes, const PixelBuffer& picture,
-                   std::string extension, int16_t formatIndex, const OutputFile& output);
+                   std::string extension, int16_t formatIndex, int output);
 
     ToHelper begin(uint32_t number) override;
-    std::vector<int> descriptors() const override {
-        return {output_.descriptor(), block_->descriptor()};
-    }
+    std::vector<int> descriptors() const override { return {output_, block_->descriptor()}; }
     bool hear(const ToProgram& message, int socket) override;
     std::chrono::duration<double> patience() const override;
 
@@ -112,7 +110,7 @@ class WritingRequest : public HelperRequest {
     std::shared_ptr<Block> block_;
     std::string extension_;
     int16_t formatIndex_;
-    const OutputFile& output_;
+    int output_;
     uint32_t number_ = 0;
     WriteOutcome outcome_;
 };

@@ -306,7 +306,7 @@ class Session {
         WriteOutcome outcome;
         try {
             OutputFile output;
-            if (!output.adopt(file.release(), unnamedOutput))
+            if (!output.adopt(file.release(), nameOfOutput))
                 return {FileError::cannotWrite, output.failure()};
             outcome =
                 encodePicture(Bitmap(picture), request.extension, request.formatIndex, output);

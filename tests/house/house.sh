@@ -80,7 +80,7 @@ case $check in
     presets_parse)
         for kind in configure build test; do
             listed=$(cd -- "$root" && cmake --list-presets="$kind")
-            for preset in release debug headless asan tsan; do
+            for preset in release debug headless asan ubsan tsan; do
                 grep -qE "^ *\"$preset\"" <<<"$listed" || fail "no $kind preset '$preset'"
             done
         done

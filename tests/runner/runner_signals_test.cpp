@@ -118,6 +118,12 @@ class RunnerKilled : public Runner {
         fs::create_directory(temporary_);
         setenv("TMPDIR", temporary_.c_str(), 1);
     }
+    ~RunnerKilled() override {
+        if (before_.empty())
+            unsetenv("TMPDIR");
+        else
+            setenv("TMPDIR", before_.c_str(), 1);
+    }
     Finished runToTheEnd() { return run(words_); }
     std::map<std::string, std::string> files() const {
         std::map<std::string, std::string> all;
@@ -179,6 +185,7 @@ class RunnerKilled : public Runner {
         EXPECT_GT(killed, rounds / 2) << "too few of them were met under way";
     }
 
+    const std::string before_ = std::getenv("TMPDIR") == nullptr ? "" : std::getenv("TMPDIR");
     const std::string temporary_ = scratch / "temporary";
     std::vector<std::string> words_{
         "--to", out, "--format", "png", "--apply", "Noise:Intensity=40", "--overwrite", "--quiet"};
