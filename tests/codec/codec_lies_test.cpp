@@ -172,10 +172,12 @@ TEST_F(CodecFilesTest, DescriptorsFromAHelperAreNotTaken) {
 
 TEST_F(CodecFilesTest, MoreThanAnAnswerIsALie) {
     // The number is known here beforehand, so that both are there when the first one is heard.
-    ScriptedHelpers helpers({[](HelperEndpoint& helper) {
+    std::promise<void> spoken;
+    ScriptedHelpers helpers({[&](HelperEndpoint& helper) {
                                  helper.beReady();
                                  for (int i = 0; i < 2; ++i)
                                      helper.say(ReadDone{7, FileError::unreadable, 0, 0, 0, 0, {}});
+                                 spoken.set_value();
                                  while (helper.hear())
                                      ;
                              },
