@@ -100,6 +100,32 @@ TEST_F(CodecFilesTest, ASizeBeyondTheMemoryIsNotGranted) {
     }
 }
 
+TEST_F(CodecFilesTest, WhereTheSizeOfFilesLeavesNoRoomForThePictureThatIsTheReason) {
+    ScriptedHelpers helpers({answering([&](HelperEndpoint& helper, const ReadRequest& request) {
+        helper.serve(request, 1000, 1000, teal);
+    })});
+    CodecFiles files(with(helpers));
+    const ReadOutcome outcome = [&] {
+        const FileLimit limit(100'000);
+        return files.read(picture, "png");
+    }();
+    EXPECT_EQ(errorClass(outcome.error), "too-large");
+    EXPECT_THAT(outcome.message, HasSubstr("ulimit -f"));
+}
+
+TEST_F(CodecFilesTest, ToWritingTheSizeOfFilesIsAReasonToo) {
+    ScriptedHelpers helpers({serveAll});
+    CodecFiles files(with(helpers));
+    OutputFile output;
+    ASSERT_TRUE(output.create(scratch / "out"));
+    const WriteOutcome outcome = [&] {
+        const FileLimit limit(100'000);
+        return files.write(Bitmap(1000, 1000), "bmp", 8, output);
+    }();
+    EXPECT_EQ(errorClass(outcome.error), "too-large");
+    EXPECT_THAT(outcome.message, HasSubstr("ulimit -f"));
+}
+
 TEST_F(CodecFilesTest, AllBlocksOfAPictureTogetherStayWithinTheMemory) {
     std::vector<bool> granted;
     ScriptedHelpers helpers({answering([&](HelperEndpoint& helper, const ReadRequest& request) {
