@@ -2,6 +2,7 @@
 #include <csignal>
 #include <filesystem>
 #include <poll.h>
+#include <stdexcept>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -124,6 +125,17 @@ TEST_F(CodecFilesTest, ToWritingTheSizeOfFilesIsAReasonToo) {
     }();
     EXPECT_EQ(errorClass(outcome.error), "too-large");
     EXPECT_THAT(outcome.message, HasSubstr("ulimit -f"));
+}
+
+TEST_F(CodecFilesTest, WhateverGoesWrongIsToldAndNotThrown) {
+    ScriptedHelpers helpers({serveAll});
+    CodecFiles::Options options = with(helpers);
+    options.number = []() -> uint32_t { throw std::runtime_error("no number is to be had"); };
+    CodecFiles files(options);
+    ReadOutcome outcome;
+    EXPECT_NO_THROW(outcome = files.read(picture, "png"));
+    EXPECT_NE(errorClass(outcome.error), "");
+    EXPECT_EQ(outcome.message, "no number is to be had");
 }
 
 TEST_F(CodecFilesTest, AllBlocksOfAPictureTogetherStayWithinTheMemory) {
