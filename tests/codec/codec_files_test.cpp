@@ -1,5 +1,7 @@
+#include <atomic>
 #include <chrono>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <poll.h>
 #include <stdexcept>
@@ -136,6 +138,26 @@ TEST_F(CodecFilesTest, WhateverGoesWrongIsToldAndNotThrown) {
     EXPECT_NO_THROW(outcome = files.read(picture, "png"));
     EXPECT_NE(errorClass(outcome.error), "");
     EXPECT_EQ(outcome.message, "no number is to be had");
+}
+
+TEST_F(CodecFilesTest, APipeIsNotOpenedAtAll) {
+    ScriptedHelpers helpers({serveAll});
+    CodecFiles files(with(helpers));
+    const std::string pipe = scratch / "pipe.png";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    std::atomic<bool> isLetGo = false;
+    // Who writes to a pipe waits until somebody reads from it.
+    std::thread writer([&] {
+        const Descriptor end(::open(pipe.c_str(), O_WRONLY | O_CLOEXEC));
+        isLetGo = true;
+    });
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(errorClass(files.read(pipe, "png").error), "unreadable");
+        std::this_thread::sleep_for(5ms);
+    }
+    EXPECT_FALSE(isLetGo);
+    const Descriptor reader(::open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    writer.join();
 }
 
 TEST_F(CodecFilesTest, AllBlocksOfAPictureTogetherStayWithinTheMemory) {
