@@ -69,7 +69,7 @@ class SpawnOrders {
         // Blocked from its first moment, before it can ignore them.
         sigset_t forTheProgram;
         ::sigemptyset(&forTheProgram);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP})
             ::sigaddset(&forTheProgram, signal);
         ::posix_spawnattr_setsigmask(&attributes_, &forTheProgram);
         ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);

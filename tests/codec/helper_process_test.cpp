@@ -94,7 +94,7 @@ TEST_F(HelperProcesses, OfTheEnvironmentItKnowsOnlyWhatFontsAndTextsNeed) {
 TEST_F(HelperProcesses, SignalsOfTheTerminalDoNotReachIt) {
     const HelperProcess helper(script("exec sleep 60"), HelperKind::files);
     folderOf(helper);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP})
         ::kill(helper.process(), signal);
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     const std::string status = readFile("/proc/" + std::to_string(helper.process()) + "/status");
