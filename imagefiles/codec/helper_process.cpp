@@ -89,6 +89,14 @@ class SpawnOrders {
     posix_spawnattr_t attributes_{};
 };
 
+/// Whoever started this program may have had it ignore the ends of its children. The kernel would
+/// then forget how helpers ended, and give their numbers away while they are still ours.
+void keepEndsOfChildren() {
+    struct sigaction atEnd {};
+    if (::sigaction(SIGCHLD, nullptr, &atEnd) != 0) return;
+    if (atEnd.sa_handler == SIG_IGN) ::signal(SIGCHLD, SIG_DFL);
+}
+
 HelperEnd endOf(int status) {
     if (WIFEXITED(status)) return {HelperEnd::How::exited, WEXITSTATUS(status)};
     if (WIFSIGNALED(status)) return {HelperEnd::How::signalled, WTERMSIG(status)};
@@ -111,6 +119,7 @@ std::string HelperEnd::inWords() const {
 }
 
 HelperProcess::HelperProcess(const std::string& program, HelperKind kind) {
+    keepEndsOfChildren();
     const auto refuse = [&](int error) {
         throw StatementFailed("the helper program '" + program +
                               "' cannot be started: " + std::strerror(error));

@@ -14,6 +14,8 @@ namespace tessarine {
 /// libraries go by. SIGINT, SIGTERM, SIGHUP, SIGQUIT and SIGTSTP, which reach all processes of a
 /// terminal, do not reach it.
 ///
+/// SIGCHLD is no longer ignored in this program once there was one.
+///
 /// It ends when the thread that starts it ends: start helpers on a thread that lives as long as the
 /// program.
 class HelperProcess : public Helper {

@@ -112,6 +112,15 @@ TEST_F(HelperProcesses, WhatThisProgramIgnoresEndsIt) {
     EXPECT_EQ(end.number, SIGPIPE);
 }
 
+TEST_F(HelperProcesses, ItsEndIsKnownWhereThisProgramWasStartedToIgnoreEnds) {
+    ::signal(SIGCHLD, SIG_IGN);
+    HelperProcess helper(script("exit 7"), HelperKind::files);
+    const HelperEnd end = helper.awaitEnd();
+    ::signal(SIGCHLD, SIG_DFL);
+    EXPECT_EQ(end.how, HelperEnd::How::exited);
+    EXPECT_EQ(end.number, 7);
+}
+
 TEST_F(HelperProcesses, ItTellsHowItEnded) {
     const auto endOf = [&](const std::string& lines) {
         return HelperProcess(script(lines), HelperKind::files).awaitEnd();
