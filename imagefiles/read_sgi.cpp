@@ -43,10 +43,16 @@ void setChannel(Pixel* row, const std::vector<uint8_t>& levels, uint32_t channel
     }
 }
 
+/// Pictures of 8 bits have the depths that DevIL makes of them, 24 for grey ones too.
+int16_t depthOf(const Header& header) {
+    if (header.sampleBytes == 1) return header.channels == 4 ? 32 : 24;
+    return static_cast<int16_t>(16 * header.channels);
+}
+
 }  // namespace
 
 /// DevIL gives wrong levels for 16 bits a channel, and shows whatever memory holds where a file is
-/// damaged. What it reads of a whole file has 24 bits a pixel, whatever the file's own are.
+/// damaged.
 std::optional<Decoded> takeOverSgi(const PictureSource& source) {
     const Bytes file = source.file;
     ByteReader in(file);
@@ -64,8 +70,7 @@ std::optional<Decoded> takeOverSgi(const PictureSource& source) {
     if (header.channels < 1 || header.channels > 4) refuse("a picture has 1 to 4 channels");
     in.seek(512);
 
-    Decoded decoded{bitmapFor(header.width, header.height, in.remaining(), 127),
-                    static_cast<int16_t>(header.sampleBytes == 1 ? 24 : 16 * header.channels)};
+    Decoded decoded{bitmapFor(header.width, header.height, in.remaining(), 127), depthOf(header)};
     const uint32_t rows = header.height * header.channels;
     std::vector<uint32_t> starts;
     if (header.coded) {
