@@ -137,11 +137,14 @@ void ReadingRequest::grant(const NeedBlock& wanted, int socket) {
     BlockGrant answer{number_, {}};
     std::shared_ptr<Block> block;
     // All that is granted for one picture counts: what a helper has written into stays in memory.
-    if (bytes != 0 && pixels <= mostPixels && bytes <= memoryCeiling(wishes_) - grantedBytes_) {
+    if (bytes == 0 || pixels > mostPixels || bytes > memoryCeiling(wishes_) - grantedBytes_) {
+        whyNotGranted_ = std::to_string(wanted.width) + " x " + std::to_string(wanted.height) +
+                         " pixels take more memory than a picture may";
+    } else {
         try {
             block = pool_.take(bytes);
         } catch (const StatementFailed& failure) {
-            denial_ = failure.what();
+            whyNotGranted_ = failure.what();
         }
     }
     std::vector<int> descriptors;
@@ -162,9 +165,9 @@ void ReadingRequest::finish(const ReadDone& answer) {
         if (answer.error == FileError::codecDied || answer.error == FileError::cannotWrite)
             throw HelperLied("it gave an error that is not its own");
         outcome_.error = answer.error;
-        // The helper knows only that it was given nothing.
-        const bool isDenied = answer.error == FileError::tooLarge && !denial_.empty();
-        outcome_.message = isDenied ? denial_ : reasonOf(answer.message);
+        outcome_.message = answer.error == FileError::tooLarge && !whyNotGranted_.empty()
+                               ? whyNotGranted_
+                               : reasonOf(answer.message);
         return;
     }
     const auto found = granted_.find(answer.blockId);

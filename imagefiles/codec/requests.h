@@ -82,9 +82,9 @@ class ReadingRequest : public HelperRequest {
     uint32_t number_ = 0;
     uint64_t pixels_ = 0;  ///< of the picture, as far as is known
     int asked_ = 0;
+    std::string whyNotGranted_;  ///< the last block; empty while none was refused
     uint64_t grantedBytes_ = 0;
     std::map<uint32_t, std::shared_ptr<Block>> granted_;
-    std::string denial_;  ///< why the system had no memory for a block
     ReadOutcome outcome_;
 };
 

@@ -416,6 +416,9 @@ TEST_F(CodecFilesTest, AWritingThatFailsTellsItsReason) {
         helper.beReady();
         const auto request = helper.hearA<WriteRequest>();
         helper.say(WriteDone{request->number, FileError::cannotWrite, "the disk is full"});
+        const auto second = helper.hearA<WriteRequest>();
+        helper.say(WriteDone{second->number, FileError::cannotWrite,
+                             std::string("cannot write the file ") + nameOfOutput + ": why"});
         helper.hear();
     }});
     CodecFiles files(with(helpers));
@@ -424,6 +427,8 @@ TEST_F(CodecFilesTest, AWritingThatFailsTellsItsReason) {
     const WriteOutcome outcome = files.write(Bitmap(3, 3), "bmp", 8, output);
     EXPECT_EQ(errorClass(outcome.error), "cannot-write");
     EXPECT_EQ(outcome.message, "the disk is full");
+    EXPECT_EQ(files.write(Bitmap(3, 3), "bmp", 8, output).message,
+              "cannot write the file " + (scratch / "out: why"));
 }
 
 TEST_F(CodecFilesTest, NothingIsWrittenToAFileThatIsNotOpenNorOfAPictureThatIsNone) {

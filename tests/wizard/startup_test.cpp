@@ -6,6 +6,7 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
+#include "support/children.h"
 #include "support/files.h"
 #include "support/paths.h"
 #include "wizard/program.h"
@@ -116,6 +117,28 @@ TEST_F(ProgramTest, StartsBehindItsSplashWindowAndLeavesInPeaceWhenAsked) {
     EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(program.exitCode(), 0);
     EXPECT_EQ(std::filesystem::file_size(scratch / "tsStart.up"), 1058U);
+}
+
+TEST_F(ProgramTest, WithoutItsHelperTheWindowOpensAllTheSameAndTellsWhatIsMissing) {
+    program.start();
+    ASSERT_TRUE(settingsAppear(0));
+    kill(static_cast<pid_t>(program.processId()), SIGTERM);
+    ASSERT_TRUE(program.waitForFinished(20000));
+    EXPECT_EQ(program.exitCode(), 0);
+    const QString said = QString::fromUtf8(program.readAllStandardError());
+    EXPECT_TRUE(said.contains("tessarine: the helper program 'tessarine-codec' is missing"))
+        << said.toStdString();
+}
+
+TEST_F(ProgramTest, ItsHelperStandsReadyAndIsGoneWithIt) {
+    std::filesystem::create_symlink(TESSARINE_CODEC, scratch / "tessarine-codec");
+    program.start();
+    ASSERT_TRUE(settingsAppear(0));
+    const std::vector<pid_t> helpers = children(static_cast<pid_t>(program.processId()));
+    ASSERT_EQ(helpers.size(), 1U);
+    program.kill();
+    ASSERT_TRUE(program.waitForFinished(20000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return kill(helpers[0], 0) != 0; }, 20000));
 }
 
 }  // namespace
