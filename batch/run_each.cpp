@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "batch/batch.h"
+#include "batch/shortage_watch.h"
 #include "batch/texts.h"
 #include "imagefiles/disk.h"
 
@@ -102,10 +103,14 @@ PictureReport cBatch::processAlone(int32_t number, const std::string& destinatio
         return entry;
     }
 
+    const ShortageWatch shortages;
     if (!loadIntoSource(entry.input, entry)) return entry;
     takeIn(iSrc);
     applyRows(Overview::silent);
     paintResultIntoSource();
+    // A function that found no memory was left out; then this is not the picture asked for.
+    if (shortages.sawOne())
+        return failed(entry, std::string(errorClass(FileError::tooLarge)), ShortageWatch::message);
 
     Draft draft(entry.output);
     OutputFile file;
