@@ -1,6 +1,7 @@
 #include "pixels/shortage.h"
 
 #include <filesystem>
+#include <new>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -39,14 +40,11 @@ class Shortage : public ChainFixture {
     ~Shortage() override { setBlockSource(nullptr); }
 
     /// No new picture has memory while row 1 is applied to the first picture.
-    void letTheFirstResizeFail() {
-        platform.onGiveWay = {{},
-                              [] {
-                                  setBlockSource([](int32_t, int32_t) -> std::shared_ptr<Pixel> {
-                                      failForMemory("none is left");
-                                  });
-                              },
-                              [] { setBlockSource(nullptr); }};
+    void letTheFirstResizeFail(BlockSource source = [](int32_t, int32_t) -> std::shared_ptr<Pixel> {
+        failForMemory("none is left");
+    }) {
+        platform.onGiveWay = {
+            {}, [source] { setBlockSource(source); }, [] { setBlockSource(nullptr); }};
     }
     const PictureReport& entry(size_t number) const {
         return batch.report.entries().at(number - 1);
@@ -66,6 +64,16 @@ TEST_F(Shortage, ByItselfAPictureThatMissedAFunctionIsNotSavedAndTheNextIs) {
     EXPECT_FALSE(fs::exists(out + "/Sample1.bmp"));
     EXPECT_EQ(entry(2).status, Status::saved);
     EXPECT_EQ(readBitmapFile(out + "/Sample2.bmp").width(), 20);
+}
+
+TEST_F(Shortage, ByItselfAPictureWhoseFunctionRunsOutOfSmallMemoryFailsToo) {
+    batch.lvSelected.pop_back();
+    letTheFirstResizeFail(
+        [](int32_t, int32_t) -> std::shared_ptr<Pixel> { throw std::bad_alloc(); });
+    batch.BatchEach();
+    EXPECT_EQ(entry(1).status, Status::failed);
+    EXPECT_EQ(entry(1).error, "too-large");
+    EXPECT_TRUE(fs::is_empty(out));
 }
 
 TEST_F(Shortage, InTheWindowsRunAPictureThatMissedAFunctionIsSavedAndTold) {
