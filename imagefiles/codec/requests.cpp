@@ -137,8 +137,13 @@ void ReadingRequest::grant(const NeedBlock& wanted, int socket) {
     BlockGrant answer{number_, {}};
     std::shared_ptr<Block> block;
     // All that is granted for one picture counts: what a helper has written into stays in memory.
-    if (bytes != 0 && pixels <= mostPixels && bytes <= memoryCeiling(wishes_) - grantedBytes_)
-        attempt([&] { block = pool_.take(bytes); });
+    if (bytes != 0 && pixels <= mostPixels && bytes <= memoryCeiling(wishes_) - grantedBytes_) {
+        try {
+            block = pool_.take(bytes);
+        } catch (const StatementFailed& failure) {
+            denial_ = failure.what();
+        }
+    }
     std::vector<int> descriptors;
     if (block != nullptr) {
         pixels_ = std::max(pixels_, pixels);
@@ -157,7 +162,9 @@ void ReadingRequest::finish(const ReadDone& answer) {
         if (answer.error == FileError::codecDied || answer.error == FileError::cannotWrite)
             throw HelperLied("it gave an error that is not its own");
         outcome_.error = answer.error;
-        outcome_.message = reasonOf(answer.message);
+        // The helper knows only that it was given nothing.
+        const bool isDenied = answer.error == FileError::tooLarge && !denial_.empty();
+        outcome_.message = isDenied ? denial_ : reasonOf(answer.message);
         return;
     }
     const auto found = granted_.find(answer.blockId);

@@ -84,6 +84,7 @@ class ReadingRequest : public HelperRequest {
     int asked_ = 0;
     uint64_t grantedBytes_ = 0;
     std::map<uint32_t, std::shared_ptr<Block>> granted_;
+    std::string denial_;  ///< why the system had no memory for a block
     ReadOutcome outcome_;
 };
 

@@ -88,6 +88,7 @@ class Judge:
         self.options = options
         self.scratch = scratch
         self.counts = Counter()
+        self.differing = []
         self.runs = 0
         self.peak = 0
 
@@ -180,9 +181,7 @@ def run_mutants(judge, samples, options):
         results = judge.run(pictures)
         if numbers[0] % (CHUNK * options.again) == 0:
             again = judge.run(pictures, keep_damage=False)
-            differing = [p.name for p, a, b in zip(pictures, results, again) if a != b]
-            if differing:
-                raise Problem(f"a second run gave something else for {differing[:5]}")
+            judge.differing += [p.name for p, a, b in zip(pictures, results, again) if a != b]
         print(f"{numbers[-1] + 1} of {options.mutants}: {dict(judge.counts)}", file=sys.stderr)
 
 
@@ -216,6 +215,9 @@ def main():
             table.append(row("samples as they are", files.counts))
             mutants = Judge(options, Path(scratch))
             run_mutants(mutants, samples, options)
+            if mutants.differing:
+                raise Problem("a second run gave something else for " +
+                              ", ".join(mutants.differing))
             table.append(row(f"mutants, seed {options.seed}", mutants.counts))
         except Problem as problem:
             print(f"mutants: {problem}", file=sys.stderr)
