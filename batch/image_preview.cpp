@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cmath>
 
 #include "batch/batch.h"
 #include "batch/scaled_picture.h"

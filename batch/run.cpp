@@ -2,6 +2,7 @@
 
 #include "batch/batch.h"
 #include "batch/items.h"
+#include "batch/shortage_watch.h"
 #include "batch/texts.h"
 #include "imagefiles/disk.h"
 #include "imagefiles/format_table.h"
@@ -115,6 +116,7 @@ void cBatch::BatchAll() {
         if (stopRequested) break;
         const auto start = std::chrono::steady_clock::now();
 
+        const ShortageWatch shortages;
         attempt([&] { path = itemAt(lvSelected, i - 1).Tag; });
         PictureReport entry;
         entry.number = i;
@@ -125,6 +127,7 @@ void cBatch::BatchAll() {
         append(std::string(lineEnd) + lineEnd + " Processing " + fileNameOf(path));
         applyRows(Overview::written);
         paintResultIntoSource();
+        const bool isAsAsked = !shortages.sawOne();
 
         entry.output = outputName(destination, i, extension);
         const PictureReport asLoaded = entry;
@@ -138,6 +141,12 @@ void cBatch::BatchAll() {
             entry.status = PictureReport::Status::failed;
             entry.error = asLoaded.error;
             entry.message = asLoaded.message + "; the picture before it was processed in its place";
+        } else if (!isAsAsked && entry.status != PictureReport::Status::kept) {
+            entry.message = ShortageWatch::message;
+            if (entry.status == PictureReport::Status::saved)
+                entry.message += "; it was saved without that";
+            entry.status = PictureReport::Status::failed;
+            entry.error = errorClass(FileError::tooLarge);
         }
         entry.ms = millisecondsSince(start);
         report.add(std::move(entry));

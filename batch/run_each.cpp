@@ -1,7 +1,9 @@
 #include <chrono>
 #include <filesystem>
+#include <new>
 
 #include "batch/batch.h"
+#include "batch/shortage_watch.h"
 #include "batch/texts.h"
 #include "imagefiles/disk.h"
 
@@ -102,10 +104,20 @@ PictureReport cBatch::processAlone(int32_t number, const std::string& destinatio
         return entry;
     }
 
-    if (!loadIntoSource(entry.input, entry)) return entry;
-    takeIn(iSrc);
-    applyRows(Overview::silent);
-    paintResultIntoSource();
+    const auto shortOfMemory = [&] {
+        return failed(entry, std::string(errorClass(FileError::tooLarge)), ShortageWatch::message);
+    };
+    const ShortageWatch shortages;
+    try {
+        if (!loadIntoSource(entry.input, entry)) return entry;
+        takeIn(iSrc);
+        applyRows(Overview::silent);
+        paintResultIntoSource();
+    } catch (const std::bad_alloc&) {
+        return shortOfMemory();
+    }
+    // A function that found no memory was left out; then this is not the picture asked for.
+    if (shortages.sawOne()) return shortOfMemory();
 
     Draft draft(entry.output);
     OutputFile file;

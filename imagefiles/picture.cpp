@@ -1,7 +1,6 @@
 #include "imagefiles/picture.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "pixels/failures.h"
 

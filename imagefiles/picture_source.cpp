@@ -18,6 +18,11 @@ namespace {
     throw FileRefused(FileError::unreadable, why);
 }
 
+void expectRegular(const struct stat& status) {
+    if (S_ISDIR(status.st_mode)) refuseFile("it is a folder");
+    if (!S_ISREG(status.st_mode)) refuseFile("it is no regular file");
+}
+
 }  // namespace
 
 std::string inLowerCase(std::string text) {
@@ -40,17 +45,21 @@ std::vector<std::string> companionPaths(const std::string& path, const std::stri
 }
 
 int openPictureFile(const std::string& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    const int openError = errno;
+    // Opening alone sets some devices going, and lets go who waits at a pipe: looked at first. It
+    // may be another file by the time that it is open.
     struct stat status {};
-    const bool isThere =
-        file >= 0 ? ::fstat(file, &status) == 0 : ::stat(path.c_str(), &status) == 0;
-    if (file >= 0 && isThere && S_ISREG(status.st_mode)) return file;
-    const int statusError = errno;
-    if (file >= 0) ::close(file);
-    if (isThere && S_ISDIR(status.st_mode)) refuseFile("it is a folder");
-    if (isThere && !S_ISREG(status.st_mode)) refuseFile("it is no regular file");
-    refuseFile(std::strerror(file < 0 ? openError : statusError));
+    if (::stat(path.c_str(), &status) != 0) refuseFile(std::strerror(errno));
+    expectRegular(status);
+    const int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    if (file < 0) refuseFile(std::strerror(errno));
+    try {
+        if (::fstat(file, &status) != 0) refuseFile(std::strerror(errno));
+        expectRegular(status);
+    } catch (const FileRefused&) {
+        ::close(file);
+        throw;
+    }
+    return file;
 }
 
 std::vector<uint8_t> readWholeFile(int file) {

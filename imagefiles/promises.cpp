@@ -166,8 +166,11 @@ std::optional<PromisedSize> promiseOfTga(Bytes file) {
     ByteReader in(file);
     in.skip(2);
     const uint32_t kind = in.u8() & ~8u;
-    if (kind < 1 || kind > 3) return std::nullopt;
-    return littleWords(file, 12);
+    const PromisedSize size = littleWords(file, 12);
+    // A picture of no size is none, whatever its kind.
+    const bool isNone = size.width == 0 || size.height == 0;
+    if (!isNone && (kind < 1 || kind > 3)) return std::nullopt;
+    return size;
 }
 
 std::optional<PromisedSize> promiseOfWal(Bytes file) {

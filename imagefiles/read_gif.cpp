@@ -19,6 +19,13 @@ int32_t frameNumber(FIBITMAP* frame, const char* name) {
     return *static_cast<const uint16_t*>(FreeImage_GetTagValue(tag));
 }
 
+/// A number of `bits` bits, 1, 4 or 8, from a row of the file library's.
+BYTE numberAt(const BYTE* row, int32_t x, int32_t bits) {
+    if (bits == 8) return row[x];
+    if (bits == 4) return x % 2 == 0 ? row[x / 2] >> 4 : row[x / 2] & 0x0F;
+    return row[x / 8] >> (7 - x % 8) & 1;
+}
+
 }  // namespace
 
 // The library's own way to put a frame on its screen goes wrong where the frame reaches beyond it,
@@ -50,10 +57,9 @@ Decoded decodeGif(Bytes file) {
     const RGBQUAD* palette = FreeImage_GetPalette(frame.get());
     for (int32_t y = 0; y < std::min(height, screen.height() - top); ++y) {
         Pixel* target = screen.writableRow(top + y) + left;
+        const BYTE* numbers = FreeImage_GetScanLine(frame.get(), height - 1 - y);
         for (int32_t x = 0; x < std::min(width, screen.width() - left); ++x) {
-            BYTE number = 0;
-            FreeImage_GetPixelIndex(frame.get(), static_cast<unsigned>(x),
-                                    static_cast<unsigned>(height - 1 - y), &number);
+            const BYTE number = numberAt(numbers, x, decoded.depth);
             if (number == transparent) continue;
             const RGBQUAD& colour = palette[number];
             target[x] = rgbPixel(colour.rgbRed, colour.rgbGreen, colour.rgbBlue);

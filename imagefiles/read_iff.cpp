@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 #include <string_view>
 
 #include "imagefiles/decoders.h"

@@ -1,5 +1,3 @@
-#include <array>
-
 #include "imagefiles/decoders.h"
 #include "imagefiles/promises.h"
 #include "pixels/failures.h"

@@ -4,13 +4,14 @@
 #include <cstring>
 
 #include "pixels/failures.h"
+#include "pixels/shortage.h"
 
 namespace tessarine {
 
 namespace {
 
 std::shared_ptr<Pixel> adopt(void* memory) {
-    if (memory == nullptr) throw MemoryFailed("not enough memory for a pixel buffer");
+    if (memory == nullptr) failForMemory("not enough memory for a pixel buffer");
     return {static_cast<Pixel*>(memory), std::free};
 }
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "pixels/band_writer.h"
+#include "pixels/shortage.h"
 
 namespace tessarine {
 
@@ -108,7 +109,7 @@ Region orFail(Make make) {
     try {
         return make();
     } catch (const std::bad_alloc&) {
-        throw StatementFailed("not enough memory for a region");
+        failForMemory("not enough memory for a region");
     }
 }
 

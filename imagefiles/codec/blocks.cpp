@@ -8,6 +8,7 @@
 #include <mutex>
 #include <string>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -37,6 +38,14 @@ uint64_t wholePages(uint64_t bytes) {
     return (bytes + page - 1) / page * page;
 }
 
+/// A limit on the size of files holds for those in memory too, and going beyond it would end the
+/// program by a signal.
+bool isWithinFileLimit(uint64_t bytes) {
+    rlimit limit{};
+    return ::getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ||
+           bytes <= limit.rlim_cur;
+}
+
 [[noreturn]] void refuseMemory() {
     throw StatementFailed(std::string("there is no memory for the picture: ") +
                           std::strerror(errno));
@@ -44,7 +53,11 @@ uint64_t wholePages(uint64_t bytes) {
 
 }  // namespace
 
-Block::Block(uint32_t id, uint64_t bytes) : id_(id), bytes_(bytes), file_(newMemoryFile()) {
+Block::Block(uint32_t id, uint64_t bytes) : id_(id), bytes_(bytes) {
+    if (!isWithinFileLimit(bytes))
+        throw StatementFailed("the limit on the size of files (ulimit -f) has no room for the " +
+                              std::to_string(bytes) + " bytes of the picture in memory");
+    file_ = newMemoryFile();
     if (file_ < 0) refuseMemory();
     void* memory = MAP_FAILED;
     if (::ftruncate(file_, static_cast<off_t>(bytes)) == 0 &&

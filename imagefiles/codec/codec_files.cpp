@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 #include <random>
 #include <utility>
 
@@ -138,7 +139,7 @@ ReadOutcome CodecFiles::read(const std::string& path, const std::string& extensi
     } catch (const FileRefused& refusal) {
         outcome.error = refusal.error();
         outcome.message = refusal.what();
-    } catch (const StatementFailed& failure) {
+    } catch (const std::exception& failure) {
         outcome.error = FileError::tooLarge;
         outcome.message = failure.what();
     }
@@ -160,7 +161,7 @@ WriteOutcome CodecFiles::write(const Bitmap& picture, const std::string& extensi
         if (name != std::string::npos)
             outcome.message.replace(name, std::strlen(nameOfOutput), file.name());
         return outcome;
-    } catch (const StatementFailed& failure) {
+    } catch (const std::exception& failure) {
         return {FileError::tooLarge, failure.what()};
     }
 }

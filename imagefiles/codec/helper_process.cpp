@@ -69,7 +69,7 @@ class SpawnOrders {
         // Blocked from its first moment, before it can ignore them.
         sigset_t forTheProgram;
         ::sigemptyset(&forTheProgram);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP})
             ::sigaddset(&forTheProgram, signal);
         ::posix_spawnattr_setsigmask(&attributes_, &forTheProgram);
         ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
@@ -88,6 +88,14 @@ class SpawnOrders {
     posix_spawn_file_actions_t files_{};
     posix_spawnattr_t attributes_{};
 };
+
+/// Whoever started this program may have had it ignore the ends of its children. The kernel would
+/// then forget how helpers ended, and give their numbers away while they are still ours.
+void keepEndsOfChildren() {
+    struct sigaction atEnd {};
+    if (::sigaction(SIGCHLD, nullptr, &atEnd) != 0) return;
+    if (atEnd.sa_handler == SIG_IGN) ::signal(SIGCHLD, SIG_DFL);
+}
 
 HelperEnd endOf(int status) {
     if (WIFEXITED(status)) return {HelperEnd::How::exited, WEXITSTATUS(status)};
@@ -111,6 +119,7 @@ std::string HelperEnd::inWords() const {
 }
 
 HelperProcess::HelperProcess(const std::string& program, HelperKind kind) {
+    keepEndsOfChildren();
     const auto refuse = [&](int error) {
         throw StatementFailed("the helper program '" + program +
                               "' cannot be started: " + std::strerror(error));

@@ -11,8 +11,10 @@ namespace tessarine {
 
 /// A helper that is a process of its own. It inherits nothing but its socket: no file, no standard
 /// stream, no signal that is ignored here, and of the environment only what fonts, texts and
-/// libraries go by. SIGINT, SIGTERM, SIGHUP and SIGQUIT, which reach all processes of a terminal,
-/// do not reach it.
+/// libraries go by. SIGINT, SIGTERM, SIGHUP, SIGQUIT and SIGTSTP, which reach all processes of a
+/// terminal, do not reach it.
+///
+/// SIGCHLD is no longer ignored in this program once there was one.
 ///
 /// It ends when the thread that starts it ends: start helpers on a thread that lives as long as the
 /// program.

@@ -55,6 +55,8 @@ class BlockCache {
     Result map(const BlockRef& ref, int descriptor, uint64_t needed);
     /// Between two requests: lets go what is too large to be kept.
     void trim();
+    /// Lets all go.
+    void clear() { blocks_.fill(nullptr); }
 
   private:
     std::array<std::shared_ptr<MappedBlock>, mostBlocks> blocks_;  ///< the last used one first

@@ -32,6 +32,10 @@ void trimHeap() {
     if (!isSanitized && mallinfo2().fordblks > mostKept) malloc_trim(0);
 }
 
+void emptyHeap() {
+    if (!isSanitized) malloc_trim(0);
+}
+
 size_t heapInUse() {
     if (isSanitized) return 0;
     const struct mallinfo2 figures = mallinfo2();

@@ -17,6 +17,8 @@ namespace tessarine {
 void setUpHeap();
 /// Between two pictures: gives back what is free beyond a bound.
 void trimHeap();
+/// Gives back all that is free.
+void emptyHeap();
 /// Bytes that are allocated at this moment.
 size_t heapInUse();
 

@@ -53,7 +53,7 @@ int runHelper(int argc, char** argv, Interference* interference) {
     renounceHabits();
     startLibraries(*kind);
     Service service;
-    service.limits = RequestLimits::ofThisProcess(BlockCache::mostIdleBytes);
+    service.limits = RequestLimits::ofThisProcess();
     service.interference = interference;
     const std::string refused = lockIn(*kind);
 

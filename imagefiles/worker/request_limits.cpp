@@ -54,12 +54,11 @@ void setSoftLimit(__rlimit_resource_t resource, rlim_t value) {
 
 }  // namespace
 
-RequestLimits RequestLimits::ofThisProcess(uint64_t allowanceBytes) {
+RequestLimits RequestLimits::ofThisProcess() {
     RequestLimits limits;
     limits.enabled_ = true;
     limits.figures_ = Descriptor(open("/proc/self/statm", O_RDONLY | O_CLOEXEC));
     limits.base_ = limits.addressSpace();
-    limits.allowance_ = allowanceBytes;
     return limits;
 }
 
@@ -70,12 +69,16 @@ uint64_t RequestLimits::addressSpace() const {
     return std::strtoull(text.data(), nullptr, 10) * pageBytes;
 }
 
+bool RequestLimits::isTight(uint64_t ceiling) const {
+    return enabled_ && limitsMemory && addressSpace() > base_ + ceiling / 2;
+}
+
 void RequestLimits::begin(uint64_t ceiling) {
     if (!enabled_) return;
     // What the program allows does not change while it lives. The hard limit cannot be raised
     // again, whoever is in command of this process by then.
     rlimit limit{};
-    const uint64_t most = base_ + allowance_ + std::min(ceiling, RLIM_INFINITY / 4);
+    const uint64_t most = base_ + std::min(ceiling, RLIM_INFINITY / 4);
     if (!limitsMemory || base_ == 0 || getrlimit(RLIMIT_AS, &limit) != 0) return;
     limit.rlim_max = std::min<rlim_t>(limit.rlim_max, most);
     limit.rlim_cur = limit.rlim_max;

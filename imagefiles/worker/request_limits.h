@@ -13,11 +13,13 @@ class RequestLimits {
   public:
     /// Where nothing is held to anything: a process that does more than serving.
     RequestLimits() = default;
-    /// \param allowanceBytes  what is mapped beside what decoding takes
-    static RequestLimits ofThisProcess(uint64_t allowanceBytes);
+    static RequestLimits ofThisProcess();
 
+    /// Whether what is kept from picture to picture takes half of what a picture may take.
+    bool isTight(uint64_t ceiling) const;
     /// From here on a request is served.
-    /// \param ceiling  bytes of address space beyond those of the idle process
+    /// \param ceiling  bytes of address space beyond those of the idle process, all that is kept
+    ///                 included
     void begin(uint64_t ceiling);
     /// The limits of the request, counted from now on; called again they replace the former ones.
     /// \param wishedSeconds  0 for time in proportion
@@ -39,7 +41,6 @@ class RequestLimits {
     bool enabled_ = false;
     Descriptor figures_;  ///< the process's own, which no one can open later
     uint64_t base_ = 0;
-    uint64_t allowance_ = 0;
     double secondsLeft_ = 0;
 };
 

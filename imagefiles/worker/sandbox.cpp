@@ -61,7 +61,8 @@ bool dieWithParent(pid_t parent) {
 }
 
 void renounceHabits() {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ})
+    // Stopped with the program, it would find its picture's time gone when both go on.
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP, SIGPIPE, SIGXFSZ})
         std::signal(signal, SIG_IGN);
     // These end it, whatever its parent did with them.
     for (const int signal : {SIGXCPU, SIGALRM, SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL})

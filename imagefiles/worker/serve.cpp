@@ -178,14 +178,23 @@ class Session {
         if (!message) return ServiceEnd::refused;
         std::optional<ServiceEnd> end = ServiceEnd::refused;
         if (const auto* request = std::get_if<ReadRequest>(&*message)) {
-            service_.limits.begin(request->memoryBytes);
+            makeRoom(request->memoryBytes);
             end = read(*request, std::move(received.descriptors));
         } else if (const auto* writing = std::get_if<WriteRequest>(&*message)) {
-            service_.limits.begin(writing->memoryBytes);
+            makeRoom(writing->memoryBytes);
             end = write(*writing, std::move(received.descriptors));
         }
         service_.limits.end();
         return end;
+    }
+
+    /// What is kept for speed must not fill what a picture may take.
+    void makeRoom(uint64_t ceiling) {
+        if (service_.limits.isTight(ceiling)) {
+            cache_.clear();
+            emptyHeap();
+        }
+        service_.limits.begin(ceiling);
     }
 
     bool answer(const ToProgram& message) { return sendPacket(socket_, packetOf(message), {}); }

@@ -1,7 +1,10 @@
+#include <atomic>
 #include <chrono>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <poll.h>
+#include <stdexcept>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -98,6 +101,63 @@ TEST_F(CodecFilesTest, ASizeBeyondTheMemoryIsNotGranted) {
         EXPECT_EQ(errorClass(files.read(picture, "png").error), "too-large") << width;
         EXPECT_EQ(helpers.kinds.size(), 1U);
     }
+}
+
+TEST_F(CodecFilesTest, WhereTheSizeOfFilesLeavesNoRoomForThePictureThatIsTheReason) {
+    ScriptedHelpers helpers({answering([&](HelperEndpoint& helper, const ReadRequest& request) {
+        helper.serve(request, 1000, 1000, teal);
+    })});
+    CodecFiles files(with(helpers));
+    const ReadOutcome outcome = [&] {
+        const FileLimit limit(100'000);
+        return files.read(picture, "png");
+    }();
+    EXPECT_EQ(errorClass(outcome.error), "too-large");
+    EXPECT_THAT(outcome.message, HasSubstr("ulimit -f"));
+}
+
+TEST_F(CodecFilesTest, ToWritingTheSizeOfFilesIsAReasonToo) {
+    ScriptedHelpers helpers({serveAll});
+    CodecFiles files(with(helpers));
+    OutputFile output;
+    ASSERT_TRUE(output.create(scratch / "out"));
+    const WriteOutcome outcome = [&] {
+        const FileLimit limit(100'000);
+        return files.write(Bitmap(1000, 1000), "bmp", 8, output);
+    }();
+    EXPECT_EQ(errorClass(outcome.error), "too-large");
+    EXPECT_THAT(outcome.message, HasSubstr("ulimit -f"));
+}
+
+TEST_F(CodecFilesTest, WhateverGoesWrongIsToldAndNotThrown) {
+    ScriptedHelpers helpers({serveAll});
+    CodecFiles::Options options = with(helpers);
+    options.number = []() -> uint32_t { throw std::runtime_error("no number is to be had"); };
+    CodecFiles files(options);
+    ReadOutcome outcome;
+    EXPECT_NO_THROW(outcome = files.read(picture, "png"));
+    EXPECT_NE(errorClass(outcome.error), "");
+    EXPECT_EQ(outcome.message, "no number is to be had");
+}
+
+TEST_F(CodecFilesTest, APipeIsNotOpenedAtAll) {
+    ScriptedHelpers helpers({serveAll});
+    CodecFiles files(with(helpers));
+    const std::string pipe = scratch / "pipe.png";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    std::atomic<bool> isLetGo = false;
+    // Who writes to a pipe waits until somebody reads from it.
+    std::thread writer([&] {
+        const Descriptor end(::open(pipe.c_str(), O_WRONLY | O_CLOEXEC));
+        isLetGo = true;
+    });
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(errorClass(files.read(pipe, "png").error), "unreadable");
+        std::this_thread::sleep_for(5ms);
+    }
+    EXPECT_FALSE(isLetGo);
+    const Descriptor reader(::open(pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    writer.join();
 }
 
 TEST_F(CodecFilesTest, AllBlocksOfAPictureTogetherStayWithinTheMemory) {

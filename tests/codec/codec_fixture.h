@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <sys/resource.h>
 #include <utility>
 
 #include <gmock/gmock.h>
@@ -43,6 +44,22 @@ inline ScriptedHelper::Script answering(
             ;
     };
 }
+
+/// A limit on the size of files, as long as this lives.
+class FileLimit {
+  public:
+    explicit FileLimit(rlim_t bytes) {
+        ::getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileLimit() { ::setrlimit(RLIMIT_FSIZE, &before_); }
+    FileLimit(const FileLimit&) = delete;
+    FileLimit& operator=(const FileLimit&) = delete;
+
+  private:
+    rlimit before_{};
+};
 
 class CodecFilesTest : public testing::Test {
   protected:

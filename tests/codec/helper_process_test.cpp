@@ -94,7 +94,7 @@ TEST_F(HelperProcesses, OfTheEnvironmentItKnowsOnlyWhatFontsAndTextsNeed) {
 TEST_F(HelperProcesses, SignalsOfTheTerminalDoNotReachIt) {
     const HelperProcess helper(script("exec sleep 60"), HelperKind::files);
     folderOf(helper);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGTSTP})
         ::kill(helper.process(), signal);
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     const std::string status = readFile("/proc/" + std::to_string(helper.process()) + "/status");
@@ -110,6 +110,15 @@ TEST_F(HelperProcesses, WhatThisProgramIgnoresEndsIt) {
     ::signal(SIGXFSZ, SIG_DFL);
     EXPECT_EQ(end.how, HelperEnd::How::signalled);
     EXPECT_EQ(end.number, SIGPIPE);
+}
+
+TEST_F(HelperProcesses, ItsEndIsKnownWhereThisProgramWasStartedToIgnoreEnds) {
+    ::signal(SIGCHLD, SIG_IGN);
+    HelperProcess helper(script("exit 7"), HelperKind::files);
+    const HelperEnd end = helper.awaitEnd();
+    ::signal(SIGCHLD, SIG_DFL);
+    EXPECT_EQ(end.how, HelperEnd::How::exited);
+    EXPECT_EQ(end.number, 7);
 }
 
 TEST_F(HelperProcesses, ItTellsHowItEnded) {

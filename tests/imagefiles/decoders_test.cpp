@@ -195,6 +195,29 @@ TEST(Sgi, CodedRowsOfSixteenBitsAreKnown) {
     EXPECT_THAT(loaded.colours, ElementsAre(0x404040u, 0x404040u, white));
 }
 
+TEST(Sgi, RowsOfEightBitsAreKnownPlainAndCoded) {
+    FileBytes plain;
+    plain.be16({474}).u8({0, 1}).be16({3, 2, 2, 3}).zeros(500);
+    plain.u8({1, 2, 3, 4}).u8({5, 6, 7, 8}).u8({9, 10, 11, 12});
+    const Loaded loaded = loadBytes(plain.str(), "rgb");
+    EXPECT_EQ(loaded.depth, 24);
+    EXPECT_THAT(loaded.colours, ElementsAre(0x03070Bu, 0x04080Cu, 0x010509u, 0x02060Au));
+
+    FileBytes coded;
+    coded.be16({474}).u8({1, 1}).be16({2, 3, 1, 1}).zeros(500).be32({520, 6});
+    coded.u8({0x02, 0x40, 0x81, 0xFF, 0, 0});
+    EXPECT_THAT(loadBytes(coded.str(), "bw").colours, ElementsAre(0x404040u, 0x404040u, white));
+}
+
+TEST(Sgi, AFileThatEndsEarlyShowsNothingOfOtherMemory) {
+    FileBytes plain;
+    plain.be16({474}).u8({0, 1}).be16({2, 2, 2, 1}).zeros(500).u8({1, 2, 3});
+    EXPECT_FALSE(loadBytes(plain.str(), "bw").isThere);
+    FileBytes coded;
+    coded.be16({474}).u8({1, 1}).be16({2, 3, 1, 1}).zeros(500).be32({520, 6}).u8({0x02, 0x40});
+    EXPECT_FALSE(loadBytes(coded.str(), "sgi").isThere);
+}
+
 std::string ilbm(uint32_t planes, uint32_t mode, uint32_t width, const std::string& colours,
                  const std::string& body, const std::string& changes = "") {
     FileBytes f;

@@ -217,6 +217,19 @@ TEST(DecodePicture, ThrowsNothingAndTellsTheClass) {
     EXPECT_EQ(good.depth, 8);
 }
 
+TEST(DecodePicture, APictureOfNoSizeIsUnreadableWhateverItsKind) {
+    // A Targa of 0 by 512 or 512 by 0 pixels: the library takes it for want of memory.
+    for (const char kind : {0, 1, 2, 3, 9, 10, 11, 32})
+        for (const size_t side : {13u, 15u}) {
+            std::string file(44, 0);
+            file[2] = kind;
+            file[side] = 2;
+            file[16] = 8;
+            const ReadOutcome outcome = decodePicture({bytesOf(file), {}}, "tga");
+            EXPECT_EQ(outcome.error, FileError::unreadable) << int{kind} << " " << side;
+        }
+}
+
 TEST(DecodePicture, WantOfMemoryIsTooLarge) {
     // a source of blocks that has none to give
     setBlockSource(

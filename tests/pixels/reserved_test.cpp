@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "pixels/failures.h"
+
 namespace tessarine::tests {
 namespace {
 
@@ -19,7 +21,7 @@ TEST(Reserved, FailsAsAStatementForWantOfMemory) {
     GTEST_SKIP() << "the sanitizers end the program where memory is not to be had";
 #else
     using Huge = std::array<char, size_t{1} << 30>;
-    EXPECT_THROW(reserved<Huge>(int64_t{1} << 32), StatementFailed);
+    EXPECT_THROW(reserved<Huge>(int64_t{1} << 32), MemoryFailed);
 #endif
 }
 

@@ -1,3 +1,4 @@
+#include <csignal>
 #include <fstream>
 #include <sys/prctl.h>
 #include <thread>
@@ -55,6 +56,13 @@ TEST(TheEndOfAHelper, IsNotBroughtAboutByTheKeysOfATerminal) {
         ::kill(helper.process(), signal);
         EXPECT_TRUE(helper.read(path, "ppm").picture) << signal;
     }
+    // The key that stops a program stops nothing in a group that nobody could set going again, as
+    // this test's may be: so the list of what is ignored is looked at.
+    const std::string status = readFile("/proc/" + std::to_string(helper.process()) + "/status");
+    const size_t place = status.find("SigIgn:");
+    ASSERT_NE(place, std::string::npos);
+    const uint64_t ignored = std::stoull(status.substr(place + 7), nullptr, 16);
+    EXPECT_NE(ignored >> (SIGTSTP - 1) & 1, 0u);
 }
 
 /// Whether a process is there, and no corpse.
