@@ -10,6 +10,7 @@
 #include "batch/batch.h"
 #include "imagefiles/codec/codec_files.h"
 #include "imagefiles/codec/helper_process.h"
+#include "pixels/heap.h"
 
 // What it costs to have picture files read and written by a helper process: the same run over 40
 // photographs of three megapixels, by turns in this process and through the helper. The turns make
@@ -105,6 +106,7 @@ void measure(const char* name, const std::vector<const char*>& chain,
 }  // namespace
 
 int main() {
+    keepFreedMemory();
     namespace fs = std::filesystem;
     std::string folder = (fs::temp_directory_path() / "tessarine-bench-XXXXXX").string();
     if (mkdtemp(folder.data()) == nullptr) return 1;

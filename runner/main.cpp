@@ -1,3 +1,7 @@
+#include "pixels/heap.h"
 #include "runner/runner.h"
 
-int main(int argc, char** argv) { return tessarine::runProgram(argc, argv); }
+int main(int argc, char** argv) {
+    tessarine::keepFreedMemory();
+    return tessarine::runProgram(argc, argv);
+}

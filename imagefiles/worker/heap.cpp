@@ -16,6 +16,7 @@ namespace tessarine {
 namespace {
 
 std::atomic<bool> refused = false;
+std::atomic<bool> clearsLarge = true;
 
 }  // namespace
 
@@ -26,6 +27,8 @@ void setUpHeap() {
     mallopt(M_TRIM_THRESHOLD, 256 << 20);
     mallopt(M_TOP_PAD, 1 << 20);
 }
+
+void clearLargeBlocks(bool wanted) { clearsLarge.store(wanted, std::memory_order_relaxed); }
 
 void trimHeap() {
     constexpr size_t mostKept = size_t{256} << 20;
@@ -67,7 +70,10 @@ void* noted(void* block) {
 }  // namespace
 
 void* malloc(size_t bytes) {
-    if (bytes >= large) return noted(__libc_calloc(1, bytes));
+    if (bytes >= large) {
+        const bool clears = tessarine::clearsLarge.load(std::memory_order_relaxed);
+        return noted(clears ? __libc_calloc(1, bytes) : __libc_malloc(bytes));
+    }
     void* block = __libc_malloc(bytes);
     if (block != nullptr) std::memset(block, 0, malloc_usable_size(block));
     return noted(block);

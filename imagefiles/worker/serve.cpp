@@ -182,7 +182,9 @@ class Session {
             end = read(*request, std::move(received.descriptors));
         } else if (const auto* writing = std::get_if<WriteRequest>(&*message)) {
             makeRoom(writing->memoryBytes);
+            clearLargeBlocks(false);
             end = write(*writing, std::move(received.descriptors));
+            clearLargeBlocks(true);
         }
         service_.limits.end();
         return end;
