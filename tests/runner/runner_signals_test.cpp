@@ -78,7 +78,7 @@ TEST_F(RunnerUnderWay, InWindowModeATerminationStopsItLikewise) {
 TEST_F(RunnerUnderWay, ASecondSignalOfWhateverKindEndsItAtOnce) {
     std::vector<std::string> words = longRun(3);
     // Each picture takes long enough to be under way still when the second signal comes.
-    for (int i = 0; i < 40; ++i)
+    for (int i = 0; i < 300; ++i)
         words.insert(words.end(), {"--apply", "Contrast:Level=2"});
     for (const auto& [first, second] : {std::pair(SIGINT, SIGTERM), std::pair(SIGTERM, SIGTERM)}) {
         fs::remove_all(out);
