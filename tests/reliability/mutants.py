@@ -182,7 +182,9 @@ def run_mutants(judge, samples, options):
         results = judge.run(pictures)
         if numbers[0] % (CHUNK * options.again) == 0:
             again = judge.run(pictures, keep_damage=False)
-            judge.differing += [p.name for p, a, b in zip(pictures, results, again) if a != b]
+            # At the edge of its time a picture may go either way.
+            judge.differing += [p.name for p, a, b in zip(pictures, results, again)
+                                if a != b and "timed-out" not in (a[1], b[1])]
         print(f"{numbers[-1] + 1} of {options.mutants}: {dict(judge.counts)}", file=sys.stderr)
 
 
@@ -197,7 +199,7 @@ def main():
     parser.add_argument("samples", type=Path, help="a folder of pictures, damaged ones among them")
     parser.add_argument("--mutants", type=int, default=20000, metavar="N")
     parser.add_argument("--seed", type=int, default=1, metavar="N")
-    parser.add_argument("--timeout", type=float, default=2, metavar="SECONDS")
+    parser.add_argument("--timeout", type=float, default=10, metavar="SECONDS")
     parser.add_argument("--memory", type=int, default=1024, metavar="MIB")
     parser.add_argument("--again", type=int, default=8, metavar="N",
                         help="run one in N parts twice and compare")
