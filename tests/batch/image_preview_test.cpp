@@ -23,7 +23,7 @@ using tests::writePixmap;
 const std::string smallGif(
     "GIF89a\x03\x00\x02\x00\x80\x00\x00\xff\x00\x00\x00\x00\xff"
     ",\x00\x00\x00\x00\x03\x00\x02\x00\x00\x02\x03\x04\x82\x05\x00;",
-    40);
+    36);
 
 class ImagePreview : public testing::Test {
   protected:
