@@ -173,7 +173,7 @@ def decoders():
         png = (b"\x89PNG\r\n\x1a\n" + png_chunk(b"IHDR", struct.pack(">IIBBBBB", 2, 2, depth, colour, 0, 0, 0))
                + png_chunk(b"IDAT", zlib.compress(bytes(2 * row))) + png_chunk(b"IEND", b""))
         file("dib-file", f"bmp-of-png-{colour}-{depth}", bmp(info(2, 2, 0, 5), b"", png))
-    file("dib", "dib-core", struct.pack("<IHHHH", 12, 3, 2, 1, 1) + bytes(6) + bytes(8))
+    file("dib", "dib-os2-header", struct.pack("<IHHHH", 12, 3, 2, 1, 1) + bytes(6) + bytes(8))
     file("bmp", "bmp-taken-over", bmp(info(3, 2, 24), b"", bytes(range(24))))
     colours = bytes(range(256)) * 3
     cut_line = bytes([0x83, 5, 0])
