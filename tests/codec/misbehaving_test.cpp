@@ -61,7 +61,7 @@ const std::map<std::string, Cost> costs{
     {"exit", {FileError::codecDied, "status 7"}},
     {"hang", {FileError::timedOut, "second"}},
     {"spin", {FileError::timedOut, "second"}},
-    {"allocate", {FileError::tooLarge, ""}},
+    {"allocate", {helpersHaveMemoryLimits ? FileError::tooLarge : FileError::timedOut, ""}},
     {"lie-size", {FileError::codecDied, "broke its rules"}},
     {"lie-block", {FileError::codecDied, "broke its rules"}},
     {"lie-number", {FileError::codecDied, "broke its rules"}},

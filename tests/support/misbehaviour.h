@@ -18,6 +18,14 @@
 
 namespace tessarine::tests {
 
+/// Whether a helper is held to an amount of memory. Sanitizers reserve terabytes, so that in their
+/// builds one that takes all it can is ended by the clock.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool helpersHaveMemoryLimits = false;
+#else
+constexpr bool helpersHaveMemoryLimits = true;
+#endif
+
 /// crash, abort, exit    ends by SIGSEGV, by SIGABRT, with status 7
 /// hang, spin            never answers: asleep, or at work
 /// allocate              fills memory until none is given, and answers what is true then
