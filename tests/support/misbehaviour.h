@@ -10,9 +10,8 @@
 
 // What `tessarine-codec-misbehaving` does on command. It is an ordinary helper but for this:
 //
-// - a picture file of any extension whose bytes are "tessarine-misbehave: WORD [ARGUMENT]" has it
-// do
-//   what the word says, in place of decoding;
+// - a picture file whose bytes are "tessarine-misbehave: WORD [ARGUMENT]" has it do what the word
+//   says, in place of decoding, whatever its extension;
 // - a picture to be written whose top left pixel is (1, 2, 3), blue first, has it do what the word
 //   says whose number is the blue of the pixel to its right, in place of encoding.
 
