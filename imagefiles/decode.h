@@ -20,7 +20,9 @@ std::optional<PromisedSize> promisedSize(const PictureSource& source, const std:
 
 /// Decodes a picture by the route that its extension (in any case) names, and by nothing else.
 /// Metafiles and the other platform formats included. Nothing is thrown; tooLarge stands for a size
-/// beyond maxPixels and for memory that was not to be had.
+/// beyond maxPixels and for memory that was not to be had. Margin and fourth bytes of the bitmap
+/// are as the decoder leaves them: Bitmap(std::move(bitmap).takePixels()) has them 0. A helper
+/// process need not do it, since whoever takes its pictures does not trust them.
 ReadOutcome decodePicture(const PictureSource& source, const std::string& extension);
 
 }  // namespace tessarine

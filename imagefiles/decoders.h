@@ -21,6 +21,8 @@ std::optional<Decoded> takeOverCut(const PictureSource& source);
 std::optional<Decoded> takeOverDcx(const PictureSource& source);
 std::optional<Decoded> takeOverDds(const PictureSource& source);
 std::optional<Decoded> takeOverIff(const PictureSource& source);
+/// Whole files of one or three channels; others, damaged ones too, are the library's.
+std::optional<Decoded> takeOverJpeg(const PictureSource& source);
 std::optional<Decoded> takeOverKoa(const PictureSource& source);
 std::optional<Decoded> takeOverLmp(const PictureSource& source);
 std::optional<Decoded> takeOverMdl(const PictureSource& source);

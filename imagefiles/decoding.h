@@ -12,7 +12,7 @@ namespace tessarine {
 
 /// What a decoder makes of a file.
 struct Decoded {
-    Bitmap bitmap;
+    Bitmap bitmap;      ///< its fourth bytes hold anything
     int16_t depth = 0;  ///< bits per pixel as the file stores them
 };
 

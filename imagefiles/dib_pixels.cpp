@@ -49,7 +49,7 @@ void fillMeasuredGrey(FIBITMAP* dib, Bitmap& bitmap) {
             high = std::max(high, value);
         }
     }
-    if (!(low <= high)) return;
+    if (!(low <= high)) return fill<Sample>(dib, bitmap, [](Sample) { return Pixel{}; });
     if (low >= 0 && high <= 1) low = 0, high = 1;
     const double range = high > low ? high - low : 1;
     fill<Sample>(dib, bitmap, [&](Sample value) {
@@ -91,7 +91,7 @@ Bitmap bitmapOfDib(FIBITMAP* dib) {
     const unsigned width = FreeImage_GetWidth(dib);
     const unsigned height = FreeImage_GetHeight(dib);
     if (uint64_t{width} * height > maxPixels) refuseTooLarge(width, height);
-    Bitmap bitmap(static_cast<int32_t>(width), static_cast<int32_t>(height));
+    Bitmap bitmap = Bitmap::toFill(static_cast<int32_t>(width), static_cast<int32_t>(height));
     switch (FreeImage_GetImageType(dib)) {
         case FIT_BITMAP:
             fillFromStandardType(dib, bitmap);

@@ -1,7 +1,6 @@
 #include "imagefiles/encode.h"
 
 #include <exception>
-#include <memory>
 #include <new>
 
 #include <FreeImage.h>
@@ -9,56 +8,28 @@
 #include "imagefiles/devil_saving.h"
 #include "imagefiles/format_table.h"
 #include "imagefiles/gif_encoder.h"
-#include "imagefiles/image_library.h"
+#include "imagefiles/jpeg.h"
 #include "pixels/failures.h"
 
 namespace tessarine {
 
 namespace {
 
-struct UnloadDib {
-    void operator()(FIBITMAP* dib) const { FreeImage_Unload(dib); }
-};
-using Dib = std::unique_ptr<FIBITMAP, UnloadDib>;
-
-unsigned DLL_CALLCONV writeItems(void* bytes, unsigned size, unsigned count, fi_handle file) {
-    if (size == 0) return 0;
-    return static_cast<unsigned>(
-        static_cast<OutputFile*>(file)->write(bytes, size_t{size} * count) / size);
-}
-int DLL_CALLCONV seekItem(fi_handle file, long offset, int origin) {
-    return static_cast<OutputFile*>(file)->seek(offset, origin) ? 0 : -1;
-}
-long DLL_CALLCONV tellItem(fi_handle file) {
-    return static_cast<long>(static_cast<OutputFile*>(file)->tell());
-}
-
-void writeJpeg(const Bitmap& picture, int16_t formatIndex, OutputFile& file) {
+/// What the rows' numbers, which are the file library's flags, stand for.
+int jpegQuality(int16_t formatIndex) {
     if (formatIndex < 3 || formatIndex > 7) throw StatementFailed("no JPEG row has this number");
-    mFormat format;
-    const OpenLibrary library(format);
-    FIBITMAP* made = nullptr;
-    format.FreeImage_DIB_From_BMP(picture, made);
-    Dib dib(made);
-    if (dib != nullptr && FreeImage_GetBPP(dib.get()) == 32)
-        dib.reset(FreeImage_ConvertTo24Bits(dib.get()));
-    if (dib == nullptr) {
-        const std::string why =
-            "cannot take the picture over for saving: " + format.lastFormatError;
-        if (tellsOfNoMemory(why)) throw MemoryFailed(why);
-        throw StatementFailed(why);
+    switch (formatTable()[static_cast<size_t>(formatIndex)].value) {
+        case JPEG_QUALITYBAD:
+            return 10;
+        case JPEG_QUALITYAVERAGE:
+            return 25;
+        case JPEG_QUALITYNORMAL:
+            return 50;
+        case JPEG_QUALITYGOOD:
+            return 75;
+        default:
+            return 100;
     }
-
-    format.lastFormatError.clear();
-    FreeImageIO io = {nullptr, writeItems, seekItem, tellItem};
-    const int quality = formatTable()[static_cast<size_t>(formatIndex)].value;
-    const bool said = FreeImage_SaveToHandle(FIF_JPEG, dib.get(), &io, &file, quality) != 0;
-    if (!file.failure().empty()) throw StatementFailed(file.failure());
-    if (said) return;
-    if (tellsOfNoMemory(format.lastFormatError)) throw MemoryFailed(format.lastFormatError);
-    throw StatementFailed(
-        "the library does not write the picture: " +
-        (format.lastFormatError.empty() ? "it gives no reason" : format.lastFormatError));
 }
 
 void encode(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
@@ -73,7 +44,7 @@ void encode(const Bitmap& picture, const std::string& extension, int16_t formatI
                 throw StatementFailed("no GIF row has this number");
             return writeGif(picture, formatTable()[static_cast<size_t>(formatIndex)].value, file);
         case SaveRoute::jpeg:
-            return writeJpeg(picture, formatIndex, file);
+            return writeJpeg(picture, jpegQuality(formatIndex), file);
     }
 }
 

@@ -32,7 +32,9 @@ class LocalFiles : public PictureFiles {
                 attempt([&] { beside.back() = bytesOf(companion); });
             }
             const PictureSource source{file, {beside.begin(), beside.end()}};
-            return decodePicture(source, extension);
+            ReadOutcome outcome = decodePicture(source, extension);
+            if (outcome.bitmap) outcome.bitmap = Bitmap(std::move(*outcome.bitmap).takePixels());
+            return outcome;
         } catch (const FileRefused& failure) {
             ReadOutcome outcome;
             outcome.error = failure.error();

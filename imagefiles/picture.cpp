@@ -12,6 +12,9 @@ namespace tessarine {
 
 namespace {
 
+/// The most pixels that are gone over twice while they are at hand.
+constexpr size_t fewPixels = 4096;
+
 /// Whether any fourth byte is not 0. Every picture that is read or saved comes by here, so eight
 /// pixels are looked at in one step.
 bool anyFourth(const Pixel* pixels, size_t count) {
@@ -50,6 +53,15 @@ bool hasBitmapForm(const PixelBuffer& pixels) {
     return true;
 }
 
+void clearFourths(Pixel* pixels, size_t count) {
+    for (size_t from = 0; from < count; from += fewPixels) {
+        const size_t some = std::min(fewPixels, count - from);
+        if (!anyFourth(pixels + from, some)) continue;
+        for (size_t i = from; i < from + some; ++i)
+            pixels[i].fourth = 0;
+    }
+}
+
 /// Copies the area that both bitmaps have at the given places.
 void copyArea(const Bitmap& from, Bitmap& to, int32_t x, int32_t y, int32_t width, int32_t height,
               bool inverted) {
@@ -74,6 +86,12 @@ void copyArea(const Bitmap& from, Bitmap& to, int32_t x, int32_t y, int32_t widt
 }  // namespace
 
 Bitmap::Bitmap(PixelBuffer pixels) {
+    if (pixels.isDimensioned() && !pixels.isShared()) {
+        clearFourths(pixels.writableBlock(), pixels.pixelCount());
+        pixels.clearMargin();
+        pixels_ = std::move(pixels);
+        return;
+    }
     if (!pixels.isDimensioned() || hasBitmapForm(pixels)) {
         pixels_ = std::move(pixels);
         return;

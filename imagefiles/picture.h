@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 
 #include "pixels/pixel_buffer.h"
 
@@ -17,8 +18,19 @@ class Bitmap {
     Bitmap() = default;
     /// A black bitmap. \throws StatementFailed for a negative size or for want of memory.
     Bitmap(int32_t width, int32_t height) : pixels_(width, height) {}
-    /// The image area of a buffer; margin and fourth bytes become 0.
+    /// The image area of a buffer; margin and fourth bytes become 0, in place where nobody shares
+    /// the buffer.
     explicit Bitmap(PixelBuffer pixels);
+    /// A bitmap whose maker fills every pixel.
+    static Bitmap toFill(int32_t width, int32_t height) {
+        return inForm(PixelBuffer(width, height, PixelBuffer::Start::unset));
+    }
+    /// A buffer whose margin and fourth bytes are known to be 0: nobody looks.
+    static Bitmap inForm(PixelBuffer pixels) {
+        Bitmap bitmap;
+        bitmap.pixels_ = std::move(pixels);
+        return bitmap;
+    }
 
     bool isValid() const { return pixels_.isDimensioned(); }
     int32_t width() const { return pixels_.width(); }
@@ -27,6 +39,7 @@ class Bitmap {
     /// Row y for writing; keep the fourth bytes 0.
     Pixel* writableRow(int32_t y) { return pixels_.writableBlock() + pixels_.offsetOfRow(y); }
     const PixelBuffer& pixels() const { return pixels_; }
+    PixelBuffer takePixels() && { return std::move(pixels_); }
 
     friend bool operator==(const Bitmap&, const Bitmap&) = default;
 

@@ -1,5 +1,6 @@
 #include "pixels/pixel_buffer.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -21,13 +22,32 @@ thread_local BlockSource blockSource = nullptr;
 
 void setBlockSource(BlockSource source) { blockSource = source; }
 
-PixelBuffer::PixelBuffer(int32_t width, int32_t height) : width_(width), height_(height) {
+PixelBuffer::PixelBuffer(int32_t width, int32_t height, Start start)
+    : width_(width), height_(height) {
     if (width < 0 || height < 0) throw StatementFailed("a pixel buffer has no negative size");
+    const size_t count =
+        (static_cast<size_t>(width) + 2 * margin) * (static_cast<size_t>(height) + 2 * margin);
     if (blockSource != nullptr) block_ = blockSource(width, height);
-    if (block_ != nullptr) return;
-    block_ = adopt(std::calloc(
-        (static_cast<size_t>(width) + 2 * margin) * (static_cast<size_t>(height) + 2 * margin),
-        sizeof(Pixel)));
+    if (block_ != nullptr) {
+        if (start == Start::black) std::fill_n(block_.get(), count, Pixel{});
+    } else {
+        // The system's own zeros cost nothing: they need not be written.
+        block_ = adopt(start == Start::black ? std::calloc(count, sizeof(Pixel))
+                                             : std::malloc(count * sizeof(Pixel)));
+    }
+    if (start == Start::unset) clearMargin();
+}
+
+void PixelBuffer::clearMargin() {
+    Pixel* own = writableBlock();
+    const ptrdiff_t band = margin * stride();
+    std::fill_n(own, band, Pixel{});
+    std::fill_n(own + offsetOfRow(height_) - margin, band, Pixel{});
+    for (int32_t y = 0; y < height_; ++y) {
+        Pixel* row = own + offsetOfRow(y);
+        std::fill_n(row - margin, margin, Pixel{});
+        std::fill_n(row + width_, margin, Pixel{});
+    }
 }
 
 size_t PixelBuffer::pixelCount() const {
@@ -36,7 +56,7 @@ size_t PixelBuffer::pixelCount() const {
 }
 
 Pixel* PixelBuffer::writableBlock() {
-    if (block_.use_count() > 1) {
+    if (isShared()) {
         std::shared_ptr<Pixel> own = adopt(std::malloc(byteCount()));
         std::memcpy(own.get(), block_.get(), byteCount());
         block_ = std::move(own);

@@ -40,13 +40,22 @@ class PixelBuffer {
 
     /// A buffer with every byte 0.
     /// \throws StatementFailed for a negative size, MemoryFailed where memory does not suffice.
-    PixelBuffer(int32_t width, int32_t height);
+    PixelBuffer(int32_t width, int32_t height) : PixelBuffer(width, height, Start::black) {}
+
+    /// How the pixels inside the margin start.
+    enum class Start { black, unset };
+    /// A buffer with a margin of 0 bytes. Where its pixels start unset they hold anything, and the
+    /// maker fills all of them.
+    /// \throws as above
+    PixelBuffer(int32_t width, int32_t height, Start start);
 
     /// A buffer of this size on memory that exists: at least (width + 4) * (height + 4) pixels.
     PixelBuffer(int32_t width, int32_t height, std::shared_ptr<Pixel> block)
         : width_(width), height_(height), block_(std::move(block)) {}
 
     bool isDimensioned() const { return block_ != nullptr; }
+    /// Whether another buffer stands on the same memory.
+    bool isShared() const { return block_.use_count() > 1; }
     int32_t width() const { return width_; }
     int32_t height() const { return height_; }
 
@@ -80,14 +89,17 @@ class PixelBuffer {
     /// Equal in size and in every byte, margin and fourth channel included.
     friend bool operator==(const PixelBuffer& a, const PixelBuffer& b);
 
+    /// Sets the margin's bytes to 0. \throws as writableBlock()
+    void clearMargin();
+
   private:
     int32_t width_ = 0;
     int32_t height_ = 0;
     std::shared_ptr<Pixel> block_;
 };
 
-/// Gives the memory for a new buffer of width by height, margin included, every byte 0; nothing
-/// where the heap is to serve.
+/// Gives the memory for a new buffer of width by height, margin included; nothing where the heap is
+/// to serve.
 using BlockSource = std::shared_ptr<Pixel> (*)(int32_t width, int32_t height);
 
 /// Where new buffers of this thread get their memory from; nullptr for the heap. A process that

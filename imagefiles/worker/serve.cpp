@@ -82,7 +82,6 @@ class Target {
             }
             ask(width, height, bytes);
         }
-        std::memset(static_cast<void*>(block_->pixels()), 0, bytes);
         // The mapping outlives the buffers: the cache lets nothing go during a request.
         std::shared_ptr<Pixel> memory(block_->pixels(), [block = block_](Pixel*) {});
         lent_ = memory;
@@ -320,7 +319,7 @@ class Session {
             if (!output.adopt(file.release(), nameOfOutput))
                 return {FileError::cannotWrite, output.failure()};
             outcome =
-                encodePicture(Bitmap(picture), request.extension, request.formatIndex, output);
+                encodePicture(Bitmap::inForm(picture), request.extension, request.formatIndex, output);
             if (outcome.error != FileError::none) {
                 output.discard();
             } else if (!output.finish()) {
