@@ -77,6 +77,7 @@ TEST_F(RunnerUnderWay, InWindowModeATerminationStopsItLikewise) {
 
 TEST_F(RunnerUnderWay, ASecondSignalOfWhateverKindEndsItAtOnce) {
     std::vector<std::string> words = longRun(3);
+    words.insert(words.end(), {"--jobs", "1"});
     // Each picture takes long enough to be under way still when the second signal comes.
     for (int i = 0; i < 300; ++i)
         words.insert(words.end(), {"--apply", "Contrast:Level=2"});
