@@ -64,6 +64,13 @@ CodecFiles::CodecFiles(Options options)
 
 CodecFiles::~CodecFiles() = default;
 
+std::shared_ptr<Pixel> CodecFiles::SharedMemory::take(size_t pixels) {
+    std::shared_ptr<Pixel> memory;
+    // The heap serves where the system gives no more of this kind.
+    attempt([&] { memory = pixelsIn(pool_.take(uint64_t{pixels} * sizeof(Pixel))); });
+    return memory;
+}
+
 void CodecFiles::prepareFor(size_t pictures) {
     const std::lock_guard lock(guard_);
     mostIdle_ = std::max<size_t>(pictures, 1);
