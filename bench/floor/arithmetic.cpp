@@ -1,14 +1,20 @@
 #include "arithmetic.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace floor_program {
 
 namespace {
 
-/// What the three planes of a stretch of pixels take, so that a stretch stays in registers' reach.
+/// Pixels that are looked at together: a few vectors of them.
 constexpr int stretch = 64;
+
+int16_t narrow(int value) { return static_cast<int16_t>(value); }
+
+/// value * factor / 2^15, rounded: one instruction on vectors of such numbers.
+int16_t share(int16_t value, int16_t factor) { return narrow((value * factor + 16384) >> 15); }
 
 struct Planes {
     alignas(64) int16_t blue[stretch];
@@ -16,15 +22,16 @@ struct Planes {
     alignas(64) int16_t red[stretch];
 };
 
-int16_t low(int value) { return static_cast<int16_t>(value); }
-
 /// What one channel lacks or has too much goes half to each of the others.
 [[gnu::always_inline]] inline void spill(int16_t& from, int16_t& first, int16_t& second) {
-    const int16_t excess = low(std::min<int16_t>(from, 0) + std::max<int16_t>(low(from - 255), 0));
-    const int16_t half = low(low(excess - (excess >> 15)) >> 1);
-    first = low(first + half);
-    second = low(second + half);
-    from = low(from - excess);
+    const auto missing = std::min<int16_t>(from, 0);
+    const auto excess = std::max<int16_t>(narrow(from - 255), 0);
+    const int16_t moved = narrow(missing + excess);
+    // Halves go towards zero.
+    const int16_t half = narrow(narrow(moved - (moved >> 15)) >> 1);
+    first = narrow(first + half);
+    second = narrow(second + half);
+    from = narrow(from - moved);
 }
 
 /// One round for a stretch. \return whether any channel is still out of range.
@@ -36,13 +43,13 @@ bool spillAll(Planes& planes) {
         const int16_t smallest = std::min(b, std::min(g, r));
         const int16_t dark = largest <= 0 ? 0 : -1;
         const int16_t light = smallest >= 255 ? 255 : 0;
-        b = light != 0 ? light : low(b & dark);
-        g = light != 0 ? light : low(g & dark);
-        r = light != 0 ? light : low(r & dark);
+        b = light != 0 ? light : narrow(b & dark);
+        g = light != 0 ? light : narrow(g & dark);
+        r = light != 0 ? light : narrow(r & dark);
         spill(b, g, r);
         spill(g, b, r);
         spill(r, g, b);
-        outside = low(outside | ((b | g | r) & ~255));
+        outside = narrow(outside | ((b | g | r) & ~255));
         planes.blue[i] = b;
         planes.green[i] = g;
         planes.red[i] = r;
@@ -50,65 +57,109 @@ bool spillAll(Planes& planes) {
     return outside != 0;
 }
 
+// Pixels, and pairs of channels, as numbers.
+using Word [[gnu::may_alias]] = uint32_t;
+using Half [[gnu::may_alias]] = uint16_t;
+
 }  // namespace
 
-int brighten(View picture, int level) {
+int brighten(View picture, uint8_t level) {
+    const auto limit = static_cast<uint8_t>(255 - level);
     int64_t sum = 0;
     for (int y = 0; y < picture.height; ++y) {
         uint8_t* row = picture.row(y);
-        const auto more = static_cast<uint8_t>(std::clamp(level, 0, 255));
-        const auto less = static_cast<uint8_t>(std::clamp(-level, 0, 255));
-        for (size_t i = 0; i < picture.rowBytes(); ++i) {
-            const auto raised = static_cast<uint8_t>(std::min(row[i] + more, 255));
-            row[i] = static_cast<uint8_t>(std::max(raised - less, 0));
+        for (size_t i = 0; i < picture.rowBytes(); ++i)
+            row[i] = static_cast<uint8_t>(std::min(row[i], limit) + level);
+        const auto* words = reinterpret_cast<const Word*>(row);
+        uint32_t ofRow = 0;
+        for (int x = 0; x < picture.width; ++x) {
+            const uint32_t w = words[x];
+            // Times 21846 / 65536 is divided by 3 for all sums that there are.
+            ofRow += ((w & 255) + (w >> 8 & 255) + (w >> 16 & 255)) * 21846 >> 16;
         }
-        int32_t ofRow = 0;
-        for (int x = 0; x < picture.width; ++x)
-            ofRow += (row[4 * x] + row[4 * x + 1] + row[4 * x + 2]) * 21846 >> 16;
         sum += ofRow;
     }
     return static_cast<int>(sum / (int64_t{picture.width} * picture.height));
 }
 
 Contrast::Contrast(int percent, int mean)
-    : mean_(mean), factor_(static_cast<int>(std::lround((percent + 100) / 100.0 * 16384))) {}
+    : mean_(mean), factor_(narrow(static_cast<int>(std::lround((percent + 100) * 163.84)))) {}
 
-void Contrast::operator()(uint8_t* row, int width) const {
-    for (int from = 0; from < width; from += stretch) {
-        const int count = std::min(stretch, width - from);
-        uint8_t* pixels = row + 4 * static_cast<size_t>(from);
-        Planes planes{};
-        const auto spread = [this](uint8_t v) {
-            return low((((v - mean_) * factor_ + 8192) >> 14) + mean_);
-        };
-        for (int i = 0; i < count; ++i) {
-            planes.blue[i] = spread(pixels[4 * i]);
-            planes.green[i] = spread(pixels[4 * i + 1]);
-            planes.red[i] = spread(pixels[4 * i + 2]);
-        }
-        while (spillAll(planes)) {
-        }
-        for (int i = 0; i < count; ++i) {
-            pixels[4 * i] = static_cast<uint8_t>(planes.blue[i]);
-            pixels[4 * i + 1] = static_cast<uint8_t>(planes.green[i]);
-            pixels[4 * i + 2] = static_cast<uint8_t>(planes.red[i]);
-        }
-    }
+int16_t Contrast::spread(int level) const {
+    return narrow(share(narrow((level - mean_) * 2), factor_) + mean_);
 }
 
-void sharpenRow(const uint8_t* above, const uint8_t* row, const uint8_t* below, uint8_t* result,
-                int width, int level) {
-    const int centre = 124 - level;
+void Contrast::operator()(uint8_t* row, int width) const {
+    constexpr int halves = 2 * stretch;
+    static constexpr auto colours = [] {
+        std::array<int16_t, halves> mask{};
+        for (size_t i = 0; i < mask.size(); i += 2)
+            mask[i] = -1;
+        return mask;
+    }();
+    int from = 0;
+    for (; from + stretch <= width; from += stretch) {
+        uint8_t* pixels = row + 4 * static_cast<size_t>(from);
+        auto* pairs = reinterpret_cast<Half*>(pixels);
+        alignas(64) std::array<uint16_t, halves> results;
+        int16_t outside = 0;
+        for (size_t i = 0; i < halves; ++i) {
+            const int16_t lower = spread(pairs[i] & 255);
+            const int16_t upper = spread(pairs[i] >> 8);
+            // The upper byte of every other pair is the one that nobody looks at.
+            outside = narrow(outside | lower | (upper & colours[i]));
+            results[i] = static_cast<uint16_t>((lower & 255) | upper << 8);
+        }
+        if ((outside & ~255) != 0)
+            spillOver(pixels, stretch);
+        else
+            std::copy(results.begin(), results.end(), pairs);
+    }
+    if (from < width) spillOver(row + 4 * static_cast<size_t>(from), width - from);
+}
+
+void Contrast::spillOver(uint8_t* pixels, int count) const {
+    Planes planes{};
+    auto* words = reinterpret_cast<Word*>(pixels);
+    for (int i = 0; i < count; ++i) {
+        const uint32_t w = words[i];
+        planes.blue[i] = spread(static_cast<int>(w & 255));
+        planes.green[i] = spread(static_cast<int>(w >> 8 & 255));
+        planes.red[i] = spread(static_cast<int>(w >> 16 & 255));
+    }
+    while (spillAll(planes)) {
+    }
+    for (int i = 0; i < count; ++i)
+        words[i] =
+            static_cast<uint32_t>(planes.blue[i] | planes.green[i] << 8 | planes.red[i] << 16);
+}
+
+Sharpen::Sharpen(int level) : centre_(narrow(124 - level)), shift_(0) {
     const int divisor = 108 - level;
-    // For sums up to 2^15 and divisors below 128 this factor divides exactly.
-    const auto inverse = static_cast<uint32_t>(((1 << 22) + divisor - 1) / divisor);
+    while (divisor >> (shift_ + 1) != 0)
+        ++shift_;
+    // Exact for all sums that there are: they stay below 2^15.
+    const int dividend = 1 << (16 + shift_);
+    inverse_ = static_cast<uint16_t>((dividend + divisor - 1) / divisor);
+}
+
+void Sharpen::operator()(const uint8_t* above, const uint8_t* row, const uint8_t* below,
+                         uint8_t* result, int width) {
     const size_t bytes = static_cast<size_t>(width) * 4;
+    columns_.resize(bytes);
+    uint16_t* columns = columns_.data();
+    for (size_t i = 0; i < bytes; ++i)
+        columns[i] = static_cast<uint16_t>(above[i] + row[i] + below[i]);
+    const auto centre = narrow(centre_ + 2);
+    const uint16_t inverse = inverse_;
+    const int shift = shift_;
     std::copy_n(row, 4, result);
     for (size_t i = 4; i < bytes - 4; ++i) {
-        const int around = above[i - 4] + above[i] + above[i + 4] + row[i - 4] + row[i + 4] +
-                           below[i - 4] + below[i] + below[i + 4];
-        const auto sum = static_cast<uint32_t>(std::max(centre * row[i] - 2 * around, 0));
-        result[i] = static_cast<uint8_t>(std::min(sum * inverse >> 22, 255U));
+        const auto nine = static_cast<int16_t>(columns[i - 4] + columns[i] + columns[i + 4]);
+        const auto sum = std::max<int16_t>(narrow(centre * row[i] - 2 * nine), 0);
+        const auto quotient = static_cast<uint16_t>(
+            static_cast<uint32_t>(static_cast<uint16_t>(sum)) * inverse >> 16);
+        result[i] = static_cast<uint8_t>(std::min<uint16_t>(quotient >> shift, 255));
     }
     std::copy_n(row + bytes - 4, 4, result + bytes - 4);
 }
@@ -128,8 +179,8 @@ void Resize::operator()(View source, View result) {
     fill(columns_, source.width, result.width);
     fill(rows_, source.height, result.height);
     blended_.resize(source.rowBytes());
-    const auto blend = [](int first, int second, int16_t fraction) {
-        return static_cast<uint8_t>(first + (((second - first) * fraction + 16384) >> 15));
+    const auto blend = [](uint8_t first, uint8_t second, int16_t fraction) {
+        return static_cast<uint8_t>(first + share(narrow(second - first), fraction));
     };
     for (int y = 0; y < result.height; ++y) {
         const Origin across = rows_[static_cast<size_t>(y)];

@@ -20,23 +20,38 @@ struct View {
 };
 
 /// Adds to every channel, and tells the mean brightness of what comes out.
-int brighten(View picture, int level);
+int brighten(View picture, uint8_t level);
 
 /// Spreads the channels of a row around the mean; what a channel has too much goes to the others.
 class Contrast {
   public:
+    /// \param percent  from 0 to 99
     Contrast(int percent, int mean);
     void operator()(uint8_t* row, int width) const;
 
   private:
+    int16_t spread(int level) const;
+    void spillOver(uint8_t* pixels, int count) const;
+
     int mean_;
-    int factor_;  ///< times 2^14
+    int16_t factor_;  ///< times 2^14
 };
 
-/// Sets each pixel off from its eight neighbours, but for those of the picture's border.
-/// \param above, row, below  neighbouring rows of the source
-void sharpenRow(const uint8_t* above, const uint8_t* row, const uint8_t* below, uint8_t* result,
-                int width, int level);
+/// Sets each pixel off from its eight neighbours, but for the two at the ends of a row.
+class Sharpen {
+  public:
+    /// \param level  from 0 to 99
+    explicit Sharpen(int level);
+    /// \param above, row, below  neighbouring rows of the source, as long as the result's
+    void operator()(const uint8_t* above, const uint8_t* row, const uint8_t* below, uint8_t* result,
+                    int width);
+
+  private:
+    int16_t centre_;
+    uint16_t inverse_;  ///< of the divisor, times 2^(16 + shift_)
+    int shift_;
+    std::vector<uint16_t> columns_;  ///< sums of three rows
+};
 
 /// Bilinear, each result pixel from the four around its origin.
 class Resize {

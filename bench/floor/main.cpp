@@ -26,6 +26,7 @@ enum class Work { convert, chain, resize, png };
 struct Workshop {
     JpegCodec jpeg;
     PngWriter png;
+    Sharpen sharpen{50};
     Resize resize;
     std::vector<uint8_t> decoded;
     std::vector<uint8_t> sharpened;
@@ -52,8 +53,8 @@ View applyChain(View picture, Workshop& shop) {
         // A row is sharpened when the one below it has its contrast.
         spread(picture.row(y), picture.width);
         if (y > 1)
-            sharpenRow(picture.row(y - 2), picture.row(y - 1), picture.row(y), result.row(y - 1),
-                       picture.width, 50);
+            shop.sharpen(picture.row(y - 2), picture.row(y - 1), picture.row(y), result.row(y - 1),
+                         picture.width);
     }
     std::copy_n(picture.row(last), picture.rowBytes(), result.row(last));
     return result;
