@@ -5,15 +5,20 @@
 #include <cstring>
 
 #include "pixels/failures.h"
+#include "pixels/pixel_memory.h"
 #include "pixels/shortage.h"
 
 namespace tessarine {
 
 namespace {
 
-std::shared_ptr<Pixel> adopt(void* memory) {
+/// Memory that holds anything.
+std::shared_ptr<Pixel> memoryFor(size_t count) {
+    if (count >= sizablePixels)
+        if (std::shared_ptr<Pixel> memory = pixelMemory().take(count)) return memory;
+    auto* const memory = static_cast<Pixel*>(std::malloc(count * sizeof(Pixel)));
     if (memory == nullptr) failForMemory("not enough memory for a pixel buffer");
-    return {static_cast<Pixel*>(memory), std::free};
+    return {memory, std::free};
 }
 
 thread_local BlockSource blockSource = nullptr;
@@ -28,14 +33,11 @@ PixelBuffer::PixelBuffer(int32_t width, int32_t height, Start start)
     const size_t count =
         (static_cast<size_t>(width) + 2 * margin) * (static_cast<size_t>(height) + 2 * margin);
     if (blockSource != nullptr) block_ = blockSource(width, height);
-    if (block_ != nullptr) {
-        if (start == Start::black) std::fill_n(block_.get(), count, Pixel{});
-    } else {
-        // The system's own zeros cost nothing: they need not be written.
-        block_ = adopt(start == Start::black ? std::calloc(count, sizeof(Pixel))
-                                             : std::malloc(count * sizeof(Pixel)));
-    }
-    if (start == Start::unset) clearMargin();
+    if (block_ == nullptr) block_ = memoryFor(count);
+    if (start == Start::black)
+        std::fill_n(block_.get(), count, Pixel{});
+    else
+        clearMargin();
 }
 
 void PixelBuffer::clearMargin() {
@@ -57,7 +59,7 @@ size_t PixelBuffer::pixelCount() const {
 
 Pixel* PixelBuffer::writableBlock() {
     if (isShared()) {
-        std::shared_ptr<Pixel> own = adopt(std::malloc(byteCount()));
+        std::shared_ptr<Pixel> own = memoryFor(pixelCount());
         std::memcpy(own.get(), block_.get(), byteCount());
         block_ = std::move(own);
     }

@@ -14,13 +14,11 @@
 #include <vector>
 
 #include "pixels/failures.h"
+#include "pixels/free_pieces.h"
 
 namespace tessarine {
 
 namespace {
-
-/// Each free block holds a descriptor, of which a process has few.
-constexpr size_t mostFreeBlocks = 32;
 
 /// A file in memory, closed at a program's start. Newer systems want to be told that it is no
 /// program; older ones do not know the word.
@@ -79,49 +77,14 @@ Block::~Block() {
 
 struct BlockPool::State {
     mutable std::mutex guard;
-    std::vector<std::unique_ptr<Block>> free;  ///< the one let go last behind the others
+    FreePieces<Block> free;
     std::map<const Pixel*, std::weak_ptr<Block>> taken;
-    uint64_t freeBytes = 0;
-    uint64_t mostFreeBytes = 0;
-    uint64_t largestLately = 0;
     uint32_t lastId = 0;
 
-    std::unique_ptr<Block> takeFree(uint64_t bytes);
-    /// Returns a block, and gives what is too much to keep.
-    std::vector<std::unique_ptr<Block>> giveBack(std::unique_ptr<Block> block);
+    explicit State(uint64_t mostFreeBytes) : free(mostFreeBytes) {}
 };
 
-std::unique_ptr<Block> BlockPool::State::takeFree(uint64_t bytes) {
-    auto best = free.end();
-    for (auto at = free.begin(); at != free.end(); ++at) {
-        const uint64_t has = (*at)->bytes();
-        if (has < bytes || has > 2 * bytes) continue;
-        if (best == free.end() || has <= (*best)->bytes()) best = at;
-    }
-    if (best == free.end()) return nullptr;
-    std::unique_ptr<Block> block = std::move(*best);
-    free.erase(best);
-    freeBytes -= block->bytes();
-    return block;
-}
-
-std::vector<std::unique_ptr<Block>> BlockPool::State::giveBack(std::unique_ptr<Block> block) {
-    taken.erase(block->pixels());
-    freeBytes += block->bytes();
-    free.push_back(std::move(block));
-    std::vector<std::unique_ptr<Block>> tooMuch;
-    const uint64_t most = std::max(mostFreeBytes, 2 * largestLately);
-    while (freeBytes > most || free.size() > mostFreeBlocks) {
-        freeBytes -= free.front()->bytes();
-        tooMuch.push_back(std::move(free.front()));
-        free.erase(free.begin());
-    }
-    return tooMuch;
-}
-
-BlockPool::BlockPool(uint64_t mostFreeBytes) : state_(std::make_shared<State>()) {
-    state_->mostFreeBytes = mostFreeBytes;
-}
+BlockPool::BlockPool(uint64_t mostFreeBytes) : state_(std::make_shared<State>(mostFreeBytes)) {}
 
 std::shared_ptr<Block> BlockPool::take(uint64_t bytes) {
     const uint64_t wanted = wholePages(std::max<uint64_t>(bytes, 1));
@@ -129,10 +92,7 @@ std::shared_ptr<Block> BlockPool::take(uint64_t bytes) {
     uint32_t id = 0;
     {
         const std::lock_guard lock(state_->guard);
-        // A size that is not asked for again fades within a few dozen pictures.
-        state_->largestLately =
-            std::max(wanted, state_->largestLately - state_->largestLately / 16);
-        block = state_->takeFree(wanted);
+        block = state_->free.take(wanted);
         if (block == nullptr) {
             if (++state_->lastId == 0) ++state_->lastId;
             id = state_->lastId;
@@ -143,7 +103,8 @@ std::shared_ptr<Block> BlockPool::take(uint64_t bytes) {
     std::shared_ptr<Block> shared(block.release(), [state = state_](Block* whole) {
         std::vector<std::unique_ptr<Block>> tooMuch;
         const std::lock_guard lock(state->guard);
-        tooMuch = state->giveBack(std::unique_ptr<Block>(whole));
+        state->taken.erase(whole->pixels());
+        tooMuch = state->free.keep(std::unique_ptr<Block>(whole));
     });
     const std::lock_guard lock(state_->guard);
     state_->taken[shared->pixels()] = shared;
@@ -159,13 +120,23 @@ std::shared_ptr<Block> BlockPool::holding(const PixelBuffer& picture) const {
 
 uint64_t BlockPool::freeBytes() const {
     const std::lock_guard lock(state_->guard);
-    return state_->freeBytes;
+    return state_->free.bytes();
+}
+
+void BlockPool::giveBack() {
+    std::vector<std::unique_ptr<Block>> all;
+    const std::lock_guard lock(state_->guard);
+    all = state_->free.takeAll();
+}
+
+std::shared_ptr<Pixel> pixelsIn(std::shared_ptr<Block> block) {
+    Pixel* const pixels = block->pixels();
+    // A buffer asks its pointer whether it has company, and the block comes along in it.
+    return {std::move(block), pixels};
 }
 
 PixelBuffer pictureIn(std::shared_ptr<Block> block, int32_t width, int32_t height) {
-    Pixel* const pixels = block->pixels();
-    // The picture asks its pointer whether it has company, and the block comes along in it.
-    return {width, height, std::shared_ptr<Pixel>(std::move(block), pixels)};
+    return {width, height, pixelsIn(std::move(block))};
 }
 
 }  // namespace tessarine

@@ -52,12 +52,17 @@ class BlockPool {
 
     /// Bytes that are kept for later.
     uint64_t freeBytes() const;
+    /// Lets go of them.
+    void giveBack();
 
   private:
     struct State;
 
     std::shared_ptr<State> state_;
 };
+
+/// A block's memory, which the block lasts as long as.
+std::shared_ptr<Pixel> pixelsIn(std::shared_ptr<Block> block);
 
 /// A picture of this size in a block, which is given up to it: nothing is copied, and the picture
 /// is the block's only owner. \param block  of at least blockBytesFor(width, height) bytes

@@ -62,6 +62,13 @@ CodecFiles::CodecFiles(Options options) : options_(std::move(options)) {
 
 CodecFiles::~CodecFiles() = default;
 
+std::shared_ptr<Pixel> CodecFiles::SharedMemory::take(size_t pixels) {
+    std::shared_ptr<Pixel> memory;
+    // The heap serves where the system gives no more of this kind.
+    attempt([&] { memory = pixelsIn(pool_.take(uint64_t{pixels} * sizeof(Pixel))); });
+    return memory;
+}
+
 std::unique_ptr<HelperLink> CodecFiles::start(HelperKind kind) const {
     return std::make_unique<HelperLink>(options_.start(kind), options_.onWaiting);
 }

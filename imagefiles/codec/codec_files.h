@@ -11,6 +11,7 @@
 #include "imagefiles/codec/helper.h"
 #include "imagefiles/codec/limits.h"
 #include "imagefiles/picture_files.h"
+#include "pixels/pixel_memory.h"
 
 namespace tessarine {
 
@@ -56,7 +57,20 @@ class CodecFiles : public PictureFiles {
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
                        OutputFile& file) override;
 
+    /// Memory that the helpers share: what lies in it is written without a copy.
+    PixelMemory& memory() { return memory_; }
+
   private:
+    class SharedMemory : public PixelMemory {
+      public:
+        explicit SharedMemory(BlockPool& pool) : pool_(pool) {}
+        std::shared_ptr<Pixel> take(size_t pixels) override;
+        void giveBack() override { pool_.giveBack(); }
+
+      private:
+        BlockPool& pool_;
+    };
+
     struct Failure {
         FileError error = FileError::none;
         std::string message;
@@ -70,6 +84,7 @@ class CodecFiles : public PictureFiles {
 
     Options options_;
     BlockPool pool_;
+    SharedMemory memory_{pool_};
     std::mutex guard_;
     std::array<std::vector<std::unique_ptr<HelperLink>>, 2> idle_;  ///< by HelperKind
     std::vector<std::string> noticed_;

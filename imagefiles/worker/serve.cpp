@@ -12,6 +12,7 @@
 #include "imagefiles/encode.h"
 #include "imagefiles/worker/blocks.h"
 #include "imagefiles/worker/heap.h"
+#include "pixels/pixel_memory.h"
 
 namespace tessarine {
 
@@ -21,7 +22,7 @@ namespace {
 /// its limits go.
 constexpr uint64_t guessedPixelsPerByte = 8;
 /// Bitmaps of fewer pixels are not worth a block while they may be mere steps to the picture.
-constexpr int64_t sizablePixels = 4096;
+constexpr int64_t worthABlock = 4096;
 
 constexpr const char* tooLargeText = "the picture takes more memory than is allowed";
 
@@ -48,7 +49,7 @@ class Target {
         const uint64_t bytes = blockBytesFor(width, height);
         const bool isPromised = promised_ && std::cmp_equal(promised_->width, width) &&
                                 std::cmp_equal(promised_->height, height);
-        const bool isSizable = int64_t{width} * height >= sizablePixels;
+        const bool isSizable = int64_t{width} * height >= worthABlock;
         if (bytes == 0 || !lent_.expired() || !(isPromised || isSizable)) return nullptr;
         return memoryOfBlock(width, height);
     }
@@ -193,6 +194,7 @@ class Session {
     void makeRoom(uint64_t ceiling) {
         if (service_.limits.isTight(ceiling)) {
             cache_.clear();
+            pixelMemory().giveBack();
             emptyHeap();
         }
         service_.limits.begin(ceiling);
@@ -318,8 +320,8 @@ class Session {
             OutputFile output;
             if (!output.adopt(file.release(), nameOfOutput))
                 return {FileError::cannotWrite, output.failure()};
-            outcome =
-                encodePicture(Bitmap::inForm(picture), request.extension, request.formatIndex, output);
+            outcome = encodePicture(Bitmap::inForm(picture), request.extension, request.formatIndex,
+                                    output);
             if (outcome.error != FileError::none) {
                 output.discard();
             } else if (!output.finish()) {
