@@ -1,5 +1,9 @@
 #include "timing.h"
 
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+
 namespace tessarine::bench {
 
 PixelBuffer testPicture() {
@@ -18,6 +22,17 @@ PixelBuffer testPicture() {
     return picture;
 }
 
+double processorMilliseconds() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+double wallMilliseconds() {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration<double, std::milli>(now).count();
+}
+
 double median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());
@@ -28,7 +43,7 @@ Copy::Copy(const PixelBuffer& picture)
     : picture_(picture), target_(std::make_unique<Pixel[]>(picture.pixelCount())) {}
 
 double Copy::milliseconds() {
-    return millisecondsOf([this] {
+    return millisecondsOf(&processorMilliseconds, [this] {
         std::memcpy(target_.get(), picture_.block(), picture_.byteCount());
         // The copy has to be made: somebody could look at it.
         asm volatile("" : : "r"(target_.get()) : "memory");

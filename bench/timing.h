@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -19,13 +18,18 @@ constexpr double picturePixels = double{pictureWidth} * pictureHeight;
 /// 12 megapixels with every level in every channel, no two neighbours alike.
 PixelBuffer testPicture();
 
-/// Milliseconds that `work` takes once.
+/// Milliseconds that this thread has spent on a processor. What it waits while others have that
+/// processor does not count.
+double processorMilliseconds();
+/// Milliseconds on the wall, for work of several threads.
+double wallMilliseconds();
+
+/// What `clock` counts while `work` is done once.
 template <class Work>
-double millisecondsOf(Work work) {
-    const auto start = std::chrono::steady_clock::now();
+double millisecondsOf(double (*clock)(), Work work) {
+    const double start = clock();
     work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-        .count();
+    return clock() - start;
 }
 
 double median(std::vector<double> values);
@@ -57,7 +61,7 @@ Timing timingOf(int runs, Copy& copy, Prepare prepare, Work work) {
     double before = copy.milliseconds();
     for (int i = -1; i < runs; ++i) {
         prepare();
-        const double taken = millisecondsOf(work);
+        const double taken = millisecondsOf(&processorMilliseconds, work);
         const double after = copy.milliseconds();
         if (i >= 0) {
             times.push_back(taken);
@@ -66,6 +70,18 @@ Timing timingOf(int runs, Copy& copy, Prepare prepare, Work work) {
         before = after;
     }
     return {median(times), median(ratios)};
+}
+
+/// The median ratio of the times of two works that take turns, of `runs` pairs after one.
+template <class First, class Second>
+double ratioOf(int runs, double (*clock)(), First first, Second second) {
+    std::vector<double> ratios;
+    for (int i = -1; i < runs; ++i) {
+        const double ofFirst = first(clock);
+        const double ofSecond = second(clock);
+        if (i >= 0) ratios.push_back(ofFirst / ofSecond);
+    }
+    return median(ratios);
 }
 
 }  // namespace tessarine::bench
