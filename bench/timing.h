@@ -39,6 +39,7 @@ double median(std::vector<double> values);
 class Copy {
   public:
     explicit Copy(const PixelBuffer& picture);
+    /// The median of three.
     double milliseconds();
 
   private:
