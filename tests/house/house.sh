@@ -60,7 +60,7 @@ case $check in
         done
         ;;
     scripts_refuse_what_they_do_not_know)
-        for script in bootstrap demo docs screenshots reliability with-screen; do
+        for script in bootstrap demo bench docs screenshots reliability with-screen; do
             status=0
             "$root/script/$script" --nonsense 2>"$scratch/said" || status=$?
             ((status == 2)) || fail "script/$script --nonsense ends with $status"
