@@ -14,21 +14,61 @@ if(TESSARINE_SANITIZE)
   target_link_options(tessarine_rules INTERFACE -fsanitize=${TESSARINE_SANITIZE})
 endif()
 
-# tessarine_room(NAME [USES ROOM...] [LIBRARIES TARGET...])
+# The levels of the processor for which the rooms of pixel work are built besides the lowest.
+set(TESSARINE_LEVELS "")
+if(CMAKE_SYSTEM_PROCESSOR STREQUAL x86_64 AND TESSARINE_VECTOR_LEVELS AND NOT TESSARINE_SANITIZE)
+  set(TESSARINE_LEVELS x86-64-v3 x86-64-v4)
+endif()
+# Where the programs find these rooms, seen from where programs lie.
+set(TESSARINE_LIBRARY_FOLDER lib/tessarine)
+
+# tessarine_room(NAME [VECTORISED] [USES ROOM...] [LIBRARIES TARGET...])
 # A room is a static library of all sources of its folder, but for the main.cpp of a program. Its
 # headers are included as "NAME/header.h", and only those of the rooms that it uses are on its
 # include path: each room publishes a folder of its own that holds nothing but a link to it.
+#
+# A VECTORISED room is a shared library, built once for any processor and once for each higher
+# level; the system's loader takes the best that the processor can do, out of a folder that it
+# knows by name (glibc-hwcaps). All give the same bytes: nothing in them is contracted or reordered.
 function(tessarine_room name)
-  cmake_parse_arguments(ROOM "" "" "USES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(ROOM "VECTORISED" "" "USES;LIBRARIES" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS *.cpp *.h)
   list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
-  add_library(tessarine_${name} STATIC ${sources})
   set(door ${PROJECT_BINARY_DIR}/doors/${name})
   file(MAKE_DIRECTORY ${door})
   file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${door}/${name} SYMBOLIC)
-  target_include_directories(tessarine_${name} PUBLIC ${door})
-  target_link_libraries(tessarine_${name} PRIVATE tessarine_rules ${ROOM_LIBRARIES})
+  tessarine_room_target(tessarine_${name} "")
+  if(ROOM_VECTORISED)
+    foreach(level IN LISTS TESSARINE_LEVELS)
+      tessarine_room_target(tessarine_${name}_${level} ${level})
+      add_dependencies(tessarine_${name} tessarine_${name}_${level})
+    endforeach()
+  endif()
+endfunction()
+
+# One build of the room that tessarine_room() describes; `level` is empty for the lowest.
+function(tessarine_room_target target level)
+  set(kind STATIC)
+  if(ROOM_VECTORISED)
+    set(kind SHARED)
+  endif()
+  add_library(${target} ${kind} ${sources})
+  target_include_directories(${target} PUBLIC ${door})
+  target_link_libraries(${target} PRIVATE tessarine_rules ${ROOM_LIBRARIES})
   foreach(room IN LISTS ROOM_USES)
-    target_link_libraries(tessarine_${name} PUBLIC tessarine_${room})
+    target_link_libraries(${target} PUBLIC tessarine_${room})
   endforeach()
+  if(NOT ROOM_VECTORISED)
+    return()
+  endif()
+
+  target_compile_options(${target} PRIVATE -O3 -fno-semantic-interposition)
+  set(folder ${TESSARINE_LIBRARY_FOLDER})
+  if(level)
+    target_compile_options(${target} PRIVATE -march=${level})
+    string(APPEND folder /glibc-hwcaps/${level})
+  endif()
+  set_target_properties(${target} PROPERTIES OUTPUT_NAME tessarine_${name}
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${folder} INSTALL_RPATH "\$ORIGIN")
+  install(TARGETS ${target} LIBRARY DESTINATION ${folder})
 endfunction()

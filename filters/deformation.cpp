@@ -323,9 +323,9 @@ PixelBuffer cBitFilter::TILE(int32_t Factor) {
         const auto inTile = static_cast<int32_t>((int64_t{x} - grid.left) % tw);
         return roundToInteger(inTile * double{fx});
     });
-    return filterCells(OnFailure::skip, grid, [&](PixelBuffer& result, const Rect& tiles) {
-        paintRuns(result, tiles, [&](const RowRun& run) {
-            const Pixel* source = bits_.row(roundToInteger((run.y - tiles.top) * double{fy}));
+    return filterCells(OnFailure::skip, grid, [&](const Cell& tiles) {
+        paintRuns(tiles.result, tiles.shown, [&](const RowRun& run) {
+            const Pixel* source = bits_.row(roundToInteger((run.y - tiles.place.top) * double{fy}));
             for (size_t k = 0; k < run.result.size(); ++k)
                 takeColours(run.result[k], source[columns[run.x + static_cast<int32_t>(k)]]);
         });
@@ -358,10 +358,10 @@ PixelBuffer cBitFilter::TileMask(const PixelBuffer& mskBits, int32_t xOffset, in
                         .reportFrom = yOffset,
                         .reportWhole = maxY_ - yOffset,
                         .joined = Tiled};
-    return filterCells(OnFailure::raise, grid, [&](PixelBuffer& result, const Rect& cell) {
-        paintRuns(result, cell, [&](const RowRun& run) {
-            const Pixel* mask = mskBits.row(run.y - cell.top);
-            int32_t a = (run.x - cell.left) % mskBits.width();
+    return filterCells(OnFailure::raise, grid, [&](const Cell& cell) {
+        paintRuns(cell.result, cell.shown, [&](const RowRun& run) {
+            const Pixel* mask = mskBits.row(run.y - cell.place.top);
+            int32_t a = (run.x - cell.place.left) % mskBits.width();
             for (size_t k = 0; k < run.result.size(); ++k) {
                 if (isOpaque(mask[a])) takeColours(run.result[k], blended(run.source[k], mask[a]));
                 if (++a == mskBits.width()) a = 0;

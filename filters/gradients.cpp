@@ -86,12 +86,14 @@ PixelBuffer cBitFilter::GradientCircular(int32_t X1, int32_t Y1, int32_t X2, int
     const Gradient gradient(X2 - X1, Y2 - Y1, Color1, Color2, Pressure, Frequency);
     if (gradient.rad() == 0) return bits_;
     float t = 0;
-    return filterRows(OnFailure::skip, wholeImage(), [&](const RowRun& run) {
+    // More than 32767 pixels away the squares wrap. Where they have no root, the ramp goes on from
+    // the pixel before, and there alone the order of the pixels matters.
+    Walk walk = wholeImage();
+    walk.isInOrder = true;
+    return filterRows(OnFailure::skip, walk, [&](const RowRun& run) {
         const int32_t j = run.y - Y1;
         int32_t i = run.x - X1;
         for (Pixel& pixel : run.result) {
-            // More than 32767 pixels away the squares wrap. Where they have no root, the ramp goes
-            // on from the pixel before, and there alone the order of the pixels matters.
             const int32_t squared = i * i + j * j;
             if (squared >= 0) t = single(std::sqrt(squared) / gradient.rad());
             t = gradient.share(t);

@@ -274,8 +274,10 @@ PixelBuffer cBitFilter::plate(float slope) {
     const int32_t outside = PixelBuffer::margin;
     const Rect whole = {-outside, -outside, maxX_ + 1 + outside, maxY_ + 1 + outside};
     // The column comes last: its pixel in the last row repeats one that the row has repeated.
-    paintRuns(result, {whole.left, maxY_, whole.right, maxY_ + 1}, repeat(result.stride()));
-    paintRuns(result, {maxX_, whole.top, maxX_ + 1, whole.bottom}, repeat(1));
+    if (!result.isDimensioned()) return result;
+    Pixel* block = result.writableBlock();
+    paintRuns(block, {whole.left, maxY_, whole.right, maxY_ + 1}, repeat(result.stride()));
+    paintRuns(block, {maxX_, whole.top, maxX_ + 1, whole.bottom}, repeat(1));
     return result;
 }
 

@@ -187,17 +187,18 @@ PixelBuffer cBitFilter::HALFTONE(int32_t Radius, int32_t Definition, int32_t Int
     const int32_t step = 2 * Radius;
     const int32_t side = clampToInteger(2 * int64_t{Radius} + 1);
     const CellGrid cells = gridOverBox(step, step, side, side);
-    return filterCells(OnFailure::raise, cells, [&](PixelBuffer& result, const Rect& cell) {
+    return filterCells(OnFailure::raise, cells, [&](const Cell& cell) {
         ColourSums colour;
-        visitRuns(cell, [&](std::span<const Pixel> run, int32_t, int32_t) { colour.add(run); });
+        visitRuns(cell.place,
+                  [&](std::span<const Pixel> run, int32_t, int32_t) { colour.add(run); });
         const int32_t n = roundToInteger(colour.count / double{k});
         if (n > 0) {
             for (int32_t* sum : {&colour.blue, &colour.green, &colour.red})
                 *sum = std::min(roundToInteger(static_cast<double>(*sum) / n), 255);
         }
-        paintRuns(result, cell, [&](const RowRun& run) {
-            const int32_t j = run.y - cell.top - Radius;
-            int32_t i = run.x - cell.left - Radius;
+        paintRuns(cell.result, cell.shown, [&](const RowRun& run) {
+            const int32_t j = run.y - cell.place.top - Radius;
+            int32_t i = run.x - cell.place.left - Radius;
             for (Pixel& pixel : run.result) {
                 const int32_t d = i * i + j * j;
                 ++i;
@@ -220,7 +221,9 @@ PixelBuffer cBitFilter::PIXELIZE(int32_t PixSize) {
     const bool hasBlocks = PixSize > 0;
     Mosaic mosaic(bits_, hasBlocks ? PixSize : 1);
     Pixel means;
-    return filterRows(OnFailure::skip, regionBox(0), [&](const RowRun& run) {
+    Walk walk = regionBox(0);
+    walk.isInOrder = true;
+    return filterRows(OnFailure::skip, walk, [&](const RowRun& run) {
         int32_t x = run.x;
         for (Pixel& pixel : run.result) {
             if (hasBlocks && x % PixSize == 0) means = mosaic.meansAt(x, run.y, means);
@@ -259,8 +262,9 @@ PixelBuffer cBitFilter::Scanlines(int32_t Factor) {
     PixelBuffer result = bits_;
     const Rect scan = regionBox(0).scan;
     const int32_t outside = PixelBuffer::margin;
+    Pixel* block = bits_.isDimensioned() ? result.writableBlock() : nullptr;
     for (const int32_t y : steps(scanTop_, scanBottom_, 2, -outside, maxY_ + outside)) {
-        paintRuns(result, {scan.left, y, scan.right, y + 1}, [&](const RowRun& run) {
+        paintRuns(block, {scan.left, y, scan.right, y + 1}, [&](const RowRun& run) {
             for (Pixel& p : run.result)
                 takeColours(p, darken(p));
         });
@@ -278,8 +282,9 @@ PixelBuffer cBitFilter::Grid(int32_t HStep, int32_t VStep, bool ForceMargins, in
     const auto blend = throughLevels(underLine(line.blue, Opacity), underLine(line.green, Opacity),
                                      underLine(line.red, Opacity));
     PixelBuffer result = bits_;
+    Pixel* block = bits_.isDimensioned() ? result.writableBlock() : nullptr;
     const auto draw = [&](const Rect& pixels) {
-        paintRuns(result, pixels, [&](const RowRun& run) {
+        paintRuns(block, pixels, [&](const RowRun& run) {
             // From the source, so that a crossing is blended once.
             for (size_t i = 0; i < run.source.size(); ++i)
                 takeColours(run.result[i], blend(run.source[i]));
@@ -328,10 +333,10 @@ PixelBuffer cBitFilter::Texturize(const PixelBuffer& mskBits) {
     const int32_t mH = mskBits.isDimensioned() ? mskBits.height() - 1 : 0;
     CellGrid tiles = gridOverBox(mW, mH, mW + 1, mH + 1);
     tiles.joined = true;
-    return filterCells(OnFailure::skip, tiles, [&](PixelBuffer& result, const Rect& row) {
-        paintRuns(result, row, [&](const RowRun& run) {
-            const Pixel* texture = mskBits.row(run.y - row.top);
-            int32_t i = (run.x - row.left) % mW;
+    return filterCells(OnFailure::skip, tiles, [&](const Cell& row) {
+        paintRuns(row.result, row.shown, [&](const RowRun& run) {
+            const Pixel* texture = mskBits.row(run.y - row.place.top);
+            int32_t i = (run.x - row.place.left) % mW;
             for (size_t n = 0; n < run.source.size(); ++n) {
                 const double k = single(texture[i].blue / 128.0);
                 const auto scaled = [k](uint8_t v) { return clampToByte(roundToInteger(v * k)); };
@@ -350,7 +355,9 @@ PixelBuffer cBitFilter::StuckiBW(int32_t PalWeight) {
     const std::array<Shares, 511> shares = makeShares();
     const int32_t threshold = reportedMean();
     PendingErrors errors(maxX_, maxY_);
-    return filterRows(OnFailure::skip, regionBox(0), [&](const RowRun& run) {
+    Walk walk = regionBox(0);
+    walk.isInOrder = true;
+    return filterRows(OnFailure::skip, walk, [&](const RowRun& run) {
         errors.moveTo(run.y);
         int32_t x = run.x;
         for (Pixel& p : run.result) {

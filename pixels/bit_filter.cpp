@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 #include "pixels/frame.h"
 #include "pixels/numbers.h"
@@ -141,6 +142,17 @@ CellGrid cBitFilter::gridOverBox(int32_t stepX, int32_t stepY, int32_t width, in
             .width = width,
             .height = height,
             .reportWhole = maxY_};
+}
+
+int32_t cBitFilter::bandHeight() const {
+    return static_cast<int32_t>(std::max<int64_t>(1, bandPixels() / bits_.stride()));
+}
+
+int32_t cBitFilter::rowsAtOnce(int32_t band) const {
+    constexpr int64_t listenersPixels = int64_t{1} << 20;
+    if (filterThreads() == 1) return band;
+    if (!Progress) return std::numeric_limits<int32_t>::max();
+    return static_cast<int32_t>(std::max<int64_t>(band, listenersPixels / bits_.stride()));
 }
 
 std::vector<int32_t> cBitFilter::steps(int32_t from, int32_t to, int32_t step, int64_t lowest,

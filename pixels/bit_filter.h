@@ -318,6 +318,7 @@ class cBitFilter {
     struct Walk {
         Rect scan;
         int32_t reportShift = 0;  ///< added to a row's number for its report
+        bool isInOrder = false;   ///< each row after the one above it, on the caller's thread
     };
     /// The box of the region, less `margin` pixels on all sides.
     Walk regionBox(int32_t margin);
@@ -358,13 +359,14 @@ class cBitFilter {
     PixelBuffer filterSquare(OnFailure mode, Point centre, int32_t radius, Change change);
     /// Cells of width by height pixels all over the region's box, from its corner on.
     CellGrid gridOverBox(int32_t stepX, int32_t stepY, int32_t width, int32_t height);
-    /// `paintCell(result, cell)` for each cell, or each row of joined cells, of a grid that may
-    /// reach into the buffer, row by row; reports after each row of such cells.
+    /// `paintCell(cell)` for each Cell, or each row of joined cells, of a grid that may reach into
+    /// the buffer, row by row; reports after each row of such cells. A cell paints all that it
+    /// shares with those before it, or nothing of it.
     /// \throws StatementFailed for a step of 0 that would never end
     template <class PaintCell>
     PixelBuffer filterCells(OnFailure mode, const CellGrid& grid, PaintCell paintCell);
-    /// Adds `ofRow(row)` over the rows of the whole image, without the region, to `start`;
-    /// `afterRow(y)` follows each row.
+    /// Adds `ofRow(row)` over the rows of the whole image, without the region, to `start`, in
+    /// whatever order; `afterRow(y)` follows each row, in order.
     template <class Sum, class OfRow, class AfterRow>
     Sum sumRows(Sum start, OfRow ofRow, AfterRow afterRow) const;
     template <class Sum, class OfRow>
@@ -394,9 +396,22 @@ class cBitFilter {
     /// `visit(source, x, y)` for the region's pixels inside `rect`, in runs of one row.
     template <class Visit>
     void visitRuns(const Rect& rect, Visit visit) const;
-    /// `change(run)` for the same pixels; `result` is a copy of the image.
+    /// `change(run)` for the same pixels; `result` is the block of a buffer like the image.
     template <class Change>
-    void paintRuns(PixelBuffer& result, const Rect& rect, Change change) const;
+    void paintRuns(Pixel* result, const Rect& rect, Change change) const;
+    /// `work(y)` for rows from `top` up to but without `bottom`, divided among threads, and
+    /// `afterRow(y)` for each in order on the caller's thread. Where a row fails, those before it
+    /// are done and reported, and its exception goes on.
+    template <class Work, class AfterRow>
+    void forRows(int32_t top, int32_t bottom, Work work, AfterRow afterRow) const;
+    /// `work(block, y)` for the rows of a walk; the block holds the image in row y and nothing yet
+    /// below it. The result is whole at the end.
+    template <class Work>
+    PixelBuffer rowByRow(OnFailure mode, const Walk& walk, Work work);
+    /// Rows that one thread works on at a time: short enough to stay in its cache.
+    int32_t bandHeight() const;
+    /// Rows that are worked on between reports: few where somebody listens.
+    int32_t rowsAtOnce(int32_t band) const;
     /// The values from, from + step, ... up to `to` that lie in lowest to highest. A negative step
     /// counts down to `to`.
     /// \throws StatementFailed for a step of 0 that would never end

@@ -1,15 +1,21 @@
 #pragma once
 
 #include <algorithm>
+#include <exception>
+#include <limits>
+#include <mutex>
 #include <span>
 #include <utility>
 #include <vector>
 
 #include "pixels/bit_filter.h"
 #include "pixels/numbers.h"
+#include "pixels/threads.h"
 
 // The frame that filters share: the copy of the source, the scan rectangle, the region as spans
-// of a row, the order of rows and the reports. A filter brings a lambda and nothing else.
+// of a row, the threads among which rows are divided, and the reports. A filter brings a lambda and
+// nothing else; the lambda is called from several threads at once and changes nothing but the
+// pixels that it is given.
 
 namespace tessarine {
 
@@ -90,6 +96,13 @@ struct CellGrid {
     bool joined = false;      ///< the cells of a row are painted at once, as one rectangle
 };
 
+/// One cell, or one row of joined cells.
+struct Cell {
+    Rect place;
+    Rect shown;     ///< the part of it that the next row of cells leaves
+    Pixel* result;  ///< what paintRuns() paints on
+};
+
 template <class Visit>
 void cBitFilter::visitRuns(const Rect& rect, Visit visit) const {
     const RegionHandle region = regionHandle_.lock();
@@ -110,22 +123,97 @@ void cBitFilter::visitRuns(const Rect& rect, Visit visit) const {
 }
 
 template <class Change>
-void cBitFilter::paintRuns(PixelBuffer& result, const Rect& rect, Change change) const {
-    Pixel* block = result.writableBlock();
+void cBitFilter::paintRuns(Pixel* result, const Rect& rect, Change change) const {
     visitRuns(rect, [&](std::span<const Pixel> source, int32_t x, int32_t y) {
-        change(RowRun{source, {block + result.offsetOfRow(y) + x, source.size()}, x, y});
+        change(RowRun{source, {result + bits_.offsetOfRow(y) + x, source.size()}, x, y});
     });
+}
+
+/// The first of the rows that failed, in their order.
+class FirstFailure {
+  public:
+    /// Whether a row comes behind one that failed.
+    bool isPast(int32_t y) {
+        const std::lock_guard lock(guard_);
+        return y > row_;
+    }
+    /// Notes the exception at hand.
+    void note(int32_t y) {
+        const std::lock_guard lock(guard_);
+        if (y >= row_) return;
+        row_ = y;
+        what_ = std::current_exception();
+    }
+    void throwAt(int32_t y) const {
+        if (y == row_) std::rethrow_exception(what_);
+    }
+
+  private:
+    std::mutex guard_;
+    int32_t row_ = std::numeric_limits<int32_t>::max();
+    std::exception_ptr what_;
+};
+
+template <class Work, class AfterRow>
+void cBitFilter::forRows(int32_t top, int32_t bottom, Work work, AfterRow afterRow) const {
+    const int32_t band = bandHeight();
+    const int32_t atOnce = rowsAtOnce(band);
+    for (int32_t from = top; from < bottom;) {
+        const int32_t to = bottom - from > atOnce ? from + atOnce : bottom;
+        FirstFailure failure;
+        inParallel((to - from - 1) / band + 1, [&](int32_t number) {
+            int32_t y = from + number * band;
+            const int32_t end = to - y > band ? y + band : to;
+            if (failure.isPast(y)) return;
+            try {
+                for (; y < end; ++y)
+                    work(y);
+            } catch (...) {
+                failure.note(y);
+            }
+        });
+        for (; from < to; ++from) {
+            failure.throwAt(from);
+            afterRow(from);
+        }
+    }
+}
+
+template <class Work>
+PixelBuffer cBitFilter::rowByRow(OnFailure mode, const Walk& walk, Work work) {
+    if (walk.scan.top >= walk.scan.bottom) {
+        raiseProgress(100);
+        return bits_;
+    }
+    PixelBuffer result(bits_.width(), bits_.height(), PixelBuffer::Start::unset);
+    Pixel* block = result.writableBlock();
+    // A row is copied when it is worked on: so it is fetched once.
+    const auto copy = [&](int32_t y) {
+        const ptrdiff_t start = bits_.offsetOfRow(y) - PixelBuffer::margin;
+        std::copy_n(bits_.block() + start, bits_.stride(), block + start);
+    };
+    const auto nothing = [](int32_t) {};
+    forRows(-PixelBuffer::margin, walk.scan.top, copy, nothing);
+    forRows(walk.scan.bottom, bits_.height() + PixelBuffer::margin, copy, nothing);
+    const auto workOn = [&](int32_t y) {
+        copy(y);
+        work(block, y);
+    };
+    const auto report = [&](int32_t y) { reportRow(y + walk.reportShift, mode); };
+    if (walk.isInOrder)
+        for (int32_t y = walk.scan.top; y < walk.scan.bottom; ++y)
+            workOn(y), report(y);
+    else
+        forRows(walk.scan.top, walk.scan.bottom, workOn, report);
+    raiseProgress(100);
+    return result;
 }
 
 template <class Change>
 PixelBuffer cBitFilter::filterRows(OnFailure mode, const Walk& walk, Change change) {
-    PixelBuffer result = bits_;
-    for (int32_t y = walk.scan.top; y < walk.scan.bottom; ++y) {
-        paintRuns(result, {walk.scan.left, y, walk.scan.right, y + 1}, change);
-        reportRow(y + walk.reportShift, mode);
-    }
-    raiseProgress(100);
-    return result;
+    return rowByRow(mode, walk, [&](Pixel* block, int32_t y) {
+        paintRuns(block, {walk.scan.left, y, walk.scan.right, y + 1}, change);
+    });
 }
 
 template <class Change>
@@ -193,20 +281,15 @@ PixelBuffer cBitFilter::filterChannels(OnFailure mode, const Walk& walk, const S
 
 template <class RowOf>
 PixelBuffer cBitFilter::filterPositions(OnFailure mode, RowOf rowOf) {
-    PixelBuffer result = bits_;
-    const Rect scan = regionBox(0).scan;
-    Pixel* block = scan.isEmpty() ? nullptr : result.writableBlock();
-    for (int32_t y = scan.top; y < scan.bottom; ++y) {
-        if (scan.left < scan.right) {
-            auto change = rowOf(scan.left, y);
-            Pixel* row = block + result.offsetOfRow(y);
-            for (int32_t x = scan.left; x < scan.right; ++x)
-                change(x, row[x]);
-        }
-        reportRow(y, mode);
-    }
-    raiseProgress(100);
-    return result;
+    const Walk walk = regionBox(0);
+    const Rect& scan = walk.scan;
+    return rowByRow(mode, walk, [&](Pixel* block, int32_t y) {
+        if (scan.left >= scan.right) return;
+        auto change = rowOf(scan.left, y);
+        Pixel* row = block + bits_.offsetOfRow(y);
+        for (int32_t x = scan.left; x < scan.right; ++x)
+            change(x, row[x]);
+    });
 }
 
 template <class RowOf>
@@ -226,7 +309,6 @@ PixelBuffer cBitFilter::filterSources(Uncovered uncovered, RowOf rowOf) {
 
 template <class Change>
 PixelBuffer cBitFilter::filterSquare(OnFailure mode, Point centre, int32_t radius, Change change) {
-    PixelBuffer result = bits_;
     const int64_t reach = radius;
     const int32_t left = clampToInteger(centre.x - reach);
     const int32_t right = clampToInteger(centre.x + reach + 1);
@@ -240,11 +322,16 @@ PixelBuffer cBitFilter::filterSquare(OnFailure mode, Point centre, int32_t radiu
         top = std::clamp(top, above, below);
         bottom = std::clamp(bottom, above, below);
     }
-    for (int64_t y = top; y <= bottom; ++y) {
-        paintRuns(result, {left, clampToInteger(y), right, clampToInteger(y + 1)}, change);
-        const int64_t done = std::clamp<int64_t>(y - centre.y + reach, 0, 2 * reach);
+    PixelBuffer result = bits_;
+    Pixel* block = bits_.isDimensioned() ? result.writableBlock() : nullptr;
+    const auto paint = [&](int32_t number) {
+        const int64_t y = top + number;
+        paintRuns(block, {left, clampToInteger(y), right, clampToInteger(y + 1)}, change);
+    };
+    forRows(0, static_cast<int32_t>(bottom - top + 1), paint, [&](int32_t number) {
+        const int64_t done = std::clamp<int64_t>(top + number - centre.y + reach, 0, 2 * reach);
         report(static_cast<int32_t>(done), 2 * radius, mode);
-    }
+    });
     raiseProgress(100);
     return result;
 }
@@ -261,18 +348,34 @@ PixelBuffer cBitFilter::filterCells(OnFailure mode, const CellGrid& grid, PaintC
     if (hasRows)
         columns =
             steps(grid.left, grid.right, grid.stepX, 1 - outside - grid.width, maxX_ + outside);
-    const auto paint = [&](int32_t left, int32_t last, int32_t y) {
-        paintCell(result, Rect{left, y, clampToInteger(int64_t{last} + grid.width),
-                               clampToInteger(int64_t{y} + grid.height)});
-    };
-    for (const int32_t y : rows) {
+    Pixel* block = bits_.isDimensioned() ? result.writableBlock() : nullptr;
+    const auto paintRow = [&](int32_t number) {
+        const int32_t y = rows[static_cast<size_t>(number)];
+        const int32_t bottom = clampToInteger(int64_t{y} + grid.height);
+        // The next row of cells leaves nothing of what it shares with this one.
+        const bool isLast = static_cast<size_t>(number) + 1 == rows.size();
+        const int32_t shown = isLast || grid.stepY < 0
+                                  ? bottom
+                                  : std::min(bottom, rows[static_cast<size_t>(number) + 1]);
+        const auto paint = [&](int32_t left, int32_t last) {
+            const int32_t right = clampToInteger(int64_t{last} + grid.width);
+            paintCell(Cell{{left, y, right, bottom}, {left, y, right, shown}, block});
+        };
         if (grid.joined && !columns.empty())
-            paint(columns.front(), columns.back(), y);
+            paint(columns.front(), columns.back());
         else
             for (const int32_t x : columns)
-                paint(x, x, y);
-        report(y - grid.reportFrom, grid.reportWhole, mode);
-    }
+                paint(x, x);
+    };
+    const auto reportCells = [&](int32_t number) {
+        report(rows[static_cast<size_t>(number)] - grid.reportFrom, grid.reportWhole, mode);
+    };
+    const auto count = static_cast<int32_t>(rows.size());
+    if (grid.stepY < 0)
+        for (int32_t number = 0; number < count; ++number)
+            paintRow(number), reportCells(number);
+    else
+        forRows(0, count, paintRow, reportCells);
     raiseProgress(100);
     return result;
 }
@@ -280,10 +383,14 @@ PixelBuffer cBitFilter::filterCells(OnFailure mode, const CellGrid& grid, PaintC
 template <class Sum, class OfRow, class AfterRow>
 Sum cBitFilter::sumRows(Sum start, OfRow ofRow, AfterRow afterRow) const {
     if (!bits_.isDimensioned()) return start;
-    for (int32_t y = 0; y <= maxY_; ++y) {
-        start += ofRow(std::span<const Pixel>(bits_.row(y), static_cast<size_t>(bits_.width())));
-        afterRow(y);
-    }
+    std::mutex guard;
+    const auto add = [&](int32_t y) {
+        const Sum sum =
+            ofRow(std::span<const Pixel>(bits_.row(y), static_cast<size_t>(bits_.width())));
+        const std::lock_guard lock(guard);
+        start += sum;
+    };
+    forRows(0, maxY_ + 1, add, afterRow);
     return start;
 }
 

@@ -109,7 +109,9 @@ float wholeScale(int32_t from, int32_t to) {
 }  // namespace
 
 void cBitFilter::BitsBlack() {
-    paintRuns(bits_, regionBox(0).scan,
+    const Rect scan = regionBox(0).scan;
+    if (!bits_.isDimensioned()) return;
+    paintRuns(bits_.writableBlock(), scan,
               [](const RowRun& run) { std::fill(run.result.begin(), run.result.end(), Pixel{}); });
 }
 
