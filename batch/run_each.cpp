@@ -176,6 +176,12 @@ class cBatch::EachRun {
     }
 
   private:
+    /// What a picture in flight has of its own.
+    struct Workshop {
+        std::unique_ptr<PictureFiles> files;
+        std::unique_ptr<cBatch> program;  ///< reads and writes through them
+    };
+
     void begin(int32_t number, const std::string& destination) {
         Alone picture;
         PictureReport& entry = picture.entry;
@@ -195,22 +201,26 @@ class cBatch::EachRun {
             return tell(entry);
         }
 
-        std::shared_ptr<cBatch> workshop;
+        auto workshop = std::make_shared<Workshop>();
         try {
-            workshop = owner_.workshopFor(number, platform_, owner_.files_);
+            if (!isAlone_) workshop->files = owner_.files_.onePicture();
+            workshop->program =
+                owner_.workshopFor(number, platform_, isAlone_ ? owner_.files_ : *workshop->files);
         } catch (const std::bad_alloc&) {
             return tell(shortOfMemory(entry));
         } catch (const MemoryFailed&) {
             return tell(shortOfMemory(entry));
         }
         if (isAlone_)
-            workshop->cFilter.Progress = owner_.cFilter.Progress;
+            workshop->program->cFilter.Progress = owner_.cFilter.Progress;
         else if (owner_.cFilter.Progress)
-            workshop->cFilter.Progress = [this](int32_t& percent) { mailbox_.put(percent); };
+            workshop->program->cFilter.Progress = [this](int32_t& percent) {
+                mailbox_.put(percent);
+            };
         ++underWay_;
         threads_.start(
             [this, workshop = std::move(workshop), picture = std::move(picture)]() mutable {
-                PictureReport done = process(*workshop, picture);
+                PictureReport done = process(*workshop->program, picture);
                 workshop.reset();
                 mailbox_.put(std::move(done));
             });

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -57,6 +58,11 @@ class PictureFiles {
 
     /// So many pictures are about to be read and written side by side, each on a thread of its own.
     virtual void prepareFor(size_t pictures) { static_cast<void>(pictures); }
+
+    /// The same reading and writing for one of several pictures in flight, on a thread of its own.
+    /// Reading may wait until the picture has room in memory beside the others; it keeps that room
+    /// as long as the object lasts, which is not to outlive this one.
+    virtual std::unique_ptr<PictureFiles> onePicture();
 
     /// Reads a picture file by the route that its extension (in any case) names, and by nothing
     /// else. Nothing is thrown.

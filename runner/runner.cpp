@@ -3,7 +3,6 @@
 #include <chrono>
 #include <filesystem>
 #include <string>
-#include <thread>
 #include <unistd.h>
 
 #include <fmt/format.h>
@@ -13,6 +12,7 @@
 #include "imagefiles/codec/helper_process.h"
 #include "imagefiles/disk.h"
 #include "imagefiles/leftovers.h"
+#include "pixels/machine.h"
 #include "runner/command_line.h"
 #include "runner/listings.h"
 #include "runner/messages.h"
@@ -85,8 +85,7 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
         if (interrupted()) batch.stopRequested = true;
     };
 
-    batch.jobs =
-        line.jobs > 0 ? line.jobs : static_cast<int32_t>(std::thread::hardware_concurrency()) + 1;
+    batch.jobs = line.jobs > 0 ? line.jobs : availableCores() + 1;
     const auto start = std::chrono::steady_clock::now();
     if (line.windowMode) {
         batch.CmdBatchAll();

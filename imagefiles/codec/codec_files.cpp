@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <limits>
 #include <random>
 #include <utility>
 
@@ -11,6 +12,7 @@
 #include "imagefiles/codec/requests.h"
 #include "imagefiles/picture_source.h"
 #include "pixels/failures.h"
+#include "pixels/machine.h"
 
 namespace tessarine {
 
@@ -50,8 +52,27 @@ OpenedPicture openPicture(const std::string& path, const std::string& extension)
 
 }  // namespace
 
+/// One picture of several in flight.
+class CodecFiles::OnePicture : public PictureFiles {
+  public:
+    explicit OnePicture(CodecFiles& files) : files_(files), place_(files.admission_) {}
+
+    ReadOutcome read(const std::string& path, const std::string& extension) override {
+        return files_.read(path, extension, &place_, {});
+    }
+    WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
+                       OutputFile& file) override {
+        return files_.write(picture, extension, formatIndex, file, {});
+    }
+
+  private:
+    CodecFiles& files_;
+    Admission::Place place_;
+};
+
 CodecFiles::CodecFiles(Options options)
     : options_(std::move(options)),
+      admission_(options_.budget.value_or(std::numeric_limits<uint64_t>::max())),
       starter_(options_.start
                    ? options_.start
                    : [program = options_.program](HelperKind kind) -> std::unique_ptr<Helper> {
@@ -72,11 +93,16 @@ std::shared_ptr<Pixel> CodecFiles::SharedMemory::take(size_t pixels) {
 }
 
 void CodecFiles::prepareFor(size_t pictures) {
+    admission_.setBudget(options_.budget ? *options_.budget : availableMemory() / 2);
     const std::lock_guard lock(guard_);
     mostIdle_ = std::max<size_t>(pictures, 1);
     constexpr auto files = static_cast<size_t>(HelperKind::files);
     while (idle_[files].size() + coming_.size() < mostIdle_)
         coming_.push_back(starter_.start(HelperKind::files));
+}
+
+std::unique_ptr<PictureFiles> CodecFiles::onePicture() {
+    return std::make_unique<OnePicture>(*this);
 }
 
 std::unique_ptr<HelperLink> CodecFiles::takeKept(HelperKind kind) {
@@ -94,18 +120,17 @@ std::unique_ptr<HelperLink> CodecFiles::takeKept(HelperKind kind) {
         coming_.erase(coming_.begin());
     }
     std::unique_ptr<HelperLink> link;
-    attempt([&] { link = std::make_unique<HelperLink>(coming.get(), options_.onWaiting); });
+    attempt([&] { link = std::make_unique<HelperLink>(coming.get()); });
     return link;
 }
 
-std::unique_ptr<HelperLink> CodecFiles::acquire(HelperKind kind) {
+std::unique_ptr<HelperLink> CodecFiles::acquire(HelperKind kind, const Waiting& waiting) {
     std::unique_ptr<HelperLink> link = takeKept(kind);
     // One that made room for a fresh one meanwhile, or talks unasked, is let go.
     while (link != nullptr && link->isReady() && !link->isQuiet())
         link = takeKept(kind);
-    if (link == nullptr)
-        link = std::make_unique<HelperLink>(starter_.start(kind).get(), options_.onWaiting);
-    if (!link->isReady()) notice(link->awaitReady());
+    if (link == nullptr) link = std::make_unique<HelperLink>(starter_.start(kind).get());
+    if (!link->isReady()) notice(link->awaitReady(waiting));
     return link;
 }
 
@@ -126,15 +151,16 @@ void CodecFiles::notice(const std::string& refused) {
                       refused);
 }
 
-CodecFiles::Failure CodecFiles::ask(HelperKind kind, HelperRequest& request) {
+CodecFiles::Failure CodecFiles::ask(HelperKind kind, HelperRequest& request,
+                                    const Waiting& waiting) {
     for (int successors = 0;; ++successors) {
         std::unique_ptr<HelperLink> link;
         try {
-            link = acquire(kind);
+            link = acquire(kind, waiting);
         } catch (const StatementFailed& failure) {
             return {FileError::codecDied, failure.what()};
         }
-        const HelperLink::Outcome outcome = link->ask(request, options_.number());
+        const HelperLink::Outcome outcome = link->ask(request, options_.number(), waiting);
         switch (outcome.end) {
             case HelperLink::End::answered:
                 release(kind, std::move(link));
@@ -145,18 +171,29 @@ CodecFiles::Failure CodecFiles::ask(HelperKind kind, HelperRequest& request) {
             case HelperLink::End::timedOut:
                 return {FileError::timedOut, outcome.message};
             case HelperLink::End::died:
+            case HelperLink::End::off:
                 return {FileError::codecDied, outcome.message};
         }
     }
 }
 
 ReadOutcome CodecFiles::read(const std::string& path, const std::string& extension) {
+    return read(path, extension, nullptr, {options_.onWaiting, {}});
+}
+
+ReadOutcome CodecFiles::read(const std::string& path, const std::string& extension,
+                             Admission::Place* place, const Waiting& waiting) {
     ReadOutcome outcome;
     try {
         OpenedPicture opened = openPicture(path, extension);
+        ReadingRequest::Admit admit;
+        if (place != nullptr)
+            admit = [&](uint64_t pixels) {
+                return place->admit(Admission::bytesFor(pixels), waiting.isOff);
+            };
         ReadingRequest request(pool_, options_.wishes, std::move(opened.files), opened.companions,
-                               extension);
-        Failure failure = ask(kindFor(extension), request);
+                               extension, admit);
+        Failure failure = ask(kindFor(extension), request, waiting);
         if (failure.error == FileError::none) return request.takeOutcome();
         outcome.error = failure.error;
         outcome.message = std::move(failure.message);
@@ -172,13 +209,18 @@ ReadOutcome CodecFiles::read(const std::string& path, const std::string& extensi
 
 WriteOutcome CodecFiles::write(const Bitmap& picture, const std::string& extension,
                                int16_t formatIndex, OutputFile& file) {
+    return write(picture, extension, formatIndex, file, {options_.onWaiting, {}});
+}
+
+WriteOutcome CodecFiles::write(const Bitmap& picture, const std::string& extension,
+                               int16_t formatIndex, OutputFile& file, const Waiting& waiting) {
     if (!picture.isValid() || !file.isOpen())
         return {FileError::cannotWrite,
                 file.failure().empty() ? "there is no picture to write" : file.failure()};
     try {
         WritingRequest request(pool_, options_.wishes, picture.pixels(), extension, formatIndex,
                                file.descriptor());
-        Failure failure = ask(HelperKind::files, request);
+        Failure failure = ask(HelperKind::files, request, waiting);
         if (failure.error != FileError::none) return {failure.error, std::move(failure.message)};
         WriteOutcome outcome = request.takeOutcome();
         const size_t name = outcome.message.find(nameOfOutput);

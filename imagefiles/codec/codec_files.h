@@ -4,9 +4,11 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "imagefiles/codec/admission.h"
 #include "imagefiles/codec/blocks.h"
 #include "imagefiles/codec/helper.h"
 #include "imagefiles/codec/helper_starter.h"
@@ -18,6 +20,7 @@ namespace tessarine {
 
 class HelperLink;
 class HelperRequest;
+struct Waiting;
 
 /// Reads and writes picture files through helper processes. A file that takes a helper down, hangs
 /// it or turns it against us costs that picture and no other: the helper is replaced.
@@ -47,6 +50,9 @@ class CodecFiles : public PictureFiles {
         /// Helpers of each kind that are kept when nothing is to be done, until prepareFor() tells
         /// another number.
         size_t mostIdle = 1;
+        /// Bytes that pictures in flight may take together, one alone more than that; left out,
+        /// half of what is available when prepareFor() is called.
+        std::optional<uint64_t> budget;
     };
 
     /// Does not wait for the first helper. Where none can be started each picture tells so.
@@ -58,6 +64,8 @@ class CodecFiles : public PictureFiles {
     /// Starts what is missing of so many helpers, without waiting for them, and keeps so many from
     /// now on.
     void prepareFor(size_t pictures) override;
+    /// Calls nobody while it waits.
+    std::unique_ptr<PictureFiles> onePicture() override;
     ReadOutcome read(const std::string& path, const std::string& extension) override;
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
                        OutputFile& file) override;
@@ -81,16 +89,23 @@ class CodecFiles : public PictureFiles {
         std::string message;
     };
 
+    class OnePicture;
+
+    ReadOutcome read(const std::string& path, const std::string& extension, Admission::Place* place,
+                     const Waiting& waiting);
+    WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
+                       OutputFile& file, const Waiting& waiting);
     /// A helper that is kept, or was started for later; nullptr where there is none.
     std::unique_ptr<HelperLink> takeKept(HelperKind kind);
-    std::unique_ptr<HelperLink> acquire(HelperKind kind);
+    std::unique_ptr<HelperLink> acquire(HelperKind kind, const Waiting& waiting);
     void release(HelperKind kind, std::unique_ptr<HelperLink> link);
     void notice(const std::string& refused);
-    Failure ask(HelperKind kind, HelperRequest& request);
+    Failure ask(HelperKind kind, HelperRequest& request, const Waiting& waiting);
 
     Options options_;
     BlockPool pool_;
     SharedMemory memory_{pool_};
+    Admission admission_;
     HelperStarter starter_;
     std::mutex guard_;
     size_t mostIdle_;
