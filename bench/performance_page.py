@@ -31,6 +31,13 @@ def machine():
     return f"{cores} {'core' if cores == 1 else 'cores'}, {width}, {memory:.0f} GiB of memory"
 
 
+def busy(load):
+    if load < 0.5:
+        return ""
+    return (f" Other work kept the machine busy (a load of {load:.0f} at the start): processor "
+            f"seconds and ratios tell more than seconds on the wall.")
+
+
 def table(heads, rows, left=1):
     """A Markdown table; the first columns are texts, the others numbers."""
     rule = ["---"] * left + ["---:"] * (len(heads) - left)
@@ -55,6 +62,12 @@ def run_tables(runs):
         sizes = ", ".join(f"{tool} {runs['png'][tool]['megabytes']:.0f}" for tool in tools)
         text += f"\nThe PNG files of one run take, in MB: {sizes}.\n"
     return text
+
+
+def same_outputs(runs):
+    same = [JOBS[job] for job in runs if runs[job]["floor"]["same_bytes"]]
+    return (f"Its outputs are the runner's byte for byte, but for the density in their headers: "
+            f"{'; '.join(same)}." if same else "Its outputs are not the runner's, byte for byte.")
 
 
 def growth_table(growth):
@@ -98,15 +111,15 @@ def page(functions, opencv, runs):
 
 How long Tessarine takes, beside what the machine allows and beside other programs. `script/bench` measures all of it in one go and writes this page; figures without a neighbour from the same run mean little, so every table has one.
 
-Measured on {machine()}; pixel work built for {functions['level']}.
+Measured on {machine()}; pixel work built for {functions['level']}.{busy(runs['load'])}
 
 ## Whole runs
 
-40 JPEGs of 2048 by 1536 pixels (soft shapes under grain, quality 75, 4:2:0) on all cores. Medians of {runs['end_to_end']['convert']['floor']['runs']} rounds, {runs['end_to_end']['png']['floor']['runs']} for PNG, in which each program has its turn; after each run every output is seen to be there in its size.
+40 JPEGs of 2048 by 1536 pixels (soft shapes under grain, quality 75, 4:2:0) on all cores. Medians of {runs['end_to_end']['convert']['floor']['runs']} rounds, {runs['end_to_end']['png']['floor']['runs']} for PNG, in which each program has its turn; after each run each output is seen to be there in its size.
 
 {run_tables(runs['end_to_end'])}
 - **convert** decodes and encodes at quality 75; **three functions** are brightness 20, contrast 20 and sharpen 50; **resize** goes on to 1200 pixels wide; all in the order told.
-- **floor** (`bench/floor/`) does these jobs and no other: TurboJPEG and libpng, a thread a core, kept buffers, arithmetic that is made for this very machine. Nothing is caged, checked or told. Its JPEGs of the first two jobs are the runner's, byte for byte.
+- **floor** (`bench/floor/`) does these jobs and no other: TurboJPEG and libpng, a thread a core, kept buffers, arithmetic that is made for this very machine. Nothing is caged, checked or told. {same_outputs(runs['end_to_end'])}
 - **libvips** is called as a library (`bench/peers/vips_job.py`), a process a core; its tools would do one operation a process, with a file between any two.
 - **GraphicsMagick** and **ImageMagick** run as `mogrify`, a process a core and a thread a process, which is their fastest way over many files. They compute with 16 bits a channel.
 - The others' contrast spreads around a fixed middle, which spares them the pass that finds the picture's own, and clips; their resize also weighs in pixels between. Each writes PNG at its own settings.

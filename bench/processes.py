@@ -6,6 +6,7 @@ with the programs of its build.
 """
 
 import argparse
+import hashlib
 import json
 import os
 import pathlib
@@ -143,6 +144,15 @@ def check(out, count, size, tool):
     return sum(path.stat().st_size for path in files) / 1e6
 
 
+def digest(out):
+    """Of all outputs, but for the headers of JPEGs, which may tell different densities."""
+    density_ends = 20
+    total = hashlib.sha256()
+    for path in sorted(out.iterdir()):
+        total.update(path.name.encode() + path.read_bytes()[density_ends:])
+    return total.hexdigest()
+
+
 def emptied(folder):
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir(parents=True)
@@ -173,18 +183,21 @@ def measure_end_to_end(programs, work, runs, jobs, tools):
         rounds = (runs + 1) // 2 if job == "png" else runs
         taken = {tool: [] for tool in tools}
         megabytes = {}
+        digests = {}
         # One round before those that count; in each round every tool has its turn.
         for number in range(0 if job == "png" else -1, rounds):
             for tool in tools:
                 out = emptied(work / "out")
                 figures = run(TOOLS[tool](programs, job, pictures, out), folder, tool)
                 megabytes[tool] = check(out, len(pictures), size, tool)
+                digests[tool] = digest(out)
                 if number >= 0:
                     taken[tool].append(figures)
         results[job] = {
             tool: {"wall": median_of(taken[tool], "wall"),
                    "processor": median_of(taken[tool], "processor"),
                    "megabytes": megabytes[tool], "runs": rounds,
+                   "same_bytes": digests[tool] == digests.get("tessarine-batch"),
                    # Round by round, so that what else the machine did falls on both.
                    "times_ours": statistics.median(
                        theirs["wall"] / ours["wall"] for theirs, ours in
@@ -304,8 +317,9 @@ def main():
 
     programs = Programs(options.build.resolve())
     work = (options.work or options.build / "bench-pictures").resolve()
-    results = {"end_to_end": measure_end_to_end(programs, work, options.runs, options.jobs,
-                                                options.tools)}
+    load = os.getloadavg()[0]
+    results = {"load": load, "end_to_end": measure_end_to_end(programs, work, options.runs, options.jobs,
+                                                              options.tools)}
     if not options.no_growth:
         results["growth"] = measure_growth(programs, work, options.runs)
     if options.large:
