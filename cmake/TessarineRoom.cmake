@@ -62,7 +62,9 @@ function(tessarine_room_target target level)
     return()
   endif()
 
-  target_compile_options(${target} PRIVATE -O3 -fno-semantic-interposition)
+  # Nobody traps what the processor can report of floats: so a choice between two may be worked out
+  # as both of them, as vector code has to.
+  target_compile_options(${target} PRIVATE -O3 -fno-semantic-interposition -fno-trapping-math)
   set(folder ${TESSARINE_LIBRARY_FOLDER})
   if(level)
     target_compile_options(${target} PRIVATE -march=${level})

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "pixels/pixel_buffer.h"
+#include "pixels/point_loops.h"
 
 // Colour arguments: red + 256 * green + 65536 * blue.
 
@@ -15,8 +16,8 @@ inline Pixel colourOf(int32_t value) {
             static_cast<uint8_t>(bits), 0};
 }
 
-/// The squared distance of two colours, 0 to 195075.
-inline int32_t squaredDistance(const Pixel& a, const Pixel& b) {
+/// The squared distance of two colours of levels, 0 to 195075.
+inline int32_t squaredDistance(const Colour& a, const Colour& b) {
     const int32_t blue = a.blue - b.blue;
     const int32_t green = a.green - b.green;
     const int32_t red = a.red - b.red;

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "filters/colour.h"
-#include "filters/lookup.h"
 #include "pixels/bit_filter.h"
 #include "pixels/frame.h"
 #include "pixels/numbers.h"
@@ -371,16 +370,15 @@ PixelBuffer cBitFilter::TileMask(const PixelBuffer& mskBits, int32_t xOffset, in
 }
 
 PixelBuffer cBitFilter::Shift(int32_t ColorFrom, int32_t Inc, int32_t Tolerance) {
-    const Pixel from = colourOf(ColorFrom);
+    const Colour from = channelsOf(colourOf(ColorFrom));
     const double reach = (Tolerance * 127.5) / 100;
     const int32_t tol = roundToInteger(reach * reach + 1);
-    const auto moved = makeLevels([=](int32_t i) { return clampToByte(i + Inc); });
-    return filterPixels(OnFailure::skip, [=](const Pixel& p) {
-        const int32_t d = squaredDistance(p, from);
-        if (d >= tol) return p;
-        const double w = single(1 - static_cast<double>(d) / tol);
-        const auto faded = [&](uint8_t v) { return toByte(v + (moved[v] - v) * w); };
-        return Pixel{faded(p.blue), faded(p.green), faded(p.red), 0};
+    return filterPixels(OnFailure::skip, [=](const Colour& c) {
+        const int32_t d = squaredDistance(c, from);
+        const double share = single(1 - static_cast<double>(d) / tol);
+        const double w = d >= tol ? 0 : share;
+        return eachChannel(
+            c, [=](int32_t v) { return roundInLoop(v + (clampToLevel(v + Inc) - v) * w); });
     });
 }
 

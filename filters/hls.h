@@ -1,8 +1,6 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <cstddef>
+#include <cmath>
 #include <cstdint>
 
 #include "pixels/numbers.h"
@@ -27,57 +25,65 @@ struct RedGreenBlue {
     int32_t b = 0;
 };
 
-/// The 256 levels of a channel as singles from 0 to 1.
-inline constexpr std::array<float, 256> levelShares = [] {
-    std::array<float, 256> shares{};
-    for (size_t level = 0; level < shares.size(); ++level)
-        shares[level] = single(static_cast<double>(level) / 255);
-    return shares;
-}();
+/// Grey has hue and saturation 0. Levels 0 to 255; arithmetic for loops over many pixels.
+inline HueSaturationLightness RGBToHLS(int32_t r, int32_t g, int32_t b) {
+    // The singles nearest to level / 255.
+    const auto share = [](int32_t level) { return static_cast<float>(level) / 255.0F; };
+    const double rf = share(r);
+    const double gf = share(g);
+    const double bf = share(b);
+    const double redGreen = rf > gf ? rf : gf;
+    const double max = redGreen > bf ? redGreen : bf;
+    const double greenBlue = gf < bf ? gf : bf;
+    const double min = rf < greenBlue ? rf : greenBlue;
+    const double sum = max + min;
+    const float lightness = single(sum / 2);
 
-/// Grey has hue and saturation 0.
-inline HueSaturationLightness RGBToHLS(uint8_t r, uint8_t g, uint8_t b) {
-    const double rf = levelShares[r];
-    const double gf = levelShares[g];
-    const double bf = levelShares[b];
-    const double max = std::max(std::max(rf, gf), bf);
-    const double min = std::min(std::min(rf, gf), bf);
-    HueSaturationLightness hsl;
-    hsl.L = single((max + min) / 2);
-    if (max == min) return hsl;
-
-    const double spread = max - min;
-    hsl.S = single(spread / (hsl.L <= 0.5F ? max + min : 2 - max - min));
-    if (rf == max)
-        hsl.H = single((gf - bf) / spread);
-    else if (gf == max)
-        hsl.H = single((bf - rf) / spread + 2);
-    else
-        hsl.H = single((rf - gf) / spread + 4);
-    return hsl;
+    const bool isGrey = max == min;
+    const double spread = isGrey ? 1 : max - min;
+    const double against = isGrey ? 1 : lightness <= 0.5F ? sum : 2 - max - min;
+    const double ahead = rf == max ? gf : gf == max ? bf : rf;
+    const double behind = rf == max ? bf : gf == max ? rf : gf;
+    const double sixths = rf == max ? 0 : gf == max ? 2 : 4;
+    const float hue = single((ahead - behind) / spread + sixths);
+    const float saturation = single(spread / against);
+    return {isGrey ? 0 : hue, isGrey ? 0 : saturation, lightness};
 }
 
-/// Rounded, not limited: values beyond the ranges of hue, saturation and lightness may give levels
-/// beyond a byte. A hue beyond -1 to 5 goes on along the last slope of the circle.
-inline RedGreenBlue HLSToRGB(float H, float S, float L) {
-    const auto levels = [](double r, double g, double b) {
-        return RedGreenBlue{roundToInteger(r * 255), roundToInteger(g * 255),
-                            roundToInteger(b * 255)};
-    };
-    const double h = H;
+/// Not limited: values beyond the ranges of hue, saturation and lightness may give levels beyond a
+/// byte. A hue beyond -1 to 5 goes on along the last slope of the circle. `round` makes whole
+/// numbers; arithmetic for loops over many pixels, if that is.
+template <class Round>
+[[gnu::always_inline]] inline RedGreenBlue HLSToRGB(float H, float S, float L, Round round) {
     const double s = S;
     const double l = L;
-    if (s == 0) return levels(l, l, l);
+    const double h = s == 0 ? 0 : H;  // which matters for no grey
+    const double least = l <= 0.5 ? (1 - s) * l : l - (1 - l) * s;
+    const double most = 2 * l - least;
+    // Between red, green and blue the third channel goes up or down by the way from the nearest.
+    const double nearest = h < 1 ? 0 : h < 3 ? 2 : 4;
+    const double between = least + (most - least) * std::fabs(h - nearest);
+    const int32_t max = round(most * 255);
+    const int32_t min = round(least * 255);
+    const int32_t mid = round(between * 255);
+    return {h < 1   ? max
+            : h < 2 ? mid
+            : h < 4 ? min
+                    : mid,
+            h < 0   ? min
+            : h < 1 ? mid
+            : h < 3 ? max
+            : h < 4 ? mid
+                    : min,
+            h < 0   ? mid
+            : h < 2 ? min
+            : h < 3 ? mid
+                    : max};
+}
 
-    const double min = l <= 0.5 ? (1 - s) * l : l - (1 - l) * s;
-    const double max = 2 * l - min;
-    const double spread = max - min;
-    if (h < 0) return levels(max, min, min - spread * h);
-    if (h < 1) return levels(max, min + spread * h, min);
-    if (h < 2) return levels(min - spread * (h - 2), max, min);
-    if (h < 3) return levels(min, max, min + spread * (h - 2));
-    if (h < 4) return levels(min, min - spread * (h - 4), max);
-    return levels(min + spread * (h - 4), min, max);
+/// The same for any numbers.
+inline RedGreenBlue HLSToRGB(float H, float S, float L) {
+    return HLSToRGB(H, S, L, [](double value) { return roundToInteger(value); });
 }
 
 }  // namespace tessarine

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "pixels/pixel_buffer.h"
+#include "pixels/point_loops.h"
 
 // Look-up tables that filters of one channel value share.
 
@@ -28,5 +29,14 @@ inline auto throughLevels(const Levels& blue, const Levels& green, const Levels&
 
 /// Sends all three channels through one table.
 inline auto throughLevels(const Levels& levels) { return throughLevels(levels, levels, levels); }
+
+/// The same for filterPixels(), whose lambdas work with colours as numbers. The table has to stay
+/// where it is.
+inline auto byLevels(const Levels& levels) {
+    return [&levels](const Colour& c) {
+        return eachChannel(c, [&](int32_t v) { return int32_t{levels[static_cast<size_t>(v)]}; });
+    };
+}
+auto byLevels(Levels&&) = delete;
 
 }  // namespace tessarine

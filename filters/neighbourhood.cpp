@@ -16,14 +16,15 @@ namespace {
 
 /// Brings the centre and the eight places around it together, two by two.
 template <class Join>
-[[gnu::always_inline]] inline int32_t joinNine(const ChannelWindow& p, Join join) {
+[[gnu::always_inline]] inline uint8_t joinNine(const ChannelWindow& p, Join join) {
     return join(join(join(join(p(-1, -1), p(0, -1)), join(p(1, -1), p(-1, 0))),
                      join(join(p(0, 0), p(1, 0)), join(p(-1, 1), p(0, 1)))),
                 p(1, 1));
 }
 
-constexpr auto smaller = [](int32_t a, int32_t b) { return a < b ? a : b; };
-constexpr auto larger = [](int32_t a, int32_t b) { return a > b ? a : b; };
+// Of bytes, so that a vector holds as many as can be.
+constexpr auto smaller = [](uint8_t a, uint8_t b) { return a < b ? a : b; };
+constexpr auto larger = [](uint8_t a, uint8_t b) { return a > b ? a : b; };
 
 /// The sum of the eight places around a centre.
 template <class Places>
@@ -31,25 +32,35 @@ template <class Places>
     return p(-1, -1) + p(0, -1) + p(1, -1) + p(-1, 0) + p(1, 0) + p(-1, 1) + p(0, 1) + p(1, 1);
 }
 
-/// A colour whose channels may leave the range of a byte.
-struct WideColour {
-    int32_t blue;
-    int32_t green;
-    int32_t red;
+/// How far a centre stands out of its eight neighbours: 255 where it does not.
+constexpr auto edgeAt = [](const ChannelWindow& p) {
+    return static_cast<int16_t>(8 * p(0, 0) - sumOfEight(p) + 255);
 };
 
-int32_t brightness(const WideColour& c) { return (c.blue + c.green + c.red) / 3; }
+/// A whole number as a number of 16 bits, where it fits.
+bool fitsNarrow(int64_t value) { return value >= -32768 && value <= 32767; }
 
-/// How far a centre stands out of its eight neighbours, in each channel: 255 where it does not.
-WideColour edgesAt(const Window& w) {
-    const auto edge = [&w](uint8_t Pixel::*channel) __attribute__((always_inline)) {
-        const auto p = [&](int32_t dx, int32_t dy) __attribute__((always_inline)) {
-            return int32_t{w.at(dx, dy).*channel};
-        };
-        return 8 * p(0, 0) - sumOfEight(p) + 255;
-    };
-    return {edge(&Pixel::blue), edge(&Pixel::green), edge(&Pixel::red)};
-}
+/// (a * centre - b * sum of the eight around it) \ divisor as a level, in numbers of 16 bits.
+struct NarrowDifference {
+    int16_t a;
+    int16_t b;
+    NarrowDivisor divisor;
+
+    /// Whether no difference leaves 16 bits and the divisor is above 0.
+    static bool holds(int32_t a, int32_t b, int32_t divisor) {
+        const int64_t most = int64_t{a} * 255;
+        const int64_t least = int64_t{b} * 8 * 255;
+        return a >= 0 && b >= 0 && fitsNarrow(most) && fitsNarrow(-least) && divisor > 0 &&
+               fitsNarrow(divisor);
+    }
+    uint8_t operator()(const ChannelWindow& p) const {
+        const auto sum = static_cast<int16_t>(sumOfEight(p));
+        const auto difference = static_cast<int16_t>(a * p(0, 0) - b * sum);
+        const auto notBelow = static_cast<uint16_t>(difference > 0 ? difference : 0);
+        const uint16_t quotient = divisor.quotient(notBelow);
+        return static_cast<uint8_t>(quotient < 255 ? quotient : 255);
+    }
+};
 
 /// The nine places around a middle. Numbers no wider than they must be: so more of them are
 /// worked on at once.
@@ -93,25 +104,26 @@ struct Sector {
 
 /// A mask of 3 or 5 a side and the same terms for all channels, in numbers of 16 bits.
 template <size_t side>
-struct SmallMask {
+class SmallMask {
+  public:
     static constexpr auto reach = static_cast<int32_t>(side / 2);
 
-    std::array<int16_t, side * side> weights{};
-    int32_t divisor;
-    int32_t addend;
-
     explicit SmallMask(const tFilterKernel& kernel)
-        : divisor(kernel.Weight), addend(kernel.bFactor) {
-        for (size_t i = 0; i < weights.size(); ++i)
-            weights[i] = static_cast<int16_t>(
-                kernel.mskBits.at(static_cast<int32_t>(i / side), static_cast<int32_t>(i % side)));
+        : divisor_(std::abs(kernel.Weight)), addend_(static_cast<int16_t>(kernel.bFactor)) {
+        // Quotients are truncated, so that a negative divisor is one of negative weights.
+        const int32_t sign = kernel.Weight < 0 ? -1 : 1;
+        for (size_t i = 0; i < weights_.size(); ++i)
+            weights_[i] =
+                static_cast<int16_t>(sign * kernel.mskBits.at(static_cast<int32_t>(i / side),
+                                                              static_cast<int32_t>(i % side)));
     }
 
-    /// Whether the channels are alike and no sum of levels times the weights leaves 16 bits.
+    /// Whether the channels are alike and no number on the way to a level leaves 16 bits.
     static bool holds(const tFilterKernel& kernel) {
         const KernelMask& mask = kernel.mskBits;
-        if (mask.side() != static_cast<int32_t>(side) || kernel.Weight == 0 ||
-            kernel.rFactor != kernel.gFactor || kernel.gFactor != kernel.bFactor)
+        if (mask.side() != static_cast<int32_t>(side) || kernel.rFactor != kernel.gFactor ||
+            kernel.gFactor != kernel.bFactor || std::abs(int64_t{kernel.bFactor}) > mostAddend ||
+            kernel.Weight == 0 || std::abs(int64_t{kernel.Weight}) > 32767)
             return false;
         int64_t largest = 0;
         for (int32_t row = 0; row < mask.side(); ++row)
@@ -125,14 +137,30 @@ struct SmallMask {
     }
 
   private:
+    /// Larger quotients give the same levels, whatever is added.
+    static constexpr int16_t mostQuotient = 16383;
+    static constexpr int16_t mostAddend = mostQuotient - 255;
+
     template <size_t... i>
     [[gnu::always_inline]] uint8_t at(const ChannelWindow& p, std::index_sequence<i...>) const {
         int16_t sum = 0;
-        ((sum = static_cast<int16_t>(sum + weights[i] * p(static_cast<int32_t>(i % side) - reach,
-                                                          static_cast<int32_t>(i / side) - reach))),
+        ((sum =
+              static_cast<int16_t>(sum + weights_[i] * p(static_cast<int32_t>(i % side) - reach,
+                                                         static_cast<int32_t>(i / side) - reach))),
          ...);
-        return clampToByte(quotientInLoop(sum, divisor) + addend);
+        const auto opposite = static_cast<int16_t>(-sum);
+        const auto size = static_cast<uint16_t>(sum < 0 ? opposite : sum);
+        const auto quotient = static_cast<int16_t>(divisor_.quotient(size));
+        const int16_t most = quotient < mostQuotient ? quotient : mostQuotient;
+        const auto negative = static_cast<int16_t>(-most);
+        const auto level = static_cast<int16_t>((sum < 0 ? negative : most) + addend_);
+        const int16_t notBelow = level > 0 ? level : int16_t{0};
+        return static_cast<uint8_t>(notBelow < 255 ? notBelow : 255);
     }
+
+    std::array<int16_t, side * side> weights_{};
+    NarrowDivisor divisor_;
+    int16_t addend_;
 };
 
 }  // namespace
@@ -168,7 +196,7 @@ PixelBuffer cBitFilter::convolve(const Walk& walk, const tFilterKernel& kernel) 
     const int32_t n = kernel.mskBits.side() - 1;
     const int32_t h = n / 2;
     return filterWindows(OnFailure::raise, walk, Stencil{n - h}, [&](const Window& w, Pixel& p) {
-        WideColour sum{};
+        Colour sum{};
         for (int32_t j = 0; j <= n; ++j)
             for (int32_t i = 0; i <= n; ++i) {
                 const Pixel& place = w.at(i - h, j - h);
@@ -200,6 +228,14 @@ PixelBuffer cBitFilter::SOFTEN(int32_t Factor) {
     const int32_t divisor = w + 4;
     // Without a divisor each pixel gets the value of the one before, from 0 on.
     if (divisor == 0) return filter([](const ChannelWindow&) { return uint8_t{0}; });
+    // A mean of levels, with sums of 16 bits.
+    if (w >= 0 && divisor <= 128)
+        return filter([weight = static_cast<int16_t>(w),
+                       narrow = NarrowDivisor(divisor)](const ChannelWindow& p) {
+            const auto sum = static_cast<int16_t>(p(-1, 0) + p(0, -1) + p(0, 1) + p(1, 0));
+            return static_cast<uint8_t>(
+                narrow.quotient(static_cast<uint16_t>(weight * p(0, 0) + sum)));
+        });
     return filter([=](const ChannelWindow& p) {
         const int32_t sum = w * p(0, 0) + p(-1, 0) + p(0, -1) + p(0, 1) + p(1, 0);
         return lowByte(quotientInLoop(sum, divisor));
@@ -210,13 +246,15 @@ PixelBuffer cBitFilter::setOff(const Walk& walk, int32_t a, int32_t b, int32_t d
     const auto filter = [&](auto change) {
         return filterChannels(OnFailure::skip, walk, Stencil{}, Channels::blueGreenRed, change);
     };
-    const auto sumAlone = [](const ChannelWindow& p) { return clampToByte(sumOfEight(p)); };
-    const auto difference = [=](const ChannelWindow& p) {
-        return clampToByte(quotientInLoop(a * p(0, 0) - b * sumOfEight(p), divisor));
-    };
     // Without a divisor the sum of the neighbours stands as it is.
-    if (divisor == 0) return filter(sumAlone);
-    return filter(difference);
+    if (divisor == 0)
+        return filter([](const ChannelWindow& p) { return clampToByte(sumOfEight(p)); });
+    if (NarrowDifference::holds(a, b, divisor))
+        return filter(NarrowDifference{static_cast<int16_t>(a), static_cast<int16_t>(b),
+                                       NarrowDivisor(divisor)});
+    return filter([=](const ChannelWindow& p) {
+        return clampToByte(quotientInLoop(a * p(0, 0) - b * sumOfEight(p), divisor));
+    });
 }
 
 PixelBuffer cBitFilter::SHARPEN(int32_t Factor) {
@@ -228,43 +266,47 @@ PixelBuffer cBitFilter::EDGEENHANCE(int32_t Factor) {
 }
 
 PixelBuffer cBitFilter::CONTOUR(int32_t Factor, int32_t BackColor) {
-    const Pixel back = colourOf(BackColor);
-    return filterWindows(
-        OnFailure::raise, regionBox(0), Stencil{}, [=](const Window& w, Pixel& result) {
-            const WideColour e = edgesAt(w);
-            const Pixel edge{clampToByte(e.blue), clampToByte(e.green), clampToByte(e.red), 0};
-            takeColours(result, brightness(edge) >= Factor ? back : edge);
-        });
+    const Colour back = channelsOf(colourOf(BackColor));
+    // The lowest sum whose third reaches the factor.
+    const int32_t flat = 3 * std::clamp(Factor, 0, 256);
+    return filterJoined(OnFailure::raise, regionBox(0), Stencil{}, edgeAt,
+                        [=](const Colour&, const Colour& edges) {
+                            const Colour edge = eachChannel(edges, clampToLevel);
+                            return either(sumOf(edge) >= flat, back, edge);
+                        });
 }
 
 PixelBuffer cBitFilter::SKETCH(int32_t Factor, bool BW, int32_t BackColor) {
-    const Pixel back = BW ? Pixel{255, 255, 255, 0} : colourOf(BackColor);
-    return filterWindows(OnFailure::skip, regionBox(0), Stencil{},
-                         [=](const Window& w, Pixel& result) {
-                             const bool flat = brightness(edgesAt(w)) > Factor;
-                             const Pixel edge = BW ? Pixel{} : w.at(0, 0);
-                             takeColours(result, flat ? back : edge);
-                         });
+    const Colour back = BW ? Colour{255, 255, 255} : channelsOf(colourOf(BackColor));
+    const Colour kept = BW ? Colour{} : Colour{255, 255, 255};
+    return filterJoined(OnFailure::skip, regionBox(0), Stencil{}, edgeAt,
+                        [=](const Colour& c, const Colour& edges) {
+                            return either(brightness(edges) > Factor, back, c & kept);
+                        });
 }
 
 // Departs from the frame in the last column and row, which repeat what has been written beside
 // and above them: once all others are there, in whatever order, and thus after the report of the
 // end, which these few pixels do not put off.
 PixelBuffer cBitFilter::plate(float slope) {
-    std::array<int32_t, 511> heights{};  // of the differences from -255 to 255
-    int32_t* const level = heights.data() + 255;
-    for (int32_t d = -255; d <= 255; ++d)
-        level[d] = roundToInteger(std::abs(d * double{slope} + 128));
-    const auto height = [level](int32_t from, int32_t to) { return level[from - to]; };
-    PixelBuffer result =
-        filterWindows(OnFailure::skip, regionBox(0), Stencil{}, [&](const Window& w, Pixel& p) {
-            const Pixel& from = w.at(0, 0);
-            const Pixel& to = w.at(1, 1);
-            const int32_t sum = height(from.blue, to.blue) + height(from.green, to.green) +
-                                height(from.red, to.red);
-            const uint8_t mean = clampToByte(sum / 3);
-            p = {mean, mean, mean, p.fourth};
-        });
+    const double k = slope;
+    const auto difference = [](const ChannelWindow& p) {
+        return static_cast<int16_t>(p(0, 0) - p(1, 1));
+    };
+    const auto filter = [&](auto round) {
+        return filterJoined(OnFailure::skip, regionBox(0), Stencil{}, difference,
+                            [=](const Colour&, const Colour& differences) {
+                                const Colour heights = eachChannel(differences, [=](int32_t d) {
+                                    return round(std::fabs(d * k + 128));
+                                });
+                                const int32_t mean = clampToLevel(sumOf(heights) / 3);
+                                return Colour{mean, mean, mean};
+                            });
+    };
+    // Up to there no height comes near the end of 32 bits.
+    PixelBuffer result = std::fabs(k) <= 1e6
+                             ? filter([](double height) { return roundInLoop(height); })
+                             : filter([](double height) { return roundToInteger(height); });
     const auto repeat = [](ptrdiff_t distance) {
         return [distance](const RowRun& run) {
             for (Pixel& p : run.result)
@@ -295,15 +337,13 @@ PixelBuffer cBitFilter::RELIEF() {
 }
 
 PixelBuffer cBitFilter::DILATE() {
-    return filterChannels(
-        OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
-        [](const ChannelWindow& p) { return static_cast<uint8_t>(joinNine(p, larger)); });
+    return filterChannels(OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
+                          [](const ChannelWindow& p) { return joinNine(p, larger); });
 }
 
 PixelBuffer cBitFilter::ERODE() {
-    return filterChannels(
-        OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
-        [](const ChannelWindow& p) { return static_cast<uint8_t>(joinNine(p, smaller)); });
+    return filterChannels(OnFailure::skip, regionBox(0), Stencil{}, Channels::blueGreenRed,
+                          [](const ChannelWindow& p) { return joinNine(p, smaller); });
 }
 
 template <class OverFive>

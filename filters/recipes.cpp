@@ -12,94 +12,114 @@ namespace tessarine {
 
 namespace {
 
-constexpr Pixel black{0, 0, 0, 0};
-constexpr Pixel white{255, 255, 255, 0};
+constexpr Colour black{0, 0, 0};
+constexpr Colour white{255, 255, 255};
 
-bool isLight(const Pixel& p) { return p.blue > 127 && p.green > 127 && p.red > 127; }
-bool isDark(const Pixel& p) { return p.blue < 128 && p.green < 128 && p.red < 128; }
+bool isLight(const Colour& c) { return (c.blue & c.green & c.red) > 127; }
+bool isDark(const Colour& c) { return (c.blue | c.green | c.red) < 128; }
 
 /// The mean of two channels, a little darkened.
-uint8_t mean(uint8_t a, uint8_t b) { return toByte((a * 0.99 + b * 0.99) / 2); }
+int32_t mean(int32_t a, int32_t b) { return roundInLoop((a * 0.99 + b * 0.99) / 2); }
+
+/// Half of a number and a quarter of one, 0 and up: to the nearest, ties to even.
+int32_t half(int32_t value) { return (value + (value >> 1 & 1)) >> 1; }
+int32_t quarter(int32_t value) { return (value + 1 + (value >> 2 & 1)) >> 2; }
 
 /// The low eight bits of |NOT value|.
-uint8_t complement(int32_t value) { return lowByte(std::abs(~value)); }
+int32_t complement(int32_t value) { return std::abs(~value) & 255; }
 
 /// What the arctangent of its green leaves of a pixel's blue.
-using BlueShares = std::array<double, 256>;
+class BlueShares {
+  public:
+    BlueShares() {
+        for (size_t green = 0; green < shares_.size(); ++green) {
+            const double share = std::atan(static_cast<double>(green)) / 1.9;
+            shares_[green] = roundToInteger(share * one);
+        }
+    }
+    int32_t of(int32_t blue, int32_t green) const {
+        return (blue * shares_[static_cast<size_t>(green)] + one / 2) >> fractionBits;
+    }
 
-BlueShares blueSharesByGreen() {
-    BlueShares shares;
-    for (size_t green = 0; green < shares.size(); ++green)
-        shares[green] = std::atan(static_cast<double>(green)) / 1.9;
-    return shares;
-}
+  private:
+    // So fine that each of the 65,536 products is rounded as it would be without a bound.
+    static constexpr int32_t fractionBits = 22;
+    static constexpr int32_t one = 1 << fractionBits;
+    std::array<int32_t, 256> shares_;
+};
 
 }  // namespace
 
 PixelBuffer cBitFilter::OLDPHOTO() {
-    return filterPixels(OnFailure::skip, [](const Pixel& p) {
-        const uint8_t level = toByte(p.blue * 0.071 + p.green * 0.707 + p.red * 0.222);
-        return Pixel{p.blue, level, level, 0};
+    return filterPixels(OnFailure::skip, [](const Colour& c) {
+        const int32_t level = roundInLoop(c.blue * 0.071 + c.green * 0.707 + c.red * 0.222);
+        return Colour{c.blue, level, level};
     });
 }
 
 PixelBuffer cBitFilter::SpecialColors(int16_t R, int16_t G, int16_t b) {
-    const auto kept = [](int16_t on, uint8_t v) { return on == -1 ? v : uint8_t{0}; };
-    return filterPixels(OnFailure::skip, [=](const Pixel& p) {
-        return Pixel{kept(b, p.blue), kept(G, p.green), kept(R, p.red), 0};
-    });
+    const auto mask = [](int16_t on) { return on == -1 ? 255 : 0; };
+    const Colour kept{mask(b), mask(G), mask(R)};
+    return filterPixels(OnFailure::skip, [kept](const Colour& c) { return c & kept; });
 }
 
 PixelBuffer cBitFilter::ClassyColors(int16_t Effect) {
-    const BlueShares blueShares = blueSharesByGreen();
-    return filterPixels(OnFailure::raise, [Effect, &blueShares](const Pixel& p) {
-        const auto [b, g, r, fourth] = p;
-        switch (Effect) {
-            case 0:
-                return Pixel{toByte(b * blueShares[g]), mean(r, g), g, 0};
-            case 1:
-                return Pixel{b, mean(r, g), g, 0};
-            case 2:
-                return Pixel{r, g, mean(r, b), 0};
-            case 3:
-                return Pixel{g, mean(g, b), r, 0};
-            case 6:
-                return Pixel{toByte(r / 2.0 + b / 4.0), toByte(r / 4.0 + g / 2.0),
-                             toByte(g / 4.0 + b / 2.0), 0};
-            case 7: {
-                const int32_t t = roundToInteger((b * 0.99 * 2 + r * 0.99) / 12);
-                return Pixel{complement(g - t), complement(r - t), complement(b - t), 0};
-            }
-            case 8:
-                return Pixel{g, r, r, 0};
-            case 10:
-                return Pixel{toByte(g / 2.0), toByte(r / 2.0), r, 0};
-            case 11:
-                return Pixel{g, b, 170, 0};
-            default:
-                return p;
-        }
-    });
+    const auto filter = [this](auto recipe) {
+        return filterPixels(OnFailure::raise,
+                            [recipe](const Colour& c) { return recipe(c.blue, c.green, c.red); });
+    };
+    switch (Effect) {
+        case 0:
+            return filter([shares = BlueShares()](int32_t b, int32_t g, int32_t r) {
+                return Colour{shares.of(b, g), mean(r, g), g};
+            });
+        case 1:
+            return filter([](int32_t b, int32_t g, int32_t r) { return Colour{b, mean(r, g), g}; });
+        case 2:
+            return filter([](int32_t b, int32_t g, int32_t r) { return Colour{r, g, mean(r, b)}; });
+        case 3:
+            return filter([](int32_t b, int32_t g, int32_t r) { return Colour{g, mean(g, b), r}; });
+        case 6:
+            return filter([](int32_t b, int32_t g, int32_t r) {
+                return Colour{quarter(2 * r + b), quarter(r + 2 * g), quarter(g + 2 * b)};
+            });
+        case 7:
+            return filter([](int32_t b, int32_t g, int32_t r) {
+                const int32_t t = roundInLoop((b * 0.99 * 2 + r * 0.99) / 12);
+                return Colour{complement(g - t), complement(r - t), complement(b - t)};
+            });
+        case 8:
+            return filter([](int32_t, int32_t g, int32_t r) { return Colour{g, r, r}; });
+        case 10:
+            return filter([](int32_t, int32_t g, int32_t r) {
+                return Colour{half(g), half(r), r};
+            });
+        case 11:
+            return filter([](int32_t b, int32_t g, int32_t) { return Colour{g, b, 170}; });
+        default:
+            return filter([](int32_t b, int32_t g, int32_t r) { return Colour{b, g, r}; });
+    }
 }
 
 PixelBuffer cBitFilter::THERMIQUE() {
-    return filterPixels(OnFailure::skip, [](const Pixel& p) {
-        if (p.red > p.green && p.red > p.blue) return Pixel{0, 0, p.red, 0};
-        if (p.green > p.red && p.green > p.blue) return Pixel{0, p.green, 0, 0};
-        if (p.blue > p.green && p.blue > p.red) return Pixel{p.blue, 0, 0, 0};
-        return p;
+    return filterPixels(OnFailure::skip, [](const Colour& c) {
+        // A channel goes where another is the strongest alone.
+        const bool red = (c.red > c.green) & (c.red > c.blue);
+        const bool green = (c.green > c.red) & (c.green > c.blue);
+        const bool blue = (c.blue > c.green) & (c.blue > c.red);
+        return Colour{green | red ? 0 : c.blue, blue | red ? 0 : c.green, blue | green ? 0 : c.red};
     });
 }
 
 PixelBuffer cBitFilter::XBLACK() {
-    return filterPixels(OnFailure::skip, [](const Pixel& p) {
-        return isLight(p) ? black : isDark(p) ? white : p;
+    return filterPixels(OnFailure::skip, [](const Colour& c) {
+        return either(isLight(c), black, either(isDark(c), white, c));
     });
 }
 
 PixelBuffer cBitFilter::PHOTOCOP() {
-    return filterPixels(OnFailure::skip, [](const Pixel& p) {
-        return isLight(p) ? white : isDark(p) ? black : p;
+    return filterPixels(OnFailure::skip, [](const Colour& c) {
+        return either(isLight(c), white, either(isDark(c), black, c));
     });
 }
 

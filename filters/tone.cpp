@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "filters/lookup.h"
@@ -11,7 +13,7 @@ namespace tessarine {
 
 namespace {
 
-Pixel grey(uint8_t level) { return {level, level, level, 0}; }
+Colour grey(int32_t level) { return {level, level, level}; }
 
 /// (Factor + 100) percent as a single.
 float percentFactor(int32_t Factor) { return static_cast<float>((Factor + 100) / 100.0); }
@@ -30,7 +32,7 @@ void spill(int32_t& from, int32_t& first, int32_t& second) {
 
 /// Brings three channels into range so that the pixel keeps its brightness and shifts in hue,
 /// rather than clipping channel by channel.
-Pixel spillIntoRange(int32_t b, int32_t g, int32_t r) {
+Colour spillIntoRange(int32_t b, int32_t g, int32_t r) {
     while (!isByte(b) || !isByte(g) || !isByte(r)) {
         if (b <= 0 && g <= 0 && r <= 0) b = g = r = 0;
         if (b >= 255 && g >= 255 && r >= 255) b = g = r = 255;
@@ -38,7 +40,7 @@ Pixel spillIntoRange(int32_t b, int32_t g, int32_t r) {
         spill(g, b, r);
         spill(r, g, b);
     }
-    return {static_cast<uint8_t>(b), static_cast<uint8_t>(g), static_cast<uint8_t>(r), 0};
+    return {b, g, r};
 }
 
 /// Counts of the 256 brightness levels.
@@ -64,6 +66,22 @@ int32_t medianLevel(const Histogram& histogram, int32_t pixelCount) {
     return -1;
 }
 
+/// One channel of a pixel, or its complement, or 0.
+struct MixedChannel {
+    Colour mask;  ///< 255 for the channel that is taken
+    int32_t complement = 0;
+
+    static bool holds(int32_t bank) { return bank >= 0 && bank <= 2; }
+    MixedChannel(int32_t bank, bool inv, bool kill) {
+        if (kill) return;
+        mask = {bank == 0 ? 255 : 0, bank == 1 ? 255 : 0, bank == 2 ? 255 : 0};
+        complement = inv ? 255 : 0;
+    }
+    int32_t operator()(const Colour& c) const {
+        return ((c.blue & mask.blue) | (c.green & mask.green) | (c.red & mask.red)) ^ complement;
+    }
+};
+
 /// The byte that lies `bank` bytes after a pixel's first one, 0 beyond the buffer.
 uint8_t byteOfBank(const PixelBuffer& bits, const Pixel& pixel, int32_t bank) {
     const ptrdiff_t place = (&pixel - bits.block()) * static_cast<ptrdiff_t>(sizeof(Pixel)) + bank;
@@ -74,19 +92,22 @@ uint8_t byteOfBank(const PixelBuffer& bits, const Pixel& pixel, int32_t bank) {
 }  // namespace
 
 PixelBuffer cBitFilter::BRIGHTNESS(int32_t Factor) {
-    const Levels levels = makeLevels([=](int32_t i) { return clampToByte(i + Factor); });
-    return filterPixels(OnFailure::raise, throughLevels(levels));
+    return filterPixels(OnFailure::raise, [=](const Colour& c) {
+        return eachChannel(c, [=](int32_t v) { return clampToLevel(v + Factor); });
+    });
 }
 
 // Departs from the frame: the mean is taken in a pass of its own, which reports like a filter.
 PixelBuffer cBitFilter::Contrast(int32_t Factor) {
     const int32_t mean = reportedMean();
-    const float c = percentFactor(Factor);
+    const float factor = percentFactor(Factor);
     std::array<int32_t, 256> spread{};
     for (int32_t i = 0; i < 256; ++i)
-        spread[static_cast<size_t>(i)] = roundToInteger((i - mean) * double{c} + mean);
-    return filterPixels(OnFailure::skip, [&spread](const Pixel& p) {
-        return spillIntoRange(spread[p.blue], spread[p.green], spread[p.red]);
+        spread[static_cast<size_t>(i)] = roundToInteger((i - mean) * double{factor} + mean);
+    return filterPixels(OnFailure::skip, [&spread](const Colour& c) {
+        const Colour wide =
+            eachChannel(c, [&](int32_t v) { return spread[static_cast<size_t>(v)]; });
+        return spillIntoRange(wide.blue, wide.green, wide.red);
     });
 }
 
@@ -95,7 +116,7 @@ PixelBuffer cBitFilter::GammaCorrection(int32_t Factor) {
     const Levels levels = makeLevels([=](int32_t v) {
         return c <= 0 ? uint8_t{0} : toByte(std::pow(v / 255.0, 1.0 / double{c}) * 255.0);
     });
-    return filterPixels(OnFailure::skip, throughLevels(levels));
+    return filterPixels(OnFailure::skip, byLevels(levels));
 }
 
 PixelBuffer cBitFilter::Equalize() {
@@ -116,34 +137,38 @@ PixelBuffer cBitFilter::Equalize() {
         });
         return level;
     });
-    return filterPixels(OnFailure::skip, throughLevels(levels));
+    return filterPixels(OnFailure::skip, byLevels(levels));
 }
 
 PixelBuffer cBitFilter::SATURATION(int32_t Factor) {
-    const auto c = static_cast<float>(Factor / 100.0);
-    return filterPixels(OnFailure::skip, [c](const Pixel& p) {
-        const int32_t level = brightness(p);
-        const auto moved = [=](int32_t v) {
-            return toByte(std::clamp(v + double{c} * (v - level), 0.0, 255.0));
-        };
-        return Pixel{moved(p.blue), moved(p.green), moved(p.red), 0};
+    const double k = static_cast<float>(Factor / 100.0);
+    return filterPixels(OnFailure::skip, [k](const Colour& c) {
+        const int32_t level = brightness(c);
+        return eachChannel(c, [=](int32_t v) {
+            const double moved = v + k * (v - level);
+            const double notBelow = moved > 0 ? moved : 0;
+            return roundInLoop(notBelow < 255 ? notBelow : 255);
+        });
     });
 }
 
 PixelBuffer cBitFilter::Invert() {
-    const Levels levels = makeLevels([](int32_t v) { return clampToByte(255 - v); });
-    return filterPixels(OnFailure::raise, throughLevels(levels));
+    return filterPixels(OnFailure::raise, [](const Colour& c) {
+        return eachChannel(c, [](int32_t v) { return 255 - v; });
+    });
 }
 
 PixelBuffer cBitFilter::GreyScale() {
-    return filterPixels(OnFailure::skip, [](const Pixel& p) {
-        return grey(toByte(0.071 * p.blue + 0.707 * p.green + 0.222 * p.red));
+    return filterPixels(OnFailure::skip, [](const Colour& c) {
+        return grey(roundInLoop(0.071 * c.blue + 0.707 * c.green + 0.222 * c.red));
     });
 }
 
 PixelBuffer cBitFilter::Threshold(int32_t Factor) {
+    // The lowest sum whose third is above the factor.
+    const int32_t white = 3 * (std::clamp(Factor, -1, 255) + 1);
     return filterPixels(OnFailure::skip,
-                        [=](const Pixel& p) { return grey(brightness(p) > Factor ? 255 : 0); });
+                        [white](const Colour& c) { return grey(sumOf(c) >= white ? 255 : 0); });
 }
 
 PixelBuffer cBitFilter::Reduction(int32_t Factor) {
@@ -152,54 +177,67 @@ PixelBuffer cBitFilter::Reduction(int32_t Factor) {
     const Levels levels = makeLevels([=](int32_t i) {
         return clampToByte(roundToInteger(static_cast<double>(i) / step) * step);
     });
-    return filterPixels(OnFailure::raise, throughLevels(levels));
+    return filterPixels(OnFailure::raise, byLevels(levels));
 }
 
 PixelBuffer cBitFilter::KillChannel(bool rChannel, bool gChannel, bool bChannel) {
-    return filterPixels(OnFailure::skip, [=](const Pixel& p) {
-        return Pixel{bChannel ? uint8_t{0} : p.blue, gChannel ? uint8_t{0} : p.green,
-                     rChannel ? uint8_t{0} : p.red, 0};
-    });
+    const Colour kept{bChannel ? 0 : 255, gChannel ? 0 : 255, rChannel ? 0 : 255};
+    return filterPixels(OnFailure::skip, [kept](const Colour& c) { return c & kept; });
 }
 
 PixelBuffer cBitFilter::ShiftRGB(int32_t rFactor, int32_t gFactor, int32_t bFactor) {
-    const auto shifted = [](int32_t factor) {
-        return makeLevels([=](int32_t i) { return clampToByte(i + factor); });
-    };
-    return filterPixels(OnFailure::skip,
-                        throughLevels(shifted(bFactor), shifted(gFactor), shifted(rFactor)));
+    return filterPixels(OnFailure::skip, [=](const Colour& c) {
+        return Colour{clampToLevel(c.blue + bFactor), clampToLevel(c.green + gFactor),
+                      clampToLevel(c.red + rFactor)};
+    });
 }
 
 PixelBuffer cBitFilter::SwapRGB(int32_t rBank, int32_t gBank, int32_t bBank, bool rInv, bool gInv,
                                 bool bInv, bool rKill, bool gKill, bool bKill) {
+    if (MixedChannel::holds(rBank) && MixedChannel::holds(gBank) && MixedChannel::holds(bBank)) {
+        const MixedChannel blue(bBank, bInv, bKill);
+        const MixedChannel green(gBank, gInv, gKill);
+        const MixedChannel red(rBank, rInv, rKill);
+        return filterPixels(OnFailure::skip, [=](const Colour& c) {
+            return Colour{blue(c), green(c), red(c)};
+        });
+    }
+    // Banks beyond a pixel's own three: they lead into its fourth byte and into other pixels.
     const auto mixed = [this](const Pixel& p, int32_t bank, bool inv, bool kill) -> uint8_t {
         if (kill) return 0;
         const uint8_t v = byteOfBank(bits_, p, bank);
         return inv ? static_cast<uint8_t>(255 - v) : v;
     };
-    return filterPixels(OnFailure::skip, [=](const Pixel& p) {
-        return Pixel{mixed(p, bBank, bInv, bKill), mixed(p, gBank, gInv, gKill),
-                     mixed(p, rBank, rInv, rKill), 0};
+    return filterWindows(OnFailure::skip, regionBox(0), Stencil{0}, [=](const Window& w, Pixel& p) {
+        const Pixel& own = w.at(0, 0);
+        takeColours(p, {mixed(own, bBank, bInv, bKill), mixed(own, gBank, gInv, gKill),
+                        mixed(own, rBank, rInv, rKill), 0});
     });
 }
 
 PixelBuffer cBitFilter::SwapBanks(int32_t Modo) {
-    return filterPixels(OnFailure::raise, [=](const Pixel& p) {
-        switch (Modo) {
-            case 1:
-                return Pixel{p.green, p.red, p.blue, 0};
-            case 2:
-                return Pixel{p.red, p.blue, p.green, 0};
-            case 3:
-                return Pixel{p.green, p.blue, p.red, 0};
-            case 4:
-                return Pixel{p.red, p.green, p.blue, 0};
-            case 5:
-                return Pixel{p.blue, p.red, p.green, 0};
-            default:
-                return p;
-        }
-    });
+    const auto mixed = [this](int32_t blue, int32_t green, int32_t red) {
+        return filterPixels(
+            OnFailure::raise,
+            [b = MixedChannel(blue, false, false), g = MixedChannel(green, false, false),
+             r = MixedChannel(red, false, false)](const Colour& c) {
+                return Colour{b(c), g(c), r(c)};
+            });
+    };
+    switch (Modo) {
+        case 1:
+            return mixed(1, 2, 0);
+        case 2:
+            return mixed(2, 0, 1);
+        case 3:
+            return mixed(1, 0, 2);
+        case 4:
+            return mixed(2, 1, 0);
+        case 5:
+            return mixed(0, 2, 1);
+        default:
+            return mixed(0, 1, 2);
+    }
 }
 
 }  // namespace tessarine

@@ -30,6 +30,7 @@ struct BitmapHeader {
 };
 
 struct CellGrid;
+struct RowRun;
 struct Stencil;
 enum class Uncovered;
 
@@ -325,7 +326,8 @@ class cBitFilter {
     /// The whole image without its margin.
     Walk wholeImage() const { return {fullRect_}; }
 
-    /// Each pixel of the region becomes `change(source pixel)`, its fourth byte excepted.
+    /// Each pixel of the region gets the colours `change(colours of the source pixel)`, a Colour
+    /// whose numbers are 0 to 255 in both directions.
     template <class Change>
     PixelBuffer filterPixels(OnFailure mode, Change change);
     /// `change(run)` is given the region's pixels in runs of one row, from top to bottom and from
@@ -343,6 +345,12 @@ class cBitFilter {
     template <class Change>
     PixelBuffer filterChannels(OnFailure mode, const Walk& walk, const Stencil& stencil,
                                Channels channels, Change change);
+    /// Each pixel of the region gets the colours `join(colours of the source pixel, Colour of
+    /// numbers)`, 0 to 255, where `ofChannel(channel window)` gives the number of a channel, -32768
+    /// to 32767.
+    template <class OfChannel, class Join>
+    PixelBuffer filterJoined(OnFailure mode, const Walk& walk, const Stencil& stencil,
+                             OfChannel ofChannel, Join join);
     /// All pixels of the region's box, inside the region or not. For each row `rowOf(left, y)`
     /// gives a function that is called as `change(x, result pixel)` from `left` on.
     template <class RowOf>
@@ -396,6 +404,10 @@ class cBitFilter {
     /// `visit(source, x, y)` for the region's pixels inside `rect`, in runs of one row.
     template <class Visit>
     void visitRuns(const Rect& rect, Visit visit) const;
+    /// Puts `of(channel window)` for each of the four bytes of each pixel of a run into `numbers`.
+    template <class Number, class Of>
+    void eachChannelWindow(const RowRun& run, const Stencil& stencil, Number* numbers,
+                           const Of& of) const;
     /// `change(run)` for the same pixels; `result` is the block of a buffer like the image.
     template <class Change>
     void paintRuns(Pixel* result, const Rect& rect, Change change) const;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <limits>
 #include <mutex>
@@ -10,6 +11,7 @@
 
 #include "pixels/bit_filter.h"
 #include "pixels/numbers.h"
+#include "pixels/point_loops.h"
 #include "pixels/threads.h"
 
 // The frame that filters share: the copy of the source, the scan rectangle, the region as spans
@@ -25,6 +27,13 @@ struct RowRun {
     std::span<Pixel> result;  ///< as long as `source`; holds the source's values at first
     int32_t x = 0;            ///< of the first pixel
     int32_t y = 0;
+
+    /// At most `count` of its pixels, from the given one on.
+    RowRun part(size_t from, size_t count) const {
+        const size_t size = std::min(count, source.size() - from);
+        return {source.subspan(from, size), result.subspan(from, size),
+                x + static_cast<int32_t>(from), y};
+    }
 };
 
 /// Which surroundings of a pixel a filter looks at.
@@ -219,10 +228,7 @@ PixelBuffer cBitFilter::filterRows(OnFailure mode, const Walk& walk, Change chan
 template <class Change>
 PixelBuffer cBitFilter::filterPixels(OnFailure mode, Change change) {
     return filterRows(mode, regionBox(0), [&change](const RowRun& run) {
-        for (size_t i = 0; i < run.source.size(); ++i) {
-            const Pixel changed = change(run.source[i]);
-            run.result[i] = {changed.blue, changed.green, changed.red, run.source[i].fourth};
-        }
+        changeColours(run.source.data(), run.result.data(), run.source.size(), change);
     });
 }
 
@@ -244,38 +250,57 @@ PixelBuffer cBitFilter::filterWindows(OnFailure mode, const Walk& walk, const St
     });
 }
 
-template <class Change>
-PixelBuffer cBitFilter::filterChannels(OnFailure mode, const Walk& walk, const Stencil& stencil,
-                                       Channels channels, Change change) {
+template <class Number, class Of>
+void cBitFilter::eachChannelWindow(const RowRun& run, const Stencil& stencil, Number* numbers,
+                                   const Of& of) const {
     constexpr size_t size = sizeof(Pixel);
-    const size_t kept = channels == Channels::blueGreenRed ? 3 : 0;
     const auto bytesOf = [](const Pixel* pixel) { return reinterpret_cast<const uint8_t*>(pixel); };
-    // All four bytes alike, so that the loop has no steps in it, and one place that calls `change`,
-    // by a copy out of the result's reach, so that it becomes part of the loop: only then does it
-    // turn into vector code.
-    const auto compute = [&change](const uint8_t* __restrict source, uint8_t* __restrict result,
-                                   size_t bytes, ptrdiff_t column, ptrdiff_t row)
+    // All four bytes alike, so that the loop has no steps in it, and one place that calls `of`, by
+    // a copy out of the numbers' reach, so that it becomes part of the loop: only then does it turn
+    // into vector code.
+    const auto compute = [&of](const uint8_t* __restrict source, Number* __restrict result,
+                               size_t bytes, ptrdiff_t column, ptrdiff_t row)
         __attribute__((noinline)) {
-        const Change own = change;
+        const Of own = of;
         for (size_t k = 0; k < bytes; ++k)
             result[k] = own(ChannelWindow(source + k, column, row));
     };
+    const size_t count = run.source.size();
+    const auto [first, last] = windowsInBuffer(run.x, run.y, count, stencil);
+    const ptrdiff_t column = ptrdiff_t{size} * stencil.spacing;
+    compute(bytesOf(run.source.data()) + first * size, numbers + first * size,
+            (last - first) * size, column, column * bits_.stride());
+    if (first == 0 && last == count) return;
+    SurroundingsCopy copy(bits_, stencil);
+    for (size_t i = 0; i < count; ++i) {
+        if (i >= first && i < last) continue;
+        copy.take(run.x + static_cast<int32_t>(i), run.y);
+        compute(bytesOf(copy.centre()), numbers + i * size, size, size, size * copy.row());
+    }
+}
+
+template <class Change>
+PixelBuffer cBitFilter::filterChannels(OnFailure mode, const Walk& walk, const Stencil& stencil,
+                                       Channels channels, Change change) {
+    const uint32_t kept = 255U << shiftOf(channels == Channels::blueGreenRed ? 3 : 0);
     return filterRows(mode, walk, [&](const RowRun& run) {
-        const size_t count = run.source.size();
-        const auto [first, last] = windowsInBuffer(run.x, run.y, count, stencil);
-        const uint8_t* source = bytesOf(run.source.data());
-        auto* result = reinterpret_cast<uint8_t*>(run.result.data());
-        const ptrdiff_t column = ptrdiff_t{size} * stencil.spacing;
-        compute(source + first * size, result + first * size, (last - first) * size, column,
-                column * bits_.stride());
-        SurroundingsCopy copy(bits_, stencil);
-        for (size_t i = 0; i < count; ++i) {
-            if (i >= first && i < last) continue;
-            copy.take(run.x + static_cast<int32_t>(i), run.y);
-            compute(bytesOf(copy.centre()), result + i * size, size, size, size * copy.row());
+        eachChannelWindow(run, stencil, reinterpret_cast<uint8_t*>(run.result.data()), change);
+        keepBits(run.source.data(), run.result.data(), run.source.size(), kept);
+    });
+}
+
+template <class OfChannel, class Join>
+PixelBuffer cBitFilter::filterJoined(OnFailure mode, const Walk& walk, const Stencil& stencil,
+                                     OfChannel ofChannel, Join join) {
+    return filterRows(mode, walk, [&](const RowRun& run) {
+        constexpr size_t atOnce = 512;  // so that the numbers stay in the nearest cache
+        std::array<int16_t, atOnce * sizeof(Pixel)> numbers;
+        for (size_t from = 0; from < run.source.size(); from += atOnce) {
+            const RowRun part = run.part(from, atOnce);
+            eachChannelWindow(part, stencil, numbers.data(), ofChannel);
+            joinColours(part.source.data(), numbers.data(), part.result.data(), part.source.size(),
+                        join);
         }
-        for (size_t k = kept; k < count * size; k += size)
-            result[k] = source[k];
     });
 }
 

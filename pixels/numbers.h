@@ -25,6 +25,13 @@ inline int32_t roundToInteger(double value) {
 /// Stores a value with the precision of 32 bits, where an intermediate one is kept so.
 constexpr float single(double value) { return static_cast<float>(value); }
 
+/// roundToInteger() for loops over many numbers, which becomes vector code: none of them may lie
+/// outside 32 bits. The sum has no room for a fraction, and so it is rounded as a sum.
+inline int32_t roundInLoop(double value) {
+    constexpr double wholeNumbers = 6755399441055744.0;  // 1.5 * 2^52
+    return static_cast<int32_t>((value + wholeNumbers) - wholeNumbers);
+}
+
 /// Limits an integer to the range of 32 bits.
 inline int32_t clampToInteger(int64_t value) {
     return static_cast<int32_t>(std::clamp<int64_t>(value, std::numeric_limits<int32_t>::min(),
@@ -46,9 +53,37 @@ inline int32_t quotientInLoop(int32_t dividend, int32_t divisor) {
     return static_cast<int32_t>(static_cast<double>(dividend) / divisor);
 }
 
+/// Division of numbers up to 32767 by one that stays the same, in lanes of 16 bits.
+class NarrowDivisor {
+  public:
+    /// \param divisor 1 to 32767
+    explicit NarrowDivisor(int32_t divisor) {
+        // 2^shift_ is the lowest power not below the divisor, and the factor 2^(shift_ + 15) times
+        // the divisor's inverse, rounded up: for no number does the error reach the next quotient.
+        while (1 << shift_ < divisor)
+            ++shift_;
+        factor_ = static_cast<uint16_t>(((1 << (shift_ + 15)) + divisor - 1) / divisor);
+    }
+    /// \param dividend up to 32767
+    uint16_t quotient(uint16_t dividend) const {
+        const auto twice = static_cast<uint16_t>(2 * dividend);
+        return static_cast<uint16_t>(static_cast<uint32_t>(twice) * factor_ >> 16 >> shift_);
+    }
+
+  private:
+    int shift_ = 0;
+    uint16_t factor_;
+};
+
 /// Limits an integer to the range of a byte.
 inline uint8_t clampToByte(int32_t value) {
     return static_cast<uint8_t>(std::clamp(value, 0, 255));
+}
+
+/// The same as a number of 32 bits, for loops over many.
+constexpr int32_t clampToLevel(int32_t value) {
+    const int32_t notBelow = value > 0 ? value : 0;
+    return notBelow < 255 ? notBelow : 255;
 }
 
 /// The low eight bits of an integer: what a byte keeps of it where nothing limits it first.
