@@ -62,7 +62,9 @@ function(tessarine_room_target target level)
     return()
   endif()
 
-  target_compile_options(${target} PRIVATE -O3 -fno-semantic-interposition)
+  # Nobody looks at the processor's floating-point flags: a step of which only some pixels need the
+  # outcome may be taken for all of them. No value depends on it.
+  target_compile_options(${target} PRIVATE -O3 -fno-semantic-interposition -fno-trapping-math)
   set(folder ${TESSARINE_LIBRARY_FOLDER})
   if(level)
     target_compile_options(${target} PRIVATE -march=${level})
