@@ -28,7 +28,9 @@ auto softReplacement(int32_t ColorFrom, int32_t ColorTo, int32_t Tolerance, Gate
         const int32_t distance = squaredDistance(c, from);
         const double nearness = single(1 - distance / static_cast<double>(circle));
         const double k = (distance <= circle) & gate(c) ? nearness : 0;
-        const auto mixed = [k](int32_t v, int32_t goal) { return roundInLoop(v + (goal - v) * k); };
+        const auto mixed = [k](int32_t v, int32_t goal) {
+            return roundFitting(v + (goal - v) * k);
+        };
         return Colour{mixed(c.blue, to.blue), mixed(c.green, to.green), mixed(c.red, to.red)};
     };
 }
@@ -127,7 +129,7 @@ PixelBuffer cBitFilter::RotateH(int32_t HOffset, int32_t SATURATION) {
     // Up to there no level comes near the ends of 32 bits.
     constexpr double near = 1000;
     if (std::fabs(offset) <= near && std::fabs(factor) <= near)
-        return filter([](double value) { return roundInLoop(value); });
+        return filter([](double value) { return roundFitting(value); });
     return filter([](double value) { return roundToInteger(value); });
 }
 

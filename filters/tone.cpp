@@ -147,7 +147,7 @@ PixelBuffer cBitFilter::SATURATION(int32_t Factor) {
         return eachChannel(c, [=](int32_t v) {
             const double moved = v + k * (v - level);
             const double notBelow = moved > 0 ? moved : 0;
-            return roundInLoop(notBelow < 255 ? notBelow : 255);
+            return roundFitting(notBelow < 255 ? notBelow : 255);
         });
     });
 }
@@ -160,7 +160,7 @@ PixelBuffer cBitFilter::Invert() {
 
 PixelBuffer cBitFilter::GreyScale() {
     return filterPixels(OnFailure::skip, [](const Colour& c) {
-        return grey(roundInLoop(0.071 * c.blue + 0.707 * c.green + 0.222 * c.red));
+        return grey(roundFitting(0.071 * c.blue + 0.707 * c.green + 0.222 * c.red));
     });
 }
 
