@@ -467,6 +467,8 @@ class cBatch {
     /// Reads a file into iSrc, which keeps what it held where that fails.
     /// \return whether a picture was read; its figures, or why not, stand in `entry`
     bool loadIntoSource(const std::string& path, PictureReport& entry);
+    /// The pictures behind number `i` may be read ahead, but for what may be an output.
+    void expectAfter(int32_t i, const std::string& destination);
     void applyRows(Overview overview);
     void paintResultIntoSource();
     void restorePreview();

@@ -15,6 +15,7 @@
 #include "batch/shortage_watch.h"
 #include "batch/texts.h"
 #include "imagefiles/disk.h"
+#include "pixels/pixel_memory.h"
 
 // The run with each picture by itself.
 
@@ -282,6 +283,7 @@ void cBatch::BatchEach() {
     stopRequested = false;
     report.clear();
     EachRun(*this).run();
+    pixelMemory().giveBack();
 }
 
 PictureReport cBatch::processAlone(const Alone& picture) {

@@ -30,9 +30,9 @@ bool Admission::Place::admit(uint64_t bytes, const std::function<bool()>& isOff)
         Admission& all = admission_;
         all.waiting_.push_back(this);
         const auto fits = [&] {
-            return all.waiting_.front() == this &&
-                   (all.admitted_ == 0 ||
-                    (all.taken_ <= all.budget_ && bytes <= all.budget_ - all.taken_));
+            return isHurried_ || (all.waiting_.front() == this &&
+                                  (all.admitted_ == 0 || (all.taken_ <= all.budget_ &&
+                                                          bytes <= all.budget_ - all.taken_)));
         };
         bool off = false;
         while (!fits() && !off) {
@@ -53,6 +53,12 @@ bool Admission::Place::admit(uint64_t bytes, const std::function<bool()>& isOff)
 void Admission::Place::admitAtOnce(uint64_t bytes) {
     const std::lock_guard lock(admission_.guard_);
     raise(bytes);
+}
+
+void Admission::Place::hurry() {
+    const std::lock_guard lock(admission_.guard_);
+    isHurried_ = true;
+    admission_.changed_.notify_all();
 }
 
 void Admission::Place::leave() {

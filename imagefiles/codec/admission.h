@@ -40,6 +40,8 @@ class Admission {
         bool admit(uint64_t bytes, const std::function<bool()>& isOff = {});
         /// Does not wait.
         void admitAtOnce(uint64_t bytes);
+        /// Lets the thread that waits in admit() in at once: from any thread.
+        void hurry();
         void leave();
 
       private:
@@ -47,6 +49,7 @@ class Admission {
 
         Admission& admission_;
         bool isIn_ = false;
+        bool isHurried_ = false;
         uint64_t bytes_ = 0;
     };
 

@@ -50,6 +50,17 @@ OpenedPicture openPicture(const std::string& path, const std::string& extension)
     return opened;
 }
 
+/// What the files were when they were opened. \param companions  how many there may be
+FileMarks marksOf(const OpenedPicture& opened, size_t companions) {
+    FileMarks marks{markOf(opened.files[0].get())};
+    for (size_t i = 0, next = 1; i < companions; ++i) {
+        marks.emplace_back();
+        if (i < 32 && (opened.companions >> i & 1) != 0)
+            marks.back() = markOf(opened.files[next++].get());
+    }
+    return marks;
+}
+
 }  // namespace
 
 /// One picture of several in flight.
@@ -58,7 +69,10 @@ class CodecFiles::OnePicture : public PictureFiles {
     explicit OnePicture(CodecFiles& files) : files_(files), place_(files.admission_) {}
 
     ReadOutcome read(const std::string& path, const std::string& extension) override {
-        return files_.read(path, extension, &place_, {});
+        const auto admit = [&](uint64_t pixels) {
+            return place_.admit(Admission::bytesFor(pixels));
+        };
+        return files_.read({path, extension}, admit, {});
     }
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
                        OutputFile& file) override {
@@ -78,7 +92,11 @@ CodecFiles::CodecFiles(Options options)
                    : [program = options_.program](HelperKind kind) -> std::unique_ptr<Helper> {
           return std::make_unique<HelperProcess>(program, kind);
       }),
-      mostIdle_(options_.mostIdle) {
+      mostIdle_(options_.mostIdle),
+      ahead_(admission_, options_.settled,
+             [this](const ExpectedFile& file, Admission::Place& place,
+                    const std::function<bool()>& isOff,
+                    FileMarks& marks) { return readAhead(file, place, isOff, marks); }) {
     if (!options_.number) options_.number = [] { return std::random_device()(); };
     if (options_.startsEarly) coming_.push_back(starter_.start(HelperKind::files));
 }
@@ -94,9 +112,17 @@ std::shared_ptr<Pixel> CodecFiles::SharedMemory::take(size_t pixels) {
 
 void CodecFiles::prepareFor(size_t pictures) {
     admission_.setBudget(options_.budget ? *options_.budget : availableMemory() / 2);
+    constexpr auto files = static_cast<size_t>(HelperKind::files);
+    std::vector<std::unique_ptr<HelperLink>> tooMany;
     const std::lock_guard lock(guard_);
     mostIdle_ = std::max<size_t>(pictures, 1);
-    constexpr auto files = static_cast<size_t>(HelperKind::files);
+    for (auto& idle : idle_)
+        while (idle.size() > mostIdle_) {
+            tooMany.push_back(std::move(idle.back()));
+            idle.pop_back();
+        }
+    while (!coming_.empty() && idle_[files].size() + coming_.size() > mostIdle_)
+        coming_.pop_back();
     while (idle_[files].size() + coming_.size() < mostIdle_)
         coming_.push_back(starter_.start(HelperKind::files));
 }
@@ -177,20 +203,36 @@ CodecFiles::Failure CodecFiles::ask(HelperKind kind, HelperRequest& request,
     }
 }
 
-ReadOutcome CodecFiles::read(const std::string& path, const std::string& extension) {
-    return read(path, extension, nullptr, {options_.onWaiting, {}});
+void CodecFiles::expect(const std::vector<ExpectedFile>& files) { ahead_.expect(files); }
+
+ReadOutcome CodecFiles::readAhead(const ExpectedFile& file, Admission::Place& place,
+                                  const std::function<bool()>& isOff, FileMarks& marks) {
+    const auto admit = [&](uint64_t pixels) {
+        return place.admit(Admission::bytesFor(pixels), isOff);
+    };
+    return read(file, admit, {{}, isOff}, &marks);
 }
 
-ReadOutcome CodecFiles::read(const std::string& path, const std::string& extension,
-                             Admission::Place* place, const Waiting& waiting) {
+ReadOutcome CodecFiles::read(const std::string& path, const std::string& extension) {
+    std::optional<ReadOutcome> ahead = ahead_.take(path, extension, options_.onWaiting);
+    if (ahead) return std::move(*ahead);
+    // The picture whose turn it is does not wait; those that are read ahead give way to it.
+    const auto admit = [&](uint64_t pixels) {
+        if (Admission::Place* const place = ahead_.placeOfTurn())
+            place->admitAtOnce(Admission::bytesFor(pixels));
+        return true;
+    };
+    return read({path, extension}, admit, {options_.onWaiting, {}});
+}
+
+ReadOutcome CodecFiles::read(const ExpectedFile& file,
+                             const std::function<bool(uint64_t pixels)>& admit,
+                             const Waiting& waiting, FileMarks* marks) {
+    const auto& [path, extension] = file;
     ReadOutcome outcome;
     try {
         OpenedPicture opened = openPicture(path, extension);
-        ReadingRequest::Admit admit;
-        if (place != nullptr)
-            admit = [&](uint64_t pixels) {
-                return place->admit(Admission::bytesFor(pixels), waiting.isOff);
-            };
+        if (marks != nullptr) *marks = marksOf(opened, companionPaths(path, extension).size());
         ReadingRequest request(pool_, options_.wishes, std::move(opened.files), opened.companions,
                                extension, admit);
         Failure failure = ask(kindFor(extension), request, waiting);

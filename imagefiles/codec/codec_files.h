@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -13,6 +14,7 @@
 #include "imagefiles/codec/helper.h"
 #include "imagefiles/codec/helper_starter.h"
 #include "imagefiles/codec/limits.h"
+#include "imagefiles/codec/reading_ahead.h"
 #include "imagefiles/picture_files.h"
 #include "pixels/pixel_memory.h"
 
@@ -26,7 +28,8 @@ struct Waiting;
 /// it or turns it against us costs that picture and no other: the helper is replaced.
 ///
 /// Members may be called from any thread, and again from within onWaiting; each call has a helper
-/// to itself. Callers' threads may come and go: helpers are started on a thread of this object.
+/// to itself; expect() and the read() that it is meant for belong to one thread. Callers' threads
+/// may come and go: helpers are started on a thread of this object.
 class CodecFiles : public PictureFiles {
   public:
     struct Options {
@@ -53,6 +56,8 @@ class CodecFiles : public PictureFiles {
         /// Bytes that pictures in flight may take together, one alone more than that; left out,
         /// half of what is available when prepareFor() is called.
         std::optional<uint64_t> budget;
+        /// How long a file has to have been as it is to be read ahead.
+        std::chrono::nanoseconds settled = std::chrono::seconds(2);
     };
 
     /// Does not wait for the first helper. Where none can be started each picture tells so.
@@ -61,11 +66,12 @@ class CodecFiles : public PictureFiles {
     CodecFiles(const CodecFiles&) = delete;
     CodecFiles& operator=(const CodecFiles&) = delete;
 
-    /// Starts what is missing of so many helpers, without waiting for them, and keeps so many from
-    /// now on.
+    /// Starts what is missing of so many helpers, without waiting for them, and keeps so many and
+    /// no more from now on.
     void prepareFor(size_t pictures) override;
     /// Calls nobody while it waits.
     std::unique_ptr<PictureFiles> onePicture() override;
+    void expect(const std::vector<ExpectedFile>& files) override;
     ReadOutcome read(const std::string& path, const std::string& extension) override;
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
                        OutputFile& file) override;
@@ -91,8 +97,12 @@ class CodecFiles : public PictureFiles {
 
     class OnePicture;
 
-    ReadOutcome read(const std::string& path, const std::string& extension, Admission::Place* place,
-                     const Waiting& waiting);
+    /// \param admit  asked before memory is granted
+    /// \param marks  filled where it is wanted
+    ReadOutcome read(const ExpectedFile& file, const std::function<bool(uint64_t pixels)>& admit,
+                     const Waiting& waiting, FileMarks* marks = nullptr);
+    ReadOutcome readAhead(const ExpectedFile& file, Admission::Place& place,
+                          const std::function<bool()>& isOff, FileMarks& marks);
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
                        OutputFile& file, const Waiting& waiting);
     /// A helper that is kept, or was started for later; nullptr where there is none.
@@ -112,6 +122,7 @@ class CodecFiles : public PictureFiles {
     std::array<std::vector<std::unique_ptr<HelperLink>>, 2> idle_;  ///< by HelperKind
     std::vector<HelperStarter::Coming> coming_;                     ///< helpers for files
     std::vector<std::string> noticed_;
+    ReadingAhead ahead_;  ///< the first to go
 };
 
 }  // namespace tessarine
