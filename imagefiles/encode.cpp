@@ -9,6 +9,7 @@
 #include "imagefiles/format_table.h"
 #include "imagefiles/gif_encoder.h"
 #include "imagefiles/jpeg.h"
+#include "imagefiles/png.h"
 #include "pixels/failures.h"
 
 namespace tessarine {
@@ -38,6 +39,7 @@ void encode(const Bitmap& picture, const std::string& extension, int16_t formatI
     if (!route) throw StatementFailed("pictures are not saved as \"" + extension + "\"");
     switch (*route) {
         case SaveRoute::devil:
+            if (extension == "png") return writePng(picture, file);
             return saveThroughDevil(picture, extension, file);
         case SaveRoute::encoder:
             if (formatIndex < 0 || formatIndex > 2)
