@@ -110,8 +110,7 @@ struct Slanting {
         const double ripple = nearSineAndCosine(numberOf(x, y)).sine;
         const double moved = Intensity == 0 ? x - 3 * ripple : y - 10 * ripple;
         const Near<int32_t> whole = nearInteger(moved, error);
-        return Intensity == 0 ? Guess{{whole.value, y}, whole.isSure}
-                              : Guess{{x, whole.value}, whole.isSure};
+        return {Intensity == 0 ? whole.value : x, Intensity == 0 ? y : whole.value, whole.isSure};
     }
 };
 
@@ -178,7 +177,8 @@ PixelBuffer cBitFilter::BEND(int32_t RadiusFactor, bool CleanBack) {
     // The row's offset stands first, so that the angle is 0 straight below the centre.
     const auto guessOf = [=](int32_t x, int32_t y) {
         const Near<float> angle = nearAngle(y - cy, x - cx);
-        return Guess{placeBy(x - cx, y - cy, angle.value), angle.isSure};
+        const Point place = placeBy(x - cx, y - cy, angle.value);
+        return Guess{place.x, place.y, angle.isSure};
     };
     const auto placeOf = [=](int32_t x, int32_t y) {
         return placeBy(x - cx, y - cy, GetAngle(y - cy, x - cx));
@@ -241,9 +241,9 @@ PixelBuffer cBitFilter::TWIRL(int32_t Factor, int32_t OffsetDeg, bool CleanBack)
         const SineAndCosine along = nearSineAndCosine(turned);
         const Near<int32_t> sx = nearInteger(r * along.cosine + cx, error);
         const Near<int32_t> sy = nearInteger(r * along.sine + cy, error);
-        const bool isSure = angle.isSure & sx.isSure & sy.isSure & (r > 0) & (r < largestRadius) &
-                            (std::abs(turned) < largestAngle);
-        return Guess{{sx.value, sy.value}, isSure};
+        const bool isInReach = (r > 0) & (r < largestRadius) & (std::abs(turned) < largestAngle);
+        return Guess{sx.value, sy.value,
+                     angle.isSure & sx.isSure & sy.isSure & (isInReach ? 1 : 0)};
     };
     return filterGuessedSources(uncoveredBy(CleanBack), guessOf, placeOf);
 }
