@@ -66,7 +66,8 @@ inline Near<float> nearAngle(int32_t dX, int32_t dY) {
     const double size = isOnAxis ? pi / 2 : steep;
     const double play = isOnAxis ? 0 : size * error;
     const double turn = dX < 0 ? pi : 0;
-    const double sign = (isOnAxis ? dY < 1 : (dY < 0) != (dX < 0)) ? -1 : 1;
+    const int32_t lowestPositive = isOnAxis ? 1 : 0;
+    const double sign = (dY < lowestPositive) != (dX < 0) ? -1 : 1;
     const float low = single(sign * (size - play) + turn);
     const float high = single(sign * (size + play) + turn);
     return {low, low == high ? 1 : 0};
@@ -109,13 +110,15 @@ inline SineAndCosine nearSineAndCosine(double angle) {
     sum = sum * square - 0.5;
     const double cosine = 1 + square * sum;
 
-    // An odd quarter exchanges the two; the signs go by the two lowest bits.
-    const bool isOdd = (quarters & 1) != 0;
-    const auto negated = [](double value, uint64_t isNegative) {
-        return std::bit_cast<double>(std::bit_cast<uint64_t>(value) ^ isNegative << 63);
+    // An odd quarter exchanges the two; the signs go by the two lowest bits. All by bits, as the
+    // oldest processors do not compare such numbers many at once.
+    const uint64_t odd = 0 - (quarters & 1);
+    const auto chosen = [odd](double even, double uneven, uint64_t isNegative) {
+        const uint64_t bits =
+            (std::bit_cast<uint64_t>(even) & ~odd) | (std::bit_cast<uint64_t>(uneven) & odd);
+        return std::bit_cast<double>(bits ^ isNegative << 63);
     };
-    return {negated(isOdd ? cosine : sine, quarters >> 1 & 1),
-            negated(isOdd ? sine : cosine, (quarters + 1) >> 1 & 1)};
+    return {chosen(sine, cosine, quarters >> 1 & 1), chosen(cosine, sine, (quarters + 1) >> 1 & 1)};
 }
 
 }  // namespace tessarine
