@@ -105,8 +105,10 @@ PixelBuffer cBitFilter::filterMixed(RowOf rowOf) {
         }
         if (countable != 0) {
             const Word* origin = wordsOf(bits_.row(0));
-            for (int32_t i = 0; i < count; ++i)
+            for (int32_t i = 0; i < count; ++i) {
+                fetchAhead(origin + stride, places, i, count);
                 corners.take(i, origin + places[static_cast<size_t>(i)], stride);
+            }
             mixCorners(corners, count, mixed.data());
         }
         for (int32_t i = 0; i < count; ++i) {

@@ -12,8 +12,10 @@ namespace {
 /// that reads from several places is slower than reading one after the other.
 __attribute__((noinline, optimize("no-tree-vectorize"))) void takeWords(
     const Word* block, const OfStretch<int32_t>& places, int32_t count, Word* __restrict taken) {
-    for (int32_t i = 0; i < count; ++i)
+    for (int32_t i = 0; i < count; ++i) {
+        fetchAhead(block, places, i, count);
         taken[i] = block[places[static_cast<size_t>(i)]];
+    }
 }
 
 }  // namespace

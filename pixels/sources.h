@@ -25,6 +25,15 @@ struct Guess {
     int32_t isSure = 0;  ///< 1 or 0; a bool in memory keeps loops from becoming vector code
 };
 
+/// Asks for the memory of a place of a stretch before it is its turn: places of a turned picture
+/// lie in a row of their own each, which the processor does not foresee.
+inline void fetchAhead(const void* block, const OfStretch<int32_t>& places, int32_t i,
+                       int32_t count) {
+    constexpr int32_t ahead = 32;
+    const int32_t next = std::min(i + ahead, count - 1);
+    __builtin_prefetch(static_cast<const Pixel*>(block) + places[static_cast<size_t>(next)]);
+}
+
 /// Calls `work(part)` for the stretches of a run.
 template <class Work>
 void inStretches(const RowRun& run, Work work) {
