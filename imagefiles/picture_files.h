@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -53,6 +54,9 @@ struct WriteOutcome {
 class PictureFiles {
   public:
     virtual ~PictureFiles() = default;
+
+    /// So many pictures are about to be read and written side by side, each on a thread of its own.
+    virtual void prepareFor(size_t pictures) { static_cast<void>(pictures); }
 
     /// Reads a picture file by the route that its extension (in any case) names, and by nothing
     /// else. Nothing is thrown.

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <unistd.h>
 
 #include <fmt/format.h>
@@ -84,6 +85,8 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
         if (interrupted()) batch.stopRequested = true;
     };
 
+    batch.jobs =
+        line.jobs > 0 ? line.jobs : static_cast<int32_t>(std::thread::hardware_concurrency()) + 1;
     const auto start = std::chrono::steady_clock::now();
     if (line.windowMode) {
         batch.CmdBatchAll();

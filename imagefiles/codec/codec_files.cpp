@@ -50,14 +50,16 @@ OpenedPicture openPicture(const std::string& path, const std::string& extension)
 
 }  // namespace
 
-CodecFiles::CodecFiles(Options options) : options_(std::move(options)) {
-    if (!options_.start)
-        options_.start = [program = options_.program](HelperKind kind) {
-            return std::make_unique<HelperProcess>(program, kind);
-        };
+CodecFiles::CodecFiles(Options options)
+    : options_(std::move(options)),
+      starter_(options_.start
+                   ? options_.start
+                   : [program = options_.program](HelperKind kind) -> std::unique_ptr<Helper> {
+          return std::make_unique<HelperProcess>(program, kind);
+      }),
+      mostIdle_(options_.mostIdle) {
     if (!options_.number) options_.number = [] { return std::random_device()(); };
-    if (!options_.startsEarly) return;
-    attempt([&] { release(HelperKind::files, start(HelperKind::files)); });
+    if (options_.startsEarly) coming_.push_back(starter_.start(HelperKind::files));
 }
 
 CodecFiles::~CodecFiles() = default;
@@ -69,25 +71,40 @@ std::shared_ptr<Pixel> CodecFiles::SharedMemory::take(size_t pixels) {
     return memory;
 }
 
-std::unique_ptr<HelperLink> CodecFiles::start(HelperKind kind) const {
-    return std::make_unique<HelperLink>(options_.start(kind), options_.onWaiting);
+void CodecFiles::prepareFor(size_t pictures) {
+    const std::lock_guard lock(guard_);
+    mostIdle_ = std::max<size_t>(pictures, 1);
+    constexpr auto files = static_cast<size_t>(HelperKind::files);
+    while (idle_[files].size() + coming_.size() < mostIdle_)
+        coming_.push_back(starter_.start(HelperKind::files));
+}
+
+std::unique_ptr<HelperLink> CodecFiles::takeKept(HelperKind kind) {
+    HelperStarter::Coming coming;
+    {
+        const std::lock_guard lock(guard_);
+        std::vector<std::unique_ptr<HelperLink>>& idle = idle_[static_cast<size_t>(kind)];
+        if (!idle.empty()) {
+            std::unique_ptr<HelperLink> link = std::move(idle.back());
+            idle.pop_back();
+            return link;
+        }
+        if (kind != HelperKind::files || coming_.empty()) return nullptr;
+        coming = std::move(coming_.front());
+        coming_.erase(coming_.begin());
+    }
+    std::unique_ptr<HelperLink> link;
+    attempt([&] { link = std::make_unique<HelperLink>(coming.get(), options_.onWaiting); });
+    return link;
 }
 
 std::unique_ptr<HelperLink> CodecFiles::acquire(HelperKind kind) {
-    std::unique_ptr<HelperLink> link;
-    for (;;) {
-        {
-            const std::lock_guard lock(guard_);
-            std::vector<std::unique_ptr<HelperLink>>& idle = idle_[static_cast<size_t>(kind)];
-            if (idle.empty()) break;
-            link = std::move(idle.back());
-            idle.pop_back();
-        }
-        // One that made room for a fresh one meanwhile, or talks unasked, is let go.
-        if (!link->isReady() || link->isQuiet()) break;
-        link.reset();
-    }
-    if (link == nullptr) link = start(kind);
+    std::unique_ptr<HelperLink> link = takeKept(kind);
+    // One that made room for a fresh one meanwhile, or talks unasked, is let go.
+    while (link != nullptr && link->isReady() && !link->isQuiet())
+        link = takeKept(kind);
+    if (link == nullptr)
+        link = std::make_unique<HelperLink>(starter_.start(kind).get(), options_.onWaiting);
     if (!link->isReady()) notice(link->awaitReady());
     return link;
 }
@@ -95,7 +112,7 @@ std::unique_ptr<HelperLink> CodecFiles::acquire(HelperKind kind) {
 void CodecFiles::release(HelperKind kind, std::unique_ptr<HelperLink> link) {
     const std::lock_guard lock(guard_);
     std::vector<std::unique_ptr<HelperLink>>& idle = idle_[static_cast<size_t>(kind)];
-    if (idle.size() < options_.mostIdle) idle.push_back(std::move(link));
+    if (idle.size() < mostIdle_) idle.push_back(std::move(link));
 }
 
 void CodecFiles::notice(const std::string& refused) {

@@ -9,6 +9,7 @@
 
 #include "imagefiles/codec/blocks.h"
 #include "imagefiles/codec/helper.h"
+#include "imagefiles/codec/helper_starter.h"
 #include "imagefiles/codec/limits.h"
 #include "imagefiles/picture_files.h"
 #include "pixels/pixel_memory.h"
@@ -22,8 +23,7 @@ class HelperRequest;
 /// it or turns it against us costs that picture and no other: the helper is replaced.
 ///
 /// Members may be called from any thread, and again from within onWaiting; each call has a helper
-/// to itself. A helper ends with the thread that it was started on: whoever calls from several
-/// threads keeps them.
+/// to itself. Callers' threads may come and go: helpers are started on a thread of this object.
 class CodecFiles : public PictureFiles {
   public:
     struct Options {
@@ -36,14 +36,16 @@ class CodecFiles : public PictureFiles {
         /// Called about every 50 ms while an answer takes longer than 200 ms, on the thread that
         /// waits.
         std::function<void()> onWaiting;
-        /// How a helper comes to be, where it is not a process of `program`.
+        /// How a helper comes to be, where it is not a process of `program`. Called on a thread
+        /// that lives as long as the CodecFiles.
         /// \throws StatementFailed where it does not
         std::function<std::unique_ptr<Helper>(HelperKind)> start;
         /// Whether the first helper is started at once, to be ready when it is needed.
         bool startsEarly = true;
         /// Gives the numbers of requests; left out, they cannot be foreseen.
         std::function<uint32_t()> number;
-        /// Helpers of each kind that are kept when nothing is to be done.
+        /// Helpers of each kind that are kept when nothing is to be done, until prepareFor() tells
+        /// another number.
         size_t mostIdle = 1;
     };
 
@@ -53,6 +55,9 @@ class CodecFiles : public PictureFiles {
     CodecFiles(const CodecFiles&) = delete;
     CodecFiles& operator=(const CodecFiles&) = delete;
 
+    /// Starts what is missing of so many helpers, without waiting for them, and keeps so many from
+    /// now on.
+    void prepareFor(size_t pictures) override;
     ReadOutcome read(const std::string& path, const std::string& extension) override;
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
                        OutputFile& file) override;
@@ -76,7 +81,8 @@ class CodecFiles : public PictureFiles {
         std::string message;
     };
 
-    std::unique_ptr<HelperLink> start(HelperKind kind) const;
+    /// A helper that is kept, or was started for later; nullptr where there is none.
+    std::unique_ptr<HelperLink> takeKept(HelperKind kind);
     std::unique_ptr<HelperLink> acquire(HelperKind kind);
     void release(HelperKind kind, std::unique_ptr<HelperLink> link);
     void notice(const std::string& refused);
@@ -85,8 +91,11 @@ class CodecFiles : public PictureFiles {
     Options options_;
     BlockPool pool_;
     SharedMemory memory_{pool_};
+    HelperStarter starter_;
     std::mutex guard_;
+    size_t mostIdle_;
     std::array<std::vector<std::unique_ptr<HelperLink>>, 2> idle_;  ///< by HelperKind
+    std::vector<HelperStarter::Coming> coming_;                     ///< helpers for files
     std::vector<std::string> noticed_;
 };
 
