@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
+#include <span>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -14,6 +16,7 @@
 #include "pixels/numbers.h"
 #include "pixels/reserved.h"
 #include "pixels/sources.h"
+#include "pixels/words.h"
 
 // Deformations: each pixel is taken from a computed source point. And Shift, which moves colours.
 //
@@ -109,8 +112,7 @@ struct Slanting {
         const double ripple = nearSineAndCosine(numberOf(x, y)).sine;
         const double moved = Intensity == 0 ? x - 3 * ripple : y - 10 * ripple;
         const Near<int32_t> whole = nearInteger(moved, error);
-        return Intensity == 0 ? Guess{{whole.value, y}, whole.isSure}
-                              : Guess{{x, whole.value}, whole.isSure};
+        return {Intensity == 0 ? whole.value : x, Intensity == 0 ? y : whole.value, whole.isSure};
     }
 };
 
@@ -177,7 +179,8 @@ PixelBuffer cBitFilter::BEND(int32_t RadiusFactor, bool CleanBack) {
     // The row's offset stands first, so that the angle is 0 straight below the centre.
     const auto guessOf = [=](int32_t x, int32_t y) {
         const Near<float> angle = nearAngle(y - cy, x - cx);
-        return Guess{placeBy(x - cx, y - cy, angle.value), angle.isSure};
+        const Point place = placeBy(x - cx, y - cy, angle.value);
+        return Guess{place.x, place.y, angle.isSure};
     };
     const auto placeOf = [=](int32_t x, int32_t y) {
         return placeBy(x - cx, y - cy, GetAngle(y - cy, x - cx));
@@ -240,9 +243,9 @@ PixelBuffer cBitFilter::TWIRL(int32_t Factor, int32_t OffsetDeg, bool CleanBack)
         const SineAndCosine along = nearSineAndCosine(turned);
         const Near<int32_t> sx = nearInteger(r * along.cosine + cx, error);
         const Near<int32_t> sy = nearInteger(r * along.sine + cy, error);
-        const bool isSure = angle.isSure & sx.isSure & sy.isSure & (r > 0) & (r < largestRadius) &
-                            (std::abs(turned) < largestAngle);
-        return Guess{{sx.value, sy.value}, isSure};
+        const bool isInReach = (r > 0) & (r < largestRadius) & (std::abs(turned) < largestAngle);
+        return Guess{sx.value, sy.value,
+                     angle.isSure & sx.isSure & sy.isSure & (isInReach ? 1 : 0)};
     };
     return filterGuessedSources(uncoveredBy(CleanBack), guessOf, placeOf);
 }
@@ -364,6 +367,33 @@ PixelBuffer cBitFilter::TileMask(const PixelBuffer& mskBits, int32_t xOffset, in
         return Pixel{blend(image.blue, mask.blue), blend(image.green, mask.green),
                      blend(image.red, mask.red), 0};
     };
+    // Shares from 0 to 1 lead out of no byte's range.
+    const bool areShares = T >= 0 && T <= 1;
+    const auto blendWords = [=](const Word* mask, const Word* source, Word* __restrict result,
+                                size_t count) {
+        const uint32_t leftOut =
+            MaskColor == -1 ? ~0U : std::bit_cast<uint32_t>(transparent) & coloursOfWord;
+        const auto blend = [=](uint32_t a, uint32_t b, int32_t shift) {
+            const auto image = static_cast<int32_t>(a >> shift & 255);
+            const auto over = static_cast<int32_t>(b >> shift & 255);
+            return static_cast<uint32_t>(roundInLoop(image * T + over * U)) << shift;
+        };
+        for (size_t k = 0; k < count; ++k) {
+            const uint32_t p = source[k];
+            const uint32_t m = mask[k];
+            const uint32_t mixed = blend(p, m, blueShift) | blend(p, m, greenShift) |
+                                   blend(p, m, redShift) | (p & ~coloursOfWord);
+            result[k] = (m & coloursOfWord) == leftOut ? result[k] : mixed;
+        }
+    };
+    const auto blendRow = [=](std::span<const Pixel> mask, std::span<const Pixel> source,
+                              std::span<Pixel> result) {
+        if (areShares)
+            return blendWords(wordsOf(mask.data()), wordsOf(source.data()), wordsOf(result.data()),
+                              mask.size());
+        for (size_t k = 0; k < mask.size(); ++k)
+            if (isOpaque(mask[k])) takeColours(result[k], blended(source[k], mask[k]));
+    };
     const CellGrid grid{.left = xOffset,
                         .top = yOffset,
                         .right = maxX_,
@@ -378,10 +408,15 @@ PixelBuffer cBitFilter::TileMask(const PixelBuffer& mskBits, int32_t xOffset, in
     return filterCells(OnFailure::raise, grid, [&](const Cell& cell) {
         paintRuns(cell.result, cell.shown, [&](const RowRun& run) {
             const Pixel* mask = mskBits.row(run.y - cell.place.top);
-            int32_t a = (run.x - cell.place.left) % mskBits.width();
-            for (size_t k = 0; k < run.result.size(); ++k) {
-                if (isOpaque(mask[a])) takeColours(run.result[k], blended(run.source[k], mask[a]));
-                if (++a == mskBits.width()) a = 0;
+            const int32_t count = mskBits.width();
+            int32_t a = (run.x - cell.place.left) % count;
+            for (size_t k = 0; k < run.result.size();) {
+                const size_t width =
+                    std::min(run.result.size() - k, static_cast<size_t>(count - a));
+                blendRow({mask + a, width}, run.source.subspan(k, width),
+                         run.result.subspan(k, width));
+                k += width;
+                a = 0;
             }
         });
     });

@@ -17,7 +17,7 @@ namespace tessarine {
 template <class Value>
 struct Near {
     Value value = 0;
-    bool isSure = false;
+    int32_t isSure = 0;  ///< 1 or 0; a bool in memory keeps loops from becoming vector code
 };
 
 /// Rounds what is known to within `error`, which is far below 1.
@@ -26,24 +26,30 @@ inline Near<int32_t> nearInteger(double value, double error) {
     constexpr double tooLarge = 1073741824.0;
     const double whole = (value + wholes) - wholes;
     const bool isSure = (std::abs(value - whole) < 0.5 - error) & (std::abs(whole) < tooLarge);
-    return {static_cast<int32_t>(isSure ? whole : 0.0), isSure};
+    return {static_cast<int32_t>(isSure ? whole : 0.0), isSure ? 1 : 0};
 }
 
 /// The arctangent of a number from 0 to 1, to within 1e-13 of itself.
 inline double nearArctangent(double value) {
-    // A polynomial in the square, through the arctangent at Chebyshev's points of 0 to 1.
-    constexpr double factors[] = {
-        -0.00010950133737292665, 0.0009961348991062624, -0.0042695010966784085,
-        0.011594726016119614,    -0.02279206378279654,  0.0354478304883713,
-        -0.047005235904944216,   0.056826465091119466,  -0.06613494495894422,
-        0.07681984916045911,     -0.0908950250900279,   0.11110983774962185,
-        -0.14285707246678706,    0.19999999793953496,   -0.33333333330931053,
-        0.9999999999999531};
+    // A polynomial in the square, through the arctangent at Chebyshev's points of 0 to 1. Step by
+    // step: loops within loops do not become vector code.
     const double square = value * value;
-    double sum = 0;
-#pragma GCC unroll 16
-    for (const double factor : factors)
-        sum = sum * square + factor;
+    double sum = -0.00010950133737292665;
+    sum = sum * square + 0.0009961348991062624;
+    sum = sum * square - 0.0042695010966784085;
+    sum = sum * square + 0.011594726016119614;
+    sum = sum * square - 0.02279206378279654;
+    sum = sum * square + 0.0354478304883713;
+    sum = sum * square - 0.047005235904944216;
+    sum = sum * square + 0.056826465091119466;
+    sum = sum * square - 0.06613494495894422;
+    sum = sum * square + 0.07681984916045911;
+    sum = sum * square - 0.0908950250900279;
+    sum = sum * square + 0.11110983774962185;
+    sum = sum * square - 0.14285707246678706;
+    sum = sum * square + 0.19999999793953496;
+    sum = sum * square - 0.33333333330931053;
+    sum = sum * square + 0.9999999999999531;
     return value * sum;
 }
 
@@ -60,10 +66,11 @@ inline Near<float> nearAngle(int32_t dX, int32_t dY) {
     const double size = isOnAxis ? pi / 2 : steep;
     const double play = isOnAxis ? 0 : size * error;
     const double turn = dX < 0 ? pi : 0;
-    const double sign = (isOnAxis ? dY < 1 : (dY < 0) != (dX < 0)) ? -1 : 1;
+    const int32_t lowestPositive = isOnAxis ? 1 : 0;
+    const double sign = (dY < lowestPositive) != (dX < 0) ? -1 : 1;
     const float low = single(sign * (size - play) + turn);
     const float high = single(sign * (size + play) + turn);
-    return {low, low == high};
+    return {low, low == high ? 1 : 0};
 }
 
 struct SineAndCosine {
@@ -103,13 +110,15 @@ inline SineAndCosine nearSineAndCosine(double angle) {
     sum = sum * square - 0.5;
     const double cosine = 1 + square * sum;
 
-    // An odd quarter exchanges the two; the signs go by the two lowest bits.
-    const bool isOdd = (quarters & 1) != 0;
-    const auto negated = [](double value, uint64_t isNegative) {
-        return std::bit_cast<double>(std::bit_cast<uint64_t>(value) ^ isNegative << 63);
+    // An odd quarter exchanges the two; the signs go by the two lowest bits. All by bits, as the
+    // oldest processors do not compare such numbers many at once.
+    const uint64_t odd = 0 - (quarters & 1);
+    const auto chosen = [odd](double even, double uneven, uint64_t isNegative) {
+        const uint64_t bits =
+            (std::bit_cast<uint64_t>(even) & ~odd) | (std::bit_cast<uint64_t>(uneven) & odd);
+        return std::bit_cast<double>(bits ^ isNegative << 63);
     };
-    return {negated(isOdd ? cosine : sine, quarters >> 1 & 1),
-            negated(isOdd ? sine : cosine, (quarters + 1) >> 1 & 1)};
+    return {chosen(sine, cosine, quarters >> 1 & 1), chosen(cosine, sine, (quarters + 1) >> 1 & 1)};
 }
 
 }  // namespace tessarine

@@ -427,32 +427,34 @@ PixelBuffer cBitFilter::NOISE(int32_t Factor, bool Equalized) {
     const RegionHandle region = regionHandle_.lock();
     const RegionOrder order(region.get());
     const RandomGenerator first = random;
-    const auto addNoise = [=](const RowRun& run, const RandomGenerator& before) {
+    const auto addNoise = [=](const RowRun& run, const auto& draws, RandomGenerator before) {
         const uint32_t red = before.after(1).state();
-        const uint32_t green = before.after(2).state();
-        const uint32_t blue = before.after(3).state();
-        const auto noisy = [=](Word value, float draw) {
+        const uint32_t green = Equalized ? red : before.after(2).state();
+        const uint32_t blue = Equalized ? red : before.after(3).state();
+        const auto noisy = [=](uint32_t value, float draw) {
             const auto level = static_cast<int32_t>(value & 255);
             const int32_t moved = roundInLoop(level + (span * double{draw} - Factor));
-            return static_cast<Word>(std::min(std::max(moved, 0), 255));
+            return static_cast<uint32_t>(std::min(std::max(moved, 0), 255));
         };
         const Word* __restrict source = wordsOf(run.source.data());
         Word* __restrict result = wordsOf(run.result.data());
         for (size_t i = 0; i < run.source.size(); ++i) {
-            const Word p = source[i];
-            const float one = ones.after(red, i);
-            result[i] =
-                noisy(p >> redShift, Equalized ? one : threes.after(red, i)) << redShift |
-                noisy(p >> greenShift, Equalized ? one : threes.after(green, i)) << greenShift |
-                noisy(p >> blueShift, Equalized ? one : threes.after(blue, i)) << blueShift |
-                (p & ~coloursOfWord);
+            const uint32_t p = source[i];
+            result[i] = noisy(p >> redShift, draws.after(red, i)) << redShift |
+                        noisy(p >> greenShift, draws.after(green, i)) << greenShift |
+                        noisy(p >> blueShift, draws.after(blue, i)) << blueShift |
+                        (p & ~coloursOfWord);
         }
     };
     PixelBuffer result = filterRows(OnFailure::skip, regionBox(0), [&](const RowRun& whole) {
         const uint64_t before = drawsAPixel * order.before(whole.x, whole.y);
         inStretches(whole, [&](const RowRun& run) {
             const auto along = static_cast<uint64_t>(run.x - whole.x);
-            addNoise(run, first.after(before + drawsAPixel * along));
+            const RandomGenerator start = first.after(before + drawsAPixel * along);
+            if (Equalized)
+                addNoise(run, ones, start);
+            else
+                addNoise(run, threes, start);
         });
     });
     random = first.after(drawsAPixel * order.count());

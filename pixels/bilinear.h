@@ -19,12 +19,12 @@ constexpr int32_t wholeFraction = 1 << 23;
 /// A fraction from 0 to 1 in whole parts; sure where it counts that many exactly.
 struct Fraction {
     int32_t parts = 0;
-    bool isSure = false;
+    int32_t isSure = 0;  ///< 1 or 0; a bool in memory keeps loops from becoming vector code
 };
 inline Fraction fractionOf(float fraction) {
     const float scaled = fraction * static_cast<float>(wholeFraction);  // exact, a power of 2
     const auto parts = static_cast<int32_t>(scaled);
-    return {parts, static_cast<float>(parts) == scaled};
+    return {parts, static_cast<float>(parts) == scaled ? 1 : 0};
 }
 
 /// The four pixels around the place of each pixel of a stretch, and how far the place goes on
@@ -93,7 +93,7 @@ PixelBuffer cBitFilter::filterMixed(RowOf rowOf) {
             corners.down[k] = down.parts;
             places[k] = row * stride + column;
             inside[k] = isInside ? coloursOfWord : 0;
-            sure[k] = across.isSure & down.isSure ? countable : 0;
+            sure[k] = across.isSure & down.isSure & countable;
             anyInside |= inside[k];
             allSure &= sure[k];
         }
@@ -105,8 +105,10 @@ PixelBuffer cBitFilter::filterMixed(RowOf rowOf) {
         }
         if (countable != 0) {
             const Word* origin = wordsOf(bits_.row(0));
-            for (int32_t i = 0; i < count; ++i)
+            for (int32_t i = 0; i < count; ++i) {
+                fetchAhead(origin + stride, places, i, count);
                 corners.take(i, origin + places[static_cast<size_t>(i)], stride);
+            }
             mixCorners(corners, count, mixed.data());
         }
         for (int32_t i = 0; i < count; ++i) {

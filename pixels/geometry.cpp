@@ -238,10 +238,17 @@ void cBitFilter::BitsResize(const PixelBuffer& srcBits, int32_t NewWidth, int32_
     if (dimensioned) {
         Pixel* block = bits_.writableBlock();
         withReads(source, readsOf(columns, rows), [&](auto at) {
+            // A source row that repeats is written by the first row that has it, to all of them.
+            const auto repeats = [&](int32_t y) {
+                return y > 0 && y <= maxY_ && rows[y].place == rows[y - 1].place;
+            };
             const auto work = [&](int32_t y) {
+                if (repeats(y)) return;
                 Pixel* row = block + bits_.offsetOfRow(y);
                 for (int32_t x = 0; x <= maxX_; ++x)
                     takeColours(row[x], at(columns[x].place, rows[y].place));
+                for (int32_t next = y + 1; repeats(next); ++next)
+                    std::copy_n(row, bits_.width(), block + bits_.offsetOfRow(next));
             };
             forRows(0, maxY_ + 1, work, [this](int32_t y) { reportRow(y, OnFailure::skip); });
         });
@@ -263,11 +270,11 @@ void cBitFilter::BitsRotate90(const PixelBuffer& srcBits) {
         const auto turn = [&](int32_t number) {
             const int32_t top = number * band;
             const int32_t bottom = std::min(lastRow, top + band - 1);
-            for (int32_t x = 0; x <= lastColumn; ++x) {
-                Pixel* column = block + bits_.offsetOfRow(lastColumn - x);
+            const ptrdiff_t stride = bits_.stride();
+            Pixel* column = block + bits_.offsetOfRow(lastColumn);
+            for (int32_t x = 0; x <= lastColumn; ++x, column -= stride)
                 for (int32_t y = top; y <= bottom; ++y)
                     takeColours(column[y], at(x, y));
-            }
         };
         const auto reports = [&](int32_t number) {
             const int32_t top = number * band;

@@ -20,9 +20,19 @@ using OfStretch = std::array<Value, stretchLength>;
 
 /// A computed place that may not be the right one: where it is not sure, it says nothing.
 struct Guess {
-    Point place;
-    bool isSure = false;
+    int32_t x = 0;
+    int32_t y = 0;
+    int32_t isSure = 0;  ///< 1 or 0; a bool in memory keeps loops from becoming vector code
 };
+
+/// Asks for the memory of a place of a stretch before it is its turn: places of a turned picture
+/// lie in a row of their own each, which the processor does not foresee.
+inline void fetchAhead(const void* block, const OfStretch<int32_t>& places, int32_t i,
+                       int32_t count) {
+    constexpr int32_t ahead = 32;
+    const int32_t next = std::min(i + ahead, count - 1);
+    __builtin_prefetch(static_cast<const Pixel*>(block) + places[static_cast<size_t>(next)]);
+}
 
 /// Calls `work(part)` for the stretches of a run.
 template <class Work>
@@ -92,16 +102,19 @@ PixelBuffer cBitFilter::filterGuessedSources(Uncovered uncovered, GuessOf guessO
         OfStretch<int32_t> xs;
         OfStretch<int32_t> ys;
         OfStretch<int32_t> sure;
-        int32_t allSure = 1;
-        // By a copy out of the arrays' reach: only so the loop turns into vector code.
+        // By a copy out of the arrays' reach, and as if each pixel had a row of its own: conditions
+        // that hold for a whole loop or not at all keep it from becoming vector code.
         const GuessOf own = guessOf;
+        ys.fill(y);
         for (int32_t i = 0; i < count; ++i) {
-            const Guess guess = own(left + i, y);
-            xs[static_cast<size_t>(i)] = guess.place.x;
-            ys[static_cast<size_t>(i)] = guess.place.y;
-            sure[static_cast<size_t>(i)] = guess.isSure ? 1 : 0;
-            allSure &= guess.isSure ? 1 : 0;
+            const Guess guess = own(left + i, ys[static_cast<size_t>(i)]);
+            xs[static_cast<size_t>(i)] = guess.x;
+            ys[static_cast<size_t>(i)] = guess.y;
+            sure[static_cast<size_t>(i)] = guess.isSure;
         }
+        int32_t allSure = 1;
+        for (int32_t i = 0; i < count; ++i)
+            allSure &= sure[static_cast<size_t>(i)];
         for (int32_t i = 0; allSure == 0 && i < count; ++i) {
             if (sure[static_cast<size_t>(i)] != 0) continue;
             const Point from = placeOf(left + i, y);

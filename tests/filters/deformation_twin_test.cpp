@@ -202,5 +202,46 @@ TEST(DeformationTwin, ShiftAgrees) {
     compare("Shift", 14, makeCall, 800);
 }
 
+/// All deformations whose places are computed many at once, on one picture.
+void compareOn(const PixelBuffer& picture, const Region& region,
+               const std::vector<int32_t>& factors) {
+    cBitFilter filter;
+    filter.timeGetTime = [] { return 0U; };
+    filter.Bits(picture);
+    const auto handle = std::make_shared<const Region>(region);
+    filter.BitsRegion(handle);
+    const auto same = [](const PixelBuffer& result, const PixelBuffer& expected) {
+        return sameBuffer("twin-large", result, expected);
+    };
+    for (const int32_t f : factors) {
+        ASSERT_TRUE(same(filter.TWIRL(f, f, true), slow::twirl(picture, region, f, f, true))) << f;
+        ASSERT_TRUE(same(filter.TWIRL(f, 0, false), slow::twirl(picture, region, f, 0, false)))
+            << f;
+        ASSERT_TRUE(same(filter.BEND(f, true), slow::bend(picture, region, f, true))) << f;
+        ASSERT_TRUE(same(filter.BEND(f, false), slow::bend(picture, region, f, false))) << f;
+        ASSERT_TRUE(same(filter.ROTATE(f, true), slow::rotate(picture, region, f, true))) << f;
+        ASSERT_TRUE(same(filter.RotateSmooth(f), slow::rotateSmooth(picture, region, f))) << f;
+        ASSERT_TRUE(same(filter.FOLD(f, f, true), slow::fold(picture, region, f, f, true))) << f;
+    }
+    for (const int16_t intensity : {0, 1, 2, 3})
+        for (const char* style : {"slanting", "squary", "curtain"})
+            ASSERT_TRUE(same(filter.GLASS(style, intensity),
+                             slow::glass(picture, region, style, intensity)))
+                << style << intensity;
+}
+
+TEST(DeformationTwin, LargePicturesAgree) {
+    const std::vector<int32_t> factors{0, 1, -7, 45, 90, 180, 100, -50000, 2000000000};
+    const PixelBuffer picture = randomBuffer(523, 391, 15);
+    compareOn(picture, Region(Rect{0, 0, 523, 391}), factors);
+    compareOn(picture, Region(Rect{-5, 3, 500, 395}), {-33});
+    compareOn(picture, *regionOf({{3, 3, 200, 200}, {100, 150, 520, 380}}), {33});
+}
+
+TEST(DeformationTwin, PicturesSoWideThatSquaredDistancesWrapAgree) {
+    const PixelBuffer picture = randomBuffer(100001, 3, 16);
+    compareOn(picture, Region(Rect{0, 0, 100001, 3}), {0, 3, -120});
+}
+
 }  // namespace
 }  // namespace tessarine::tests

@@ -5,6 +5,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -112,6 +113,21 @@ TEST(GeometryTwin, BitsResampleAgreesAndFailsWhereItsTwinFails) {
                 return twin::bitsResample(source.value_or(image), width, height);
             }};
     });
+}
+
+TEST(GeometryTwin, BitsResampleOfALargePictureAgrees) {
+    const PixelBuffer picture = randomBuffer(523, 391, 108);
+    for (const auto& [width, height] :
+         {std::pair{261, 195}, std::pair{523, 391}, std::pair{1046, 800}, std::pair{3, 2000},
+          std::pair{2000, 3}, std::pair{777, 123}}) {
+        cBitFilter filter;
+        filter.timeGetTime = [] { return 0U; };
+        filter.Bits(picture);
+        filter.BitsResample(picture, width, height);
+        ASSERT_TRUE(sameBuffer("twin-BitsResample", filter.Bits(),
+                               twin::bitsResample(picture, width, height)))
+            << width << " by " << height;
+    }
 }
 
 TEST(GeometryTwin, BitsResizeAgrees) {

@@ -1,10 +1,12 @@
 #include "pixels/numbers.h"
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <random>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -76,6 +78,34 @@ TEST(Numbers, SinglesInALoopAreRoundedEach) {
         stored[i] = double{single(values[i])} * 3;
     for (size_t i = 0; i < values.size(); ++i)
         ASSERT_EQ(stored[i], nearestFloat(values[i]) * 3) << i;
+}
+
+TEST(Numbers, RoundingInALoopIsRounding) {
+    std::vector<double> values{0.0,
+                               -0.0,
+                               0.5,
+                               1.5,
+                               2.5,
+                               -0.5,
+                               -1.5,
+                               NAN,
+                               1e300,
+                               -1e300,
+                               INFINITY,
+                               -INFINITY,
+                               0.49999999999999994};
+    for (const double border : {2147483647.0, -2147483648.0, 4294967296.0, 4503599627370496.0})
+        for (const double off : {-1.5, -1.0, -0.75, -0.5, -0.25, 0.0, 0.25, 0.5, 0.75, 1.0})
+            values.push_back(border + off);
+    std::mt19937 random(21);
+    for (int i = 0; i < 100000; ++i)
+        values.push_back(std::ldexp(static_cast<double>(static_cast<int32_t>(random())),
+                                    static_cast<int>(random() % 40) - 35));
+    std::vector<int32_t> rounded(values.size());
+    for (size_t i = 0; i < values.size(); ++i)
+        rounded[i] = roundInLoop(values[i]);
+    for (size_t i = 0; i < values.size(); ++i)
+        ASSERT_EQ(rounded[i], roundToInteger(values[i])) << values[i];
 }
 
 }  // namespace

@@ -106,5 +106,19 @@ TEST(RandomGenerator, AJumpLeavesTheGeneratorWhereItStands) {
     EXPECT_EQ(start.state(), 99U);
 }
 
+TEST(RandomGenerator, DrawsAtADistanceAreThoseOfTheSequence) {
+    constexpr RandomGenerator::Draws<3, 50> threes;
+    constexpr RandomGenerator::Draws<1, 50> ones;
+    for (const uint32_t state : {0U, 1U, 777U, 0xFFFFFFU}) {
+        for (size_t i = 0; i < 50; ++i) {
+            RandomGenerator third = RandomGenerator(state).after(3 * i);
+            RandomGenerator first = RandomGenerator(state).after(i);
+            const uint32_t next = RandomGenerator(state).after(1).state();
+            EXPECT_EQ(threes.after(next, i), third.draw()) << state << ", " << i;
+            EXPECT_EQ(ones.after(next, i), first.draw()) << state << ", " << i;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace tessarine
