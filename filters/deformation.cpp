@@ -426,13 +426,15 @@ PixelBuffer cBitFilter::Shift(int32_t ColorFrom, int32_t Inc, int32_t Tolerance)
     const Colour from = channelsOf(colourOf(ColorFrom));
     const double reach = (Tolerance * 127.5) / 100;
     const int32_t tol = roundToInteger(reach * reach + 1);
-    return filterPixels(OnFailure::skip, [=](const Colour& c) {
-        const int32_t d = squaredDistance(c, from);
-        const double share = single(1 - static_cast<double>(d) / tol);
-        const double w = d >= tol ? 0 : share;
-        return eachChannel(
-            c, [=](int32_t v) { return roundFitting(v + (clampToLevel(v + Inc) - v) * w); });
-    });
+    return filterSome(
+        OnFailure::skip, [=](const Colour& c) { return squaredDistance(c, from) < tol; },
+        [=](const Colour& c) {
+            const int32_t d = squaredDistance(c, from);
+            const double share = single(1 - static_cast<double>(d) / tol);
+            const double w = d >= tol ? 0 : share;
+            return eachChannel(
+                c, [=](int32_t v) { return roundFitting(v + (clampToLevel(v + Inc) - v) * w); });
+        });
 }
 
 }  // namespace tessarine

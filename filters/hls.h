@@ -25,29 +25,32 @@ struct RedGreenBlue {
     int32_t b = 0;
 };
 
-/// Grey has hue and saturation 0. Levels 0 to 255; arithmetic for loops over many pixels.
+/// Grey has hue and saturation 0. Levels 0 to 255; arithmetic for loops over many pixels, in which
+/// choices between doubles cost most: so it chooses among levels.
 inline HueSaturationLightness RGBToHLS(int32_t r, int32_t g, int32_t b) {
+    const int32_t greenBlueMost = g > b ? g : b;
+    const int32_t greenBlueLeast = g < b ? g : b;
+    const int32_t most = r > greenBlueMost ? r : greenBlueMost;
+    const int32_t least = r < greenBlueLeast ? r : greenBlueLeast;
+    const int32_t ahead = r == most ? g : g == most ? b : r;
+    const int32_t behind = r == most ? b : g == most ? r : g;
+    const int32_t sixths = r == most ? 0 : g == most ? 2 : 4;
+
     // The singles nearest to level / 255.
     const auto share = [](int32_t level) { return static_cast<float>(level) / 255.0F; };
-    const double rf = share(r);
-    const double gf = share(g);
-    const double bf = share(b);
-    const double redGreen = rf > gf ? rf : gf;
-    const double max = redGreen > bf ? redGreen : bf;
-    const double greenBlue = gf < bf ? gf : bf;
-    const double min = rf < greenBlue ? rf : greenBlue;
+    const double max = share(most);
+    const double min = share(least);
     const double sum = max + min;
-    const float lightness = single(sum / 2);
-
-    const bool isGrey = max == min;
-    const double spread = isGrey ? 1 : max - min;
-    const double against = isGrey ? 1 : lightness <= 0.5F ? sum : 2 - max - min;
-    const double ahead = rf == max ? gf : gf == max ? bf : rf;
-    const double behind = rf == max ? bf : gf == max ? rf : gf;
-    const double sixths = rf == max ? 0 : gf == max ? 2 : 4;
-    const float hue = single((ahead - behind) / spread + sixths);
-    const float saturation = single(spread / against);
-    return {isGrey ? 0 : hue, isGrey ? 0 : saturation, lightness};
+    // As single(sum / 2) <= 0.5 says.
+    const bool isDark = most + least <= 255;
+    const double whole = isDark ? sum : 2 - max - min;
+    const double spread = max - min;
+    const double way = double{share(ahead)} - share(behind);
+    const float hue = single(way / spread + sixths);
+    const float saturation = single(spread / whole);
+    // What comes of dividing by a spread of 0 is passed over.
+    const bool isGrey = most == least;
+    return {isGrey ? 0 : hue, isGrey ? 0 : saturation, single(sum / 2)};
 }
 
 /// Not limited: values beyond the ranges of hue, saturation and lightness may give levels beyond a
@@ -57,12 +60,14 @@ template <class Round>
 [[gnu::always_inline]] inline RedGreenBlue HLSToRGB(float H, float S, float L, Round round) {
     const double s = S;
     const double l = L;
-    const double h = s == 0 ? 0 : H;  // which matters for no grey
-    const double least = l <= 0.5 ? (1 - s) * l : l - (1 - l) * s;
+    const float h = S == 0 ? 0 : H;  // which matters for no grey
+    const double dark = (1 - s) * l;
+    const double light = l - (1 - l) * s;
+    const double least = L <= 0.5F ? dark : light;
     const double most = 2 * l - least;
     // Between red, green and blue the third channel goes up or down by the way from the nearest.
-    const double nearest = h < 1 ? 0 : h < 3 ? 2 : 4;
-    const double between = least + (most - least) * std::fabs(h - nearest);
+    const float nearest = h < 1 ? 0 : h < 3 ? 2 : 4;
+    const double between = least + (most - least) * std::fabs(double{h} - nearest);
     const int32_t max = round(most * 255);
     const int32_t min = round(least * 255);
     const int32_t mid = round(between * 255);

@@ -33,7 +33,8 @@ void spill(int32_t& from, int32_t& first, int32_t& second) {
 /// Brings three channels into range so that the pixel keeps its brightness and shifts in hue,
 /// rather than clipping channel by channel.
 Colour spillIntoRange(int32_t b, int32_t g, int32_t r) {
-    while (!isByte(b) || !isByte(g) || !isByte(r)) {
+    // While any has a bit above a byte's.
+    while (((b | g | r) & ~255) != 0) {
         if (b <= 0 && g <= 0 && r <= 0) b = g = r = 0;
         if (b >= 255 && g >= 255 && r >= 255) b = g = r = 255;
         spill(b, g, r);
@@ -52,7 +53,26 @@ struct Histogram {
             counts[i] += other.counts[i];
         return *this;
     }
+    void count(std::span<const uint8_t> levels) {
+        for (const uint8_t level : levels)
+            ++counts[level];
+    }
 };
+
+/// The counts of a row by the brightness that Equalize goes by.
+Histogram histogramOf(std::span<const Pixel> row) {
+    constexpr size_t atOnce = 1024;
+    std::array<uint8_t, atOnce> levels;
+    Histogram histogram;
+    for (; !row.empty(); row = row.subspan(std::min(atOnce, row.size()))) {
+        const size_t count = std::min(atOnce, row.size());
+        numbersOf(row.data(), levels.data(), count, [](const Colour& c) {
+            return roundFitting(0.113 * c.blue + 0.586 * c.green + 0.301 * c.red);
+        });
+        histogram.count({levels.data(), count});
+    }
+    return histogram;
+}
 
 /// The level at which half of the pixels are darker; -1 where a picture has no pixel.
 int32_t medianLevel(const Histogram& histogram, int32_t pixelCount) {
@@ -120,13 +140,7 @@ PixelBuffer cBitFilter::GammaCorrection(int32_t Factor) {
 }
 
 PixelBuffer cBitFilter::Equalize() {
-    const auto ofRow = [](std::span<const Pixel> row) {
-        Histogram histogram;
-        for (const Pixel& p : row)
-            ++histogram.counts[toByte(0.113 * p.blue + 0.586 * p.green + 0.301 * p.red)];
-        return histogram;
-    };
-    const int32_t med = medianLevel(sumRows(Histogram{}, ofRow), BitsWidth() * BitsHeight());
+    const int32_t med = medianLevel(sumRows(Histogram{}, histogramOf), BitsWidth() * BitsHeight());
     const auto up = static_cast<float>(127.0 / (255 - med));
     const auto low = static_cast<float>(127.0 / (med - 1));
     const Levels levels = makeLevels([=](int32_t v) {

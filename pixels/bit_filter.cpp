@@ -31,10 +31,7 @@ struct Smallest {
 
 /// A 32-bit integer like all sums, which wraps.
 int32_t sumOfBrightness(std::span<const Pixel> row) {
-    int32_t sum = 0;
-    for (const Pixel& p : row)
-        sum += brightness(p);
-    return sum;
+    return sumOver(row.data(), row.size(), [](const Colour& c) { return brightness(c); });
 }
 
 }  // namespace

@@ -327,9 +327,13 @@ class cBitFilter {
     Walk wholeImage() const { return {fullRect_}; }
 
     /// Each pixel of the region gets the colours `change(colours of the source pixel)`, a Colour
-    /// whose numbers are 0 to 255 in both directions.
+    /// whose numbers are 0 to 255 in both directions; or bitsOfColour() of one.
     template <class Change>
     PixelBuffer filterPixels(OnFailure mode, Change change);
+    /// The same where `change` changes those pixels alone of which `concerns(colours)` holds.
+    /// Pixels far from all of these cost no more than the question.
+    template <class Concerns, class Change>
+    PixelBuffer filterSome(OnFailure mode, Concerns concerns, Change change);
     /// `change(run)` is given the region's pixels in runs of one row, from top to bottom and from
     /// left to right. The result's fourth bytes are not to be changed.
     template <class Change>

@@ -232,6 +232,19 @@ PixelBuffer cBitFilter::filterPixels(OnFailure mode, Change change) {
     });
 }
 
+template <class Concerns, class Change>
+PixelBuffer cBitFilter::filterSome(OnFailure mode, Concerns concerns, Change change) {
+    return filterRows(mode, regionBox(0), [&](const RowRun& run) {
+        constexpr size_t atOnce = 64;
+        for (size_t from = 0; from < run.source.size(); from += atOnce) {
+            const RowRun part = run.part(from, atOnce);
+            const size_t count = part.source.size();
+            if (anyOf(part.source.data(), count, concerns))
+                changeColours(part.source.data(), part.result.data(), count, change);
+        }
+    });
+}
+
 template <class Change>
 PixelBuffer cBitFilter::filterWindows(OnFailure mode, const Walk& walk, const Stencil& stencil,
                                       Change change) {
@@ -285,7 +298,7 @@ PixelBuffer cBitFilter::filterChannels(OnFailure mode, const Walk& walk, const S
     const uint32_t kept = 255U << shiftOf(channels == Channels::blueGreenRed ? 3 : 0);
     return filterRows(mode, walk, [&](const RowRun& run) {
         eachChannelWindow(run, stencil, reinterpret_cast<uint8_t*>(run.result.data()), change);
-        keepBits(run.source.data(), run.result.data(), run.source.size(), kept);
+        takeBits(run.source.data(), run.result.data(), run.source.size(), kept);
     });
 }
 

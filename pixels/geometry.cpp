@@ -287,21 +287,19 @@ void cBitFilter::BitsRotate90(const PixelBuffer& srcBits) {
 }
 
 PixelBuffer cBitFilter::Flip(bool fH, bool fV) {
-    PixelBuffer result = bits_;
     if (!bits_.isDimensioned()) {
         raiseProgress(100);
-        return result;
+        return bits_;
     }
-    Pixel* block = result.writableBlock();
-    for (int32_t y = 0; y <= maxY_; ++y) {
+    return rowByRow(OnFailure::skip, wholeImage(), [=, this](Pixel* block, int32_t y) {
         const Pixel* source = bits_.row(fV ? maxY_ - y : y);
-        Pixel* row = block + result.offsetOfRow(y);
-        for (int32_t x = 0; x <= maxX_; ++x)
-            takeColours(row[x], source[fH ? maxX_ - x : x]);
-        reportRow(y, OnFailure::skip);
-    }
-    raiseProgress(100);
-    return result;
+        Pixel* row = block + bits_.offsetOfRow(y);
+        const auto count = static_cast<size_t>(bits_.width());
+        if (fH)
+            takeMirrored(source, row, count, ~fourthBits);
+        else
+            takeBits(source, row, count, ~fourthBits);
+    });
 }
 
 }  // namespace tessarine

@@ -61,6 +61,9 @@ inline uint32_t bitsOfColour(const Colour& c) {
            static_cast<uint32_t>(c.red) << shiftOf(2);
 }
 
+/// What changes of colours give may be such a number already.
+inline uint32_t bitsOfColour(uint32_t bits) { return bits; }
+
 inline Colour channelsOf(const Pixel& p) { return {p.blue, p.green, p.red}; }
 
 /// Each result pixel gets the colours `change(the source's colours)`, 0 to 255 each, and the
@@ -91,11 +94,47 @@ template <class Join>
 }
 
 /// Gives result pixels the bytes of `source` that `mask` has.
-inline void keepBits(const Pixel* source, Pixel* result, size_t count, uint32_t mask) {
+inline void takeBits(const Pixel* source, Pixel* result, size_t count, uint32_t mask) {
     const auto* __restrict from = reinterpret_cast<const PixelBits*>(source);
     auto* __restrict to = reinterpret_cast<PixelBits*>(result);
     for (size_t i = 0; i < count; ++i)
         to[i] = (to[i] & ~mask) | (from[i] & mask);
+}
+
+/// The same from the last pixel of the source to the first.
+inline void takeMirrored(const Pixel* source, Pixel* result, size_t count, uint32_t mask) {
+    const auto* __restrict from = reinterpret_cast<const PixelBits*>(source);
+    auto* __restrict to = reinterpret_cast<PixelBits*>(result);
+    for (size_t i = 0; i < count; ++i)
+        to[i] = (to[i] & ~mask) | (from[count - 1 - i] & mask);
+}
+
+/// `of(the source's colours)` of each pixel.
+template <class Number, class Of>
+void numbersOf(const Pixel* source, Number* __restrict numbers, size_t count, const Of& of) {
+    const auto* __restrict from = reinterpret_cast<const PixelBits*>(source);
+    for (size_t i = 0; i < count; ++i)
+        numbers[i] = static_cast<Number>(of(colourOfBits(from[i])));
+}
+
+/// Whether `concerns(the source's colours)` holds of any pixel.
+template <class Concerns>
+bool anyOf(const Pixel* source, size_t count, const Concerns& concerns) {
+    const auto* from = reinterpret_cast<const PixelBits*>(source);
+    int32_t any = 0;
+    for (size_t i = 0; i < count; ++i)
+        any |= concerns(colourOfBits(from[i])) ? 1 : 0;
+    return any != 0;
+}
+
+/// The sum of `of(the source's colours)` over all pixels, which wraps at 32 bits.
+template <class Of>
+int32_t sumOver(const Pixel* source, size_t count, const Of& of) {
+    const auto* from = reinterpret_cast<const PixelBits*>(source);
+    int32_t sum = 0;
+    for (size_t i = 0; i < count; ++i)
+        sum += of(colourOfBits(from[i]));
+    return sum;
 }
 
 }  // namespace tessarine
