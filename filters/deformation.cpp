@@ -237,7 +237,7 @@ PixelBuffer cBitFilter::TWIRL(int32_t Factor, int32_t OffsetDeg, bool CleanBack)
     const auto guessOf = [=](int32_t x, int32_t y) {
         constexpr double error = 1e-6;
         constexpr double largestRadius = error / sineError / 2;
-        const double r = roundInLoop(distanceOf(x - cx, y - cy));
+        const double r = wholeNumber(distanceOf(x - cx, y - cy));
         const Near<float> angle = nearAngle(x - cx, y - cy);
         const double turned = turnedBy(r, angle.value);
         const SineAndCosine along = nearSineAndCosine(turned);

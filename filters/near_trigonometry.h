@@ -20,11 +20,16 @@ struct Near {
     int32_t isSure = 0;  ///< 1 or 0; a bool in memory keeps loops from becoming vector code
 };
 
+/// The nearest whole number to a value below 2^51, ties to even; no number where it is none.
+inline double wholeNumber(double value) {
+    constexpr double wholes = 6755399441055744.0;
+    return (value + wholes) - wholes;
+}
+
 /// Rounds what is known to within `error`, which is far below 1.
 inline Near<int32_t> nearInteger(double value, double error) {
-    constexpr double wholes = 6755399441055744.0;
     constexpr double tooLarge = 1073741824.0;
-    const double whole = (value + wholes) - wholes;
+    const double whole = wholeNumber(value);
     const bool isSure = (std::abs(value - whole) < 0.5 - error) & (std::abs(whole) < tooLarge);
     return {static_cast<int32_t>(isSure ? whole : 0.0), isSure ? 1 : 0};
 }
