@@ -65,9 +65,7 @@ class BySum {
     }
     /// As a change of colours, for as long as this lives.
     auto change() const {
-        return [colours = colours_.data()](const Colour& c) {
-            return colourOfBits(colours[sumOf(c)]);
-        };
+        return [colours = colours_.data()](const Colour& c) { return colours[sumOf(c)]; };
     }
 
   private:

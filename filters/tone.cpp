@@ -33,7 +33,8 @@ void spill(int32_t& from, int32_t& first, int32_t& second) {
 /// Brings three channels into range so that the pixel keeps its brightness and shifts in hue,
 /// rather than clipping channel by channel.
 Colour spillIntoRange(int32_t b, int32_t g, int32_t r) {
-    while (!isByte(b) || !isByte(g) || !isByte(r)) {
+    // While any has a bit above a byte's.
+    while (((b | g | r) & ~255) != 0) {
         if (b <= 0 && g <= 0 && r <= 0) b = g = r = 0;
         if (b >= 255 && g >= 255 && r >= 255) b = g = r = 255;
         spill(b, g, r);

@@ -327,7 +327,7 @@ class cBitFilter {
     Walk wholeImage() const { return {fullRect_}; }
 
     /// Each pixel of the region gets the colours `change(colours of the source pixel)`, a Colour
-    /// whose numbers are 0 to 255 in both directions.
+    /// whose numbers are 0 to 255 in both directions; or bitsOfColour() of one.
     template <class Change>
     PixelBuffer filterPixels(OnFailure mode, Change change);
     /// The same where `change` changes those pixels alone of which `concerns(colours)` holds.

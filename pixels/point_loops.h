@@ -61,6 +61,9 @@ inline uint32_t bitsOfColour(const Colour& c) {
            static_cast<uint32_t>(c.red) << shiftOf(2);
 }
 
+/// What changes of colours give may be such a number already.
+inline uint32_t bitsOfColour(uint32_t bits) { return bits; }
+
 inline Colour channelsOf(const Pixel& p) { return {p.blue, p.green, p.red}; }
 
 /// Each result pixel gets the colours `change(the source's colours)`, 0 to 255 each, and the

@@ -78,5 +78,32 @@ TEST(Numbers, SinglesInALoopAreRoundedEach) {
         ASSERT_EQ(stored[i], nearestFloat(values[i]) * 3) << i;
 }
 
+TEST(Numbers, ANarrowDivisorAgreesAtBothSidesOfEachQuotient) {
+    for (int32_t divisor = 1; divisor <= 32767; ++divisor) {
+        const NarrowDivisor narrow(divisor);
+        for (int32_t multiple = 0; multiple <= 32767; multiple += divisor) {
+            ASSERT_EQ(narrow.quotient(static_cast<uint16_t>(multiple)), multiple / divisor)
+                << multiple << " by " << divisor;
+            const int32_t last = std::min(multiple + divisor - 1, 32767);
+            ASSERT_EQ(narrow.quotient(static_cast<uint16_t>(last)), last / divisor)
+                << last << " by " << divisor;
+        }
+    }
+}
+
+TEST(Numbers, RoundingInALoopAgreesWithinTheRange) {
+    for (int32_t whole = -3000; whole <= 3000; ++whole)
+        for (const double part : {0.0, 0.25, 0.5, 0.75}) {
+            const double value = whole + part;
+            ASSERT_EQ(roundInLoop(value), roundToInteger(value)) << value;
+            ASSERT_EQ(roundInLoop(std::nextafter(value, 1e9)),
+                      roundToInteger(std::nextafter(value, 1e9)));
+            ASSERT_EQ(roundInLoop(std::nextafter(value, -1e9)),
+                      roundToInteger(std::nextafter(value, -1e9)));
+        }
+    for (const double value : {2147483647.0, 2147483646.5, -2147483648.0, -2147483647.5, -0.0})
+        ASSERT_EQ(roundInLoop(value), roundToInteger(value)) << value;
+}
+
 }  // namespace
 }  // namespace tessarine::tests
