@@ -380,7 +380,7 @@ PixelBuffer cBitFilter::Shift(int32_t ColorFrom, int32_t Inc, int32_t Tolerance)
             const double share = single(1 - static_cast<double>(d) / tol);
             const double w = d >= tol ? 0 : share;
             return eachChannel(
-                c, [=](int32_t v) { return roundInLoop(v + (clampToLevel(v + Inc) - v) * w); });
+                c, [=](int32_t v) { return roundFitting(v + (clampToLevel(v + Inc) - v) * w); });
         });
 }
 

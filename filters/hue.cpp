@@ -36,7 +36,7 @@ class SoftReplacement {
         const int32_t distance = squaredDistance(c, from_);
         const double nearness = single(1 - distance / static_cast<double>(circle_));
         const double k = (distance <= circle_) & gate ? nearness : 0;
-        const auto mixed = [k](int32_t v, int32_t goal) { return roundInLoop(v + (goal - v) * k); };
+        const auto mixed = [k](int32_t v, int32_t goal) { return roundFitting(v + (goal - v) * k); };
         return {mixed(c.blue, to_.blue), mixed(c.green, to_.green), mixed(c.red, to_.red)};
     }
 
@@ -84,7 +84,7 @@ struct GreyWave {
     float height(double y) const {
         return single(std::sin(y / 255 * step + offset) * 127.5 + 127.5);
     }
-    int32_t level(double y) const { return roundInLoop(height(y)); }
+    int32_t level(double y) const { return roundFitting(height(y)); }
 };
 
 /// The levels of a GreyWave for all colours, by the thousandths of their brightness. Colours of the
@@ -109,7 +109,7 @@ class GreyTable {
             const int32_t last = std::min(count, (part + 1) * atOnce);
             for (int32_t i = part * atOnce; i < last; ++i) {
                 const double height = wave.height(i / 1000.0);
-                const int32_t level = roundInLoop(height);
+                const int32_t level = roundFitting(height);
                 const bool isClear = std::fabs(height - level) < 0.5 - bound;
                 levels_[static_cast<size_t>(i)] = static_cast<int16_t>(isClear ? level : -1);
             }
@@ -198,7 +198,7 @@ PixelBuffer cBitFilter::RotateH(int32_t HOffset, int32_t SATURATION) {
     // Up to there no level comes near the ends of 32 bits.
     constexpr double near = 1000;
     if (std::fabs(offset) <= near && std::fabs(factor) <= near)
-        return filter([](double value) { return roundInLoop(value); });
+        return filter([](double value) { return roundFitting(value); });
     return filter([](double value) { return roundToInteger(value); });
 }
 

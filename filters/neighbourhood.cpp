@@ -305,7 +305,7 @@ PixelBuffer cBitFilter::plate(float slope) {
     };
     // Up to there no height comes near the end of 32 bits.
     PixelBuffer result = std::fabs(k) <= 1e6
-                             ? filter([](double height) { return roundInLoop(height); })
+                             ? filter([](double height) { return roundFitting(height); })
                              : filter([](double height) { return roundToInteger(height); });
     const auto repeat = [](ptrdiff_t distance) {
         return [distance](const RowRun& run) {

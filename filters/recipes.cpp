@@ -19,7 +19,7 @@ bool isLight(const Colour& c) { return (c.blue & c.green & c.red) > 127; }
 bool isDark(const Colour& c) { return (c.blue | c.green | c.red) < 128; }
 
 /// The mean of two channels, a little darkened.
-int32_t mean(int32_t a, int32_t b) { return roundInLoop((a * 0.99 + b * 0.99) / 2); }
+int32_t mean(int32_t a, int32_t b) { return roundFitting((a * 0.99 + b * 0.99) / 2); }
 
 /// Half of a number and a quarter of one, 0 and up: to the nearest, ties to even.
 int32_t half(int32_t value) { return (value + (value >> 1 & 1)) >> 1; }
@@ -52,7 +52,7 @@ class BlueShares {
 
 PixelBuffer cBitFilter::OLDPHOTO() {
     return filterPixels(OnFailure::skip, [](const Colour& c) {
-        const int32_t level = roundInLoop(c.blue * 0.071 + c.green * 0.707 + c.red * 0.222);
+        const int32_t level = roundFitting(c.blue * 0.071 + c.green * 0.707 + c.red * 0.222);
         return Colour{c.blue, level, level};
     });
 }
@@ -85,7 +85,7 @@ PixelBuffer cBitFilter::ClassyColors(int16_t Effect) {
             });
         case 7:
             return filter([](int32_t b, int32_t g, int32_t r) {
-                const int32_t t = roundInLoop((b * 0.99 * 2 + r * 0.99) / 12);
+                const int32_t t = roundFitting((b * 0.99 * 2 + r * 0.99) / 12);
                 return Colour{complement(g - t), complement(r - t), complement(b - t)};
             });
         case 8:

@@ -67,7 +67,7 @@ Histogram histogramOf(std::span<const Pixel> row) {
     for (; !row.empty(); row = row.subspan(std::min(atOnce, row.size()))) {
         const size_t count = std::min(atOnce, row.size());
         numbersOf(row.data(), levels.data(), count, [](const Colour& c) {
-            return roundInLoop(0.113 * c.blue + 0.586 * c.green + 0.301 * c.red);
+            return roundFitting(0.113 * c.blue + 0.586 * c.green + 0.301 * c.red);
         });
         histogram.count({levels.data(), count});
     }
@@ -161,7 +161,7 @@ PixelBuffer cBitFilter::SATURATION(int32_t Factor) {
         return eachChannel(c, [=](int32_t v) {
             const double moved = v + k * (v - level);
             const double notBelow = moved > 0 ? moved : 0;
-            return roundInLoop(notBelow < 255 ? notBelow : 255);
+            return roundFitting(notBelow < 255 ? notBelow : 255);
         });
     });
 }
@@ -174,7 +174,7 @@ PixelBuffer cBitFilter::Invert() {
 
 PixelBuffer cBitFilter::GreyScale() {
     return filterPixels(OnFailure::skip, [](const Colour& c) {
-        return grey(roundInLoop(0.071 * c.blue + 0.707 * c.green + 0.222 * c.red));
+        return grey(roundFitting(0.071 * c.blue + 0.707 * c.green + 0.222 * c.red));
     });
 }
 

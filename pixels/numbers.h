@@ -29,7 +29,7 @@ constexpr float single(double value) { return static_cast<float>(value); }
 /// roundToInteger() for loops over many numbers, which becomes vector code: none of them may lie
 /// outside 32 bits. The sum has no room for a fraction, and so it is rounded as a sum; the whole
 /// number is its lowest bits.
-inline int32_t roundInLoop(double value) {
+inline int32_t roundFitting(double value) {
     constexpr double wholeNumbers = 6755399441055744.0;  // 1.5 * 2^52
     return static_cast<int32_t>(std::bit_cast<int64_t>(value + wholeNumbers));
 }

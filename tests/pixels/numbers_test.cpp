@@ -95,14 +95,14 @@ TEST(Numbers, RoundingInALoopAgreesWithinTheRange) {
     for (int32_t whole = -3000; whole <= 3000; ++whole)
         for (const double part : {0.0, 0.25, 0.5, 0.75}) {
             const double value = whole + part;
-            ASSERT_EQ(roundInLoop(value), roundToInteger(value)) << value;
-            ASSERT_EQ(roundInLoop(std::nextafter(value, 1e9)),
+            ASSERT_EQ(roundFitting(value), roundToInteger(value)) << value;
+            ASSERT_EQ(roundFitting(std::nextafter(value, 1e9)),
                       roundToInteger(std::nextafter(value, 1e9)));
-            ASSERT_EQ(roundInLoop(std::nextafter(value, -1e9)),
+            ASSERT_EQ(roundFitting(std::nextafter(value, -1e9)),
                       roundToInteger(std::nextafter(value, -1e9)));
         }
     for (const double value : {2147483647.0, 2147483646.5, -2147483648.0, -2147483647.5, -0.0})
-        ASSERT_EQ(roundInLoop(value), roundToInteger(value)) << value;
+        ASSERT_EQ(roundFitting(value), roundToInteger(value)) << value;
 }
 
 }  // namespace
