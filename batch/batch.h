@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -409,9 +410,15 @@ class cBatch {
     void BatchAll();
     /// The run with each picture by itself: it starts from its file and nothing else, one that
     /// cannot be read gives no output, and an output stands under its name only when it is
-    /// complete. Reads the same members as BatchAll and shows nothing; txtDestination must be a
-    /// folder and a format row be chosen.
+    /// complete. Reads the same members as BatchAll, changes none but `report` and stopRequested,
+    /// and shows nothing; txtDestination must be a folder and a format row be chosen.
+    ///
+    /// Pictures are processed `jobs` at a time, on threads of their own; outputs and report do not
+    /// hang on that. Platform, report and Progress hear of it on the calling thread alone. With one
+    /// job all is done on it.
     void BatchEach();
+    int32_t jobs = 1;  ///< pictures that BatchEach has in flight; the files are then read and
+                       ///< written from several threads
     /// What became of each picture of the last run, a run inside it included.
     RunReport report;
     /// The extension of the chosen format row; empty for a row outside the table.
@@ -460,13 +467,21 @@ class cBatch {
     /// Reads a file into iSrc, which keeps what it held where that fails.
     /// \return whether a picture was read; its figures, or why not, stand in `entry`
     bool loadIntoSource(const std::string& path, PictureReport& entry);
+    /// The pictures behind number `i` may be read ahead, but for what may be an output.
+    void expectAfter(int32_t i, const std::string& destination);
     void applyRows(Overview overview);
     void paintResultIntoSource();
     void restorePreview();
     struct RowState;
     RowState rowState() const;
     void restoreRowState(const RowState& state);
-    PictureReport processAlone(int32_t number, const std::string& destination);
+    struct Alone;
+    class EachRun;
+    /// A program for one picture alone: what rows read is as it is here.
+    std::unique_ptr<cBatch> workshopFor(int32_t number, Platform& platform,
+                                        PictureFiles& files) const;
+    /// Processes a picture with the whole state of this program.
+    PictureReport processAlone(const Alone& picture);
 
     void hideSheet();
     void showPanel(Panel panel);

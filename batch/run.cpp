@@ -1,4 +1,8 @@
+#include <algorithm>
 #include <chrono>
+#include <filesystem>
+#include <system_error>
+#include <vector>
 
 #include "batch/batch.h"
 #include "batch/items.h"
@@ -6,6 +10,7 @@
 #include "batch/texts.h"
 #include "imagefiles/disk.h"
 #include "imagefiles/format_table.h"
+#include "pixels/pixel_memory.h"
 
 // The run over the basket as the window does it: what fails is passed over, and the next
 // statement goes on with what stands.
@@ -45,6 +50,39 @@ void noteSave(const SaveOutcome& outcome, PictureReport& entry) {
             entry.message = outcome.message;
             break;
     }
+}
+
+/// Pictures that are read ahead of the one whose turn it is.
+constexpr size_t mostExpected = 2;
+
+/// At the end of a run nothing is read ahead any more, and its helpers and memory are given back.
+class NothingExpected {
+  public:
+    explicit NothingExpected(PictureFiles& files) : files_(files) {}
+    ~NothingExpected() {
+        files_.expect({});
+        files_.prepareFor(1);
+        pixelMemory().giveBack();
+    }
+    NothingExpected(const NothingExpected&) = delete;
+    NothingExpected& operator=(const NothingExpected&) = delete;
+
+  private:
+    PictureFiles& files_;
+};
+
+/// Whether a file lies in one of these folders, by whatever path, or that cannot be told.
+bool mayLieIn(const std::string& file, const std::vector<std::string>& folders) {
+    namespace fs = std::filesystem;
+    std::error_code failure;
+    const fs::path whole = fs::canonical(file, failure);
+    if (failure) return true;
+    return std::any_of(folders.begin(), folders.end(), [&](const std::string& folder) {
+        std::error_code unknown;
+        const bool isThere = fs::equivalent(whole.parent_path(), folder, unknown);
+        // Where there is no such folder nothing lies in it.
+        return isThere || (unknown && unknown != std::errc::no_such_file_or_directory);
+    });
 }
 
 }  // namespace
@@ -108,6 +146,8 @@ void cBatch::BatchAll() {
     platform_.changed("pb");
 
     const int16_t count = countOf(lvSelected.size());
+    files_.prepareFor(std::clamp<size_t>(lvSelected.size(), 1, 1 + mostExpected));
+    const NothingExpected atItsEnd(files_);
     std::string path;
     for (int32_t i = 1; i <= count; ++i) {
         platform_.giveWay();
@@ -122,6 +162,7 @@ void cBatch::BatchAll() {
         entry.number = i;
         entry.input = path;
         const bool loaded = loadIntoSource(path, entry);
+        expectAfter(i, destination);
         takeIn(iSrc);
 
         append(std::string(lineEnd) + lineEnd + " Processing " + fileNameOf(path));
@@ -155,8 +196,24 @@ void cBatch::BatchAll() {
     append(std::string(lineEnd) + lineEnd + " Processing Completed!");
     pb.visible = false;
     platform_.changed("pb");
+    files_.expect({});
     restorePreview();
     if (chkShowDestination != 0) platform_.openPath(destination);
+}
+
+void cBatch::expectAfter(int32_t i, const std::string& destination) {
+    // A generic name may lead to another folder than the destination.
+    const std::vector<std::string> outputs{destination,
+                                           folderOf(outputName(destination, i, formatExtension()))};
+    std::vector<ExpectedFile> expected;
+    for (size_t at = static_cast<size_t>(i);
+         at < lvSelected.size() && expected.size() < mostExpected; ++at) {
+        const std::string& path = lvSelected[at].Tag;
+        // The run itself may change what lies there before its turn.
+        if (mayLieIn(path, outputs)) continue;
+        expected.push_back({path, lowerCase(extensionOf(path))});
+    }
+    files_.expect(expected);
 }
 
 void cBatch::append(const std::string& text) {

@@ -1,11 +1,21 @@
+#include <algorithm>
 #include <chrono>
+#include <condition_variable>
+#include <exception>
 #include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <new>
+#include <utility>
+#include <vector>
 
 #include "batch/batch.h"
+#include "batch/job_threads.h"
 #include "batch/shortage_watch.h"
 #include "batch/texts.h"
 #include "imagefiles/disk.h"
+#include "pixels/pixel_memory.h"
 
 // The run with each picture by itself.
 
@@ -13,11 +23,18 @@ namespace tessarine {
 
 namespace {
 
+using namespace std::chrono_literals;
+
 PictureReport failed(PictureReport entry, const std::string& error, const std::string& message) {
     entry.status = PictureReport::Status::failed;
     entry.error = error;
     entry.message = message;
     return entry;
+}
+
+PictureReport shortOfMemory(PictureReport entry) {
+    return failed(std::move(entry), std::string(errorClass(FileError::tooLarge)),
+                  ShortageWatch::message);
 }
 
 WriteOutcome writeTo(OutputFile& file, PictureFiles& files, const PictureHolder& picture,
@@ -41,6 +58,51 @@ cBitFilter engineFor(int32_t number) {
     engine.random = RandomGenerator().after((static_cast<uint64_t>(number) - 1) * drawsApart);
     return engine;
 }
+
+/// What a picture's program has for a platform: moments of giving way are the owner's, where it is
+/// the owner's thread that works.
+class BehindTheScenes : public SilentPlatform {
+  public:
+    explicit BehindTheScenes(Platform* owner) : owner_(owner) {}
+    void giveWay() override {
+        if (owner_ != nullptr) owner_->giveWay();
+    }
+
+  private:
+    Platform* owner_;
+};
+
+/// Where job threads lay down what the owner's thread is to hear.
+class Mailbox {
+  public:
+    struct Mail {
+        std::vector<PictureReport> entries;
+        std::vector<int32_t> percents;
+    };
+
+    void put(PictureReport entry) {
+        {
+            const std::lock_guard lock(guard_);
+            mail_.entries.push_back(std::move(entry));
+        }
+        arrived_.notify_one();
+    }
+    void put(int32_t percent) {
+        const std::lock_guard lock(guard_);
+        mail_.percents.push_back(percent);
+    }
+    /// What has come; waits for an entry as long as told.
+    Mail take(std::chrono::milliseconds patience) {
+        std::unique_lock lock(guard_);
+        arrived_.wait_for(lock, patience, [this] { return !mail_.entries.empty(); });
+        return std::exchange(mail_, {});
+    }
+
+  private:
+    std::mutex guard_;
+    std::condition_variable arrived_;
+    Mail mail_;
+};
 
 }  // namespace
 
@@ -67,46 +129,165 @@ void cBatch::restoreRowState(const RowState& state) {
     pickRelY = state.pickRelY;
 }
 
-void cBatch::BatchEach() {
-    stopRequested = false;
-    report.clear();
-    const std::string destination = asFolder(txtDestination);
-    const RowState atStart = rowState();
-    const cBitFilter engineAtStart = cFilter;
-    for (size_t i = 0; i < lvSelected.size(); ++i) {
-        platform_.giveWay();
-        if (stopRequested) break;
-        restoreRowState(atStart);
-        cFilter = engineFor(static_cast<int32_t>(i + 1));
-        cFilter.Progress = engineAtStart.Progress;
-        const auto start = std::chrono::steady_clock::now();
-        PictureReport entry = processAlone(static_cast<int32_t>(i + 1), destination);
-        entry.ms = millisecondsSince(start);
-        report.add(std::move(entry));
-    }
-    restoreRowState(atStart);
-    cFilter = engineAtStart;
+/// A picture to be processed by itself.
+struct cBatch::Alone {
+    PictureReport entry;  ///< with number, input and output
+    std::string extension;
+    int16_t formatIndex = 0;
+    bool overwrite = false;
+};
+
+std::unique_ptr<cBatch> cBatch::workshopFor(int32_t number, Platform& platform,
+                                            PictureFiles& files) const {
+    auto workshop = std::make_unique<cBatch>(platform, files);
+    workshop->Ltray = Ltray;
+    workshop->restoreRowState(rowState());
+    // What rows read of the sheet, and the preview's size, by which picked points go.
+    workshop->chkInvt = chkInvt;
+    workshop->chkKill = chkKill;
+    workshop->sbDegrees = sbDegrees;
+    attempt([&] { workshop->iDst.setSize(iDst.width(), iDst.height()); });
+    workshop->cFilter = engineFor(number);
+    return workshop;
 }
 
-PictureReport cBatch::processAlone(int32_t number, const std::string& destination) {
-    PictureReport entry;
-    entry.number = number;
-    entry.input = lvSelected[static_cast<size_t>(number - 1)].Tag;
-    const std::string extension = formatExtension();
-    entry.output = outputName(destination, number, extension);
-    const bool overwrite = chkOverwrite != 0;
+/// One run over the basket. All that anybody sees of it happens on the thread that made it.
+class cBatch::EachRun {
+  public:
+    explicit EachRun(cBatch& owner)
+        : owner_(owner),
+          jobs_(std::clamp<size_t>(static_cast<size_t>(std::max(owner.jobs, 1)), 1,
+                                   std::max<size_t>(owner.lvSelected.size(), 1))),
+          isAlone_(jobs_ == 1),
+          platform_(isAlone_ ? &owner.platform_ : nullptr),
+          threads_(isAlone_ ? 0 : jobs_) {}
 
-    std::error_code ignored;
-    if (std::filesystem::is_directory(entry.output, ignored))
-        return failed(entry, "cannot-write", "cannot replace " + entry.output + ": it is a folder");
-    if (!overwrite && platform_.fileExists(entry.output)) {
-        entry.status = PictureReport::Status::kept;
+    void run() {
+        owner_.files_.prepareFor(jobs_);
+        const std::string destination = asFolder(owner_.txtDestination);
+        for (size_t next = 0; next < owner_.lvSelected.size(); ++next) {
+            while (underWay_ == jobs_)
+                hear();
+            owner_.platform_.giveWay();
+            if (owner_.stopRequested) break;
+            begin(static_cast<int32_t>(next + 1), destination);
+        }
+        while (underWay_ > 0)
+            hear();
+    }
+
+  private:
+    /// What a picture in flight has of its own.
+    struct Workshop {
+        std::unique_ptr<PictureFiles> files;
+        std::unique_ptr<cBatch> program;  ///< reads and writes through them
+    };
+
+    void begin(int32_t number, const std::string& destination) {
+        Alone picture;
+        PictureReport& entry = picture.entry;
+        entry.number = number;
+        entry.input = owner_.lvSelected[static_cast<size_t>(number - 1)].Tag;
+        picture.extension = owner_.formatExtension();
+        entry.output = owner_.outputName(destination, number, picture.extension);
+        picture.formatIndex = static_cast<int16_t>(owner_.cboFormat.index);
+        picture.overwrite = owner_.chkOverwrite != 0;
+
+        std::error_code ignored;
+        if (std::filesystem::is_directory(entry.output, ignored))
+            return tell(failed(entry, "cannot-write",
+                               "cannot replace " + entry.output + ": it is a folder"));
+        if (!picture.overwrite && owner_.platform_.fileExists(entry.output)) {
+            entry.status = PictureReport::Status::kept;
+            return tell(entry);
+        }
+
+        auto workshop = std::make_shared<Workshop>();
+        try {
+            if (!isAlone_) workshop->files = owner_.files_.onePicture();
+            workshop->program =
+                owner_.workshopFor(number, platform_, isAlone_ ? owner_.files_ : *workshop->files);
+        } catch (const std::bad_alloc&) {
+            return tell(shortOfMemory(entry));
+        } catch (const MemoryFailed&) {
+            return tell(shortOfMemory(entry));
+        }
+        if (isAlone_)
+            workshop->program->cFilter.Progress = owner_.cFilter.Progress;
+        else if (owner_.cFilter.Progress)
+            workshop->program->cFilter.Progress = [this](int32_t& percent) {
+                mailbox_.put(percent);
+            };
+        ++underWay_;
+        threads_.start(
+            [this, workshop = std::move(workshop), picture = std::move(picture)]() mutable {
+                PictureReport done = process(*workshop->program, picture);
+                workshop.reset();
+                mailbox_.put(std::move(done));
+            });
+        if (isAlone_) hear();
+    }
+
+    /// Whatever goes wrong costs this picture.
+    static PictureReport process(cBatch& workshop, const Alone& picture) {
+        const auto start = std::chrono::steady_clock::now();
+        PictureReport entry = picture.entry;
+        try {
+            entry = workshop.processAlone(picture);
+        } catch (const std::bad_alloc&) {
+            entry = shortOfMemory(entry);
+        } catch (const std::exception& failure) {
+            entry = failed(entry, std::string(errorClass(FileError::unreadable)),
+                           std::string("it could not be processed: ") + failure.what());
+        }
+        entry.ms = millisecondsSince(start);
         return entry;
     }
 
-    const auto shortOfMemory = [&] {
-        return failed(entry, std::string(errorClass(FileError::tooLarge)), ShortageWatch::message);
-    };
+    /// Waits a moment for the end of a picture, and lets events happen where none came.
+    void hear() {
+        constexpr auto patience = 50ms;
+        Mailbox::Mail mail = mailbox_.take(patience);
+        for (int32_t percent : mail.percents)
+            if (owner_.cFilter.Progress) owner_.cFilter.Progress(percent);
+        for (PictureReport& entry : mail.entries) {
+            --underWay_;
+            tell(std::move(entry));
+        }
+        if (mail.entries.empty()) owner_.platform_.giveWay();
+    }
+
+    /// Adds an entry to the report behind all those before it.
+    void tell(PictureReport entry) {
+        const int32_t number = entry.number;
+        ended_.emplace(number, std::move(entry));
+        for (auto at = ended_.begin(); at != ended_.end() && at->first == told_ + 1;
+             at = ended_.erase(at)) {
+            ++told_;
+            owner_.report.add(std::move(at->second));
+        }
+    }
+
+    cBatch& owner_;
+    const size_t jobs_;
+    const bool isAlone_;
+    BehindTheScenes platform_;
+    size_t underWay_ = 0;
+    int32_t told_ = 0;
+    std::map<int32_t, PictureReport> ended_;  ///< those that wait for one before them
+    Mailbox mailbox_;
+    JobThreads threads_;  ///< the first to go
+};
+
+void cBatch::BatchEach() {
+    stopRequested = false;
+    report.clear();
+    EachRun(*this).run();
+    pixelMemory().giveBack();
+}
+
+PictureReport cBatch::processAlone(const Alone& picture) {
+    PictureReport entry = picture.entry;
     const ShortageWatch shortages;
     try {
         if (!loadIntoSource(entry.input, entry)) return entry;
@@ -114,21 +295,21 @@ PictureReport cBatch::processAlone(int32_t number, const std::string& destinatio
         applyRows(Overview::silent);
         paintResultIntoSource();
     } catch (const std::bad_alloc&) {
-        return shortOfMemory();
+        return shortOfMemory(entry);
     }
     // A function that found no memory was left out; then this is not the picture asked for.
-    if (shortages.sawOne()) return shortOfMemory();
+    if (shortages.sawOne()) return shortOfMemory(entry);
 
     Draft draft(entry.output);
     OutputFile file;
     const std::string cannotWrite(errorClass(FileError::cannotWrite));
     if (!draft.writeThrough(file)) return failed(entry, cannotWrite, draft.failure());
     const WriteOutcome written =
-        writeTo(file, files_, iSrc, extension, static_cast<int16_t>(cboFormat.index));
+        writeTo(file, files_, iSrc, picture.extension, picture.formatIndex);
     if (written.error != FileError::none)
         return failed(entry, std::string(errorClass(written.error)), written.message);
     if (!file.finish()) return failed(entry, cannotWrite, file.failure());
-    switch (draft.publish(overwrite)) {
+    switch (draft.publish(picture.overwrite)) {
         case Draft::End::published:
             entry.status = PictureReport::Status::saved;
             entry.bytes = file.size();

@@ -7,10 +7,13 @@
 #include <vector>
 
 #include "filters/colour.h"
+#include "filters/near_trigonometry.h"
+#include "pixels/bilinear.h"
 #include "pixels/bit_filter.h"
 #include "pixels/frame.h"
 #include "pixels/numbers.h"
 #include "pixels/reserved.h"
+#include "pixels/sources.h"
 
 // Deformations: each pixel is taken from a computed source point. And Shift, which moves colours.
 //
@@ -89,17 +92,27 @@ Ripple rippleOf(const std::string& style, int16_t Intensity) {
 // The styles of GLASS: each gives the function that gives a row's source points.
 
 /// "slanting", which goes by the number of a pixel in the whole scan.
-/// \param left, top where the scan begins, which may be far outside the buffer
-/// \param width pixels of the scan in a row
-auto slanting(int32_t left, int32_t top, int32_t width, int16_t Intensity) {
-    return [=](int32_t, int32_t y) {
-        return [=, numberOfColumn0 = (y - top) * width - left + 1](int32_t x) {
-            const double ripple = std::sin(numberOfColumn0 + x);
-            return Intensity == 0 ? Point{roundToInteger(x - 3 * ripple), y}
-                                  : Point{x, roundToInteger(y - 10 * ripple)};
-        };
-    };
-}
+struct Slanting {
+    int32_t left;  ///< where the scan begins, which may be far outside the buffer
+    int32_t top;
+    int32_t width;  ///< pixels of the scan in a row
+    int16_t Intensity;
+
+    int32_t numberOf(int32_t x, int32_t y) const { return (y - top) * width - left + 1 + x; }
+    Point placeOf(int32_t x, int32_t y) const {
+        const double ripple = std::sin(numberOf(x, y));
+        return Intensity == 0 ? Point{roundToInteger(x - 3 * ripple), y}
+                              : Point{x, roundToInteger(y - 10 * ripple)};
+    }
+    Guess guessOf(int32_t x, int32_t y) const {
+        constexpr double error = 1e-6;
+        const double ripple = nearSineAndCosine(numberOf(x, y)).sine;
+        const double moved = Intensity == 0 ? x - 3 * ripple : y - 10 * ripple;
+        const Near<int32_t> whole = nearInteger(moved, error);
+        return Intensity == 0 ? Guess{{whole.value, y}, whole.isSure}
+                              : Guess{{x, whole.value}, whole.isSure};
+    }
+};
 
 /// "vertical", "horizontal" and "squary", which displace columns, rows or both.
 /// \param maxX the last column of the picture
@@ -119,11 +132,14 @@ auto rippled(int32_t maxX, const std::string& style, int16_t Intensity) {
 auto curtain(int32_t maxX, int16_t Intensity) {
     return [Intensity, tangents = AxisTable(maxX, tangent)](int32_t, int32_t y) {
         const double tanY = std::tan(y);
-        return [=, &tangents, column = roundToInteger(tanY)](int32_t x) {
-            if (Intensity == 0) return Point{column, y};
-            if (Intensity == 1) return Point{roundToInteger(tangents[x]), y};
-            if (Intensity == 2) return Point{roundToInteger(tanY * tangents[x]), y};
-            return Point{x, roundToInteger(tangents[x] + tanY)};
+        return [=, &tangents](int32_t x) {
+            const double tanX = tangents[x];
+            const double moved = Intensity == 0   ? tanY
+                                 : Intensity == 1 ? tanX
+                                 : Intensity == 2 ? tanY * tanX
+                                                  : tanX + tanY;
+            const int32_t whole = roundInLoop(moved);
+            return Intensity == 3 ? Point{x, whole} : Point{whole, y};
         };
     };
 }
@@ -146,21 +162,27 @@ Point sourceInLens(const Point& centre, int32_t i, int32_t j, double p, int32_t 
 
 PixelBuffer cBitFilter::BEND(int32_t RadiusFactor, bool CleanBack) {
     constexpr float fullTurn = 6.283184F;
-    const float k = single(RadiusFactor / 100.0 + 2);
+    const double k = single(RadiusFactor / 100.0 + 2);
     const int32_t cx = maxX_ / 2;
     const int32_t cy = maxY_ / 2;
-    return filterSources(uncoveredBy(CleanBack), [=, this](int32_t, int32_t y) {
-        const int32_t dy = y - cy;
-        return [=, this](int32_t x) {
-            const int32_t dx = x - cx;
-            const float s = single(double{k} * distanceOf(dx, dy));
-            // The row's offset stands first, so that the angle is 0 straight below the centre.
-            float a = -GetAngle(dy, dx);
-            if (dy < 0 || dx > 0) a = single(double{a} + double{fullTurn});
-            return Point{roundToInteger(maxX_ * double{a} / double{fullTurn}),
-                         roundToInteger(maxY_ - double{s})};
-        };
-    });
+    const double maxX = maxX_;
+    const double maxY = maxY_;
+    const auto placeBy = [=](int32_t dx, int32_t dy, float angle) {
+        const float s = single(k * distanceOf(dx, dy));
+        const float turned = single(double{-angle} + double{fullTurn});
+        const float a = (dy < 0) | (dx > 0) ? turned : -angle;
+        return Point{roundInLoop(maxX * double{a} / double{fullTurn}),
+                     roundInLoop(maxY - double{s})};
+    };
+    // The row's offset stands first, so that the angle is 0 straight below the centre.
+    const auto guessOf = [=](int32_t x, int32_t y) {
+        const Near<float> angle = nearAngle(y - cy, x - cx);
+        return Guess{placeBy(x - cx, y - cy, angle.value), angle.isSure};
+    };
+    const auto placeOf = [=](int32_t x, int32_t y) {
+        return placeBy(x - cx, y - cy, GetAngle(y - cy, x - cx));
+    };
+    return filterGuessedSources(uncoveredBy(CleanBack), guessOf, placeOf);
 }
 
 PixelBuffer cBitFilter::FOLD(int32_t wFactor, int32_t hFactor, bool CleanBack) {
@@ -172,8 +194,8 @@ PixelBuffer cBitFilter::FOLD(int32_t wFactor, int32_t hFactor, bool CleanBack) {
         const int32_t dy = y - cy;
         const double stretchOfRow = (dy / 100.0) * hFactor / maxY_ + 1;
         return [=, &stretchOfColumn](int32_t x) {
-            return Point{roundToInteger((x - cx) * stretchOfRow + cx),
-                         roundToInteger(dy * stretchOfColumn[x] + cy)};
+            return Point{roundInLoop((x - cx) * stretchOfRow + cx),
+                         roundInLoop(dy * stretchOfColumn[x] + cy)};
         };
     });
 }
@@ -195,19 +217,34 @@ PixelBuffer cBitFilter::STRETCH(int32_t wFactor, int32_t hFactor, bool CleanBack
 PixelBuffer cBitFilter::TWIRL(int32_t Factor, int32_t OffsetDeg, bool CleanBack) {
     const int32_t cx = maxX_ / 2;
     const int32_t cy = maxY_ / 2;
-    const float t = single((Factor / 10.0) / cx);
-    const float o = single(OffsetDeg * double{radiansOfDegree});
-    return filterSources(uncoveredBy(CleanBack), [=](int32_t, int32_t y) {
-        return [=, dy = y - cy](int32_t x) {
-            const int32_t dx = x - cx;
-            const int32_t r = roundToInteger(distanceOf(dx, dy));
-            if (r == 0) return Point{cx, cy};
-            const float a = single(double{GetAngle(dx, dy)} - r * double{t});
-            const double turned = double{a} + double{o};
-            return Point{roundToInteger(r * std::cos(turned) + cx),
-                         roundToInteger(r * std::sin(turned) + cy)};
-        };
-    });
+    const double t = single((Factor / 10.0) / cx);
+    const double o = single(OffsetDeg * double{radiansOfDegree});
+    const auto turnedBy = [=](double r, float angle) {
+        return double{single(double{angle} - r * t)} + o;
+    };
+    const auto placeOf = [=](int32_t x, int32_t y) {
+        const int32_t dx = x - cx;
+        const int32_t dy = y - cy;
+        const int32_t r = roundToInteger(distanceOf(dx, dy));
+        if (r == 0) return Point{cx, cy};
+        const double turned = turnedBy(r, GetAngle(dx, dy));
+        return Point{roundToInteger(r * std::cos(turned) + cx),
+                     roundToInteger(r * std::sin(turned) + cy)};
+    };
+    const auto guessOf = [=](int32_t x, int32_t y) {
+        constexpr double error = 1e-6;
+        constexpr double largestRadius = error / sineError / 2;
+        const double r = roundInLoop(distanceOf(x - cx, y - cy));
+        const Near<float> angle = nearAngle(x - cx, y - cy);
+        const double turned = turnedBy(r, angle.value);
+        const SineAndCosine along = nearSineAndCosine(turned);
+        const Near<int32_t> sx = nearInteger(r * along.cosine + cx, error);
+        const Near<int32_t> sy = nearInteger(r * along.sine + cy, error);
+        const bool isSure = angle.isSure & sx.isSure & sy.isSure & (r > 0) & (r < largestRadius) &
+                            (std::abs(turned) < largestAngle);
+        return Guess{{sx.value, sy.value}, isSure};
+    };
+    return filterGuessedSources(uncoveredBy(CleanBack), guessOf, placeOf);
 }
 
 PixelBuffer cBitFilter::ROTATE(int32_t Degrees, bool CleanBack) {
@@ -217,8 +254,7 @@ PixelBuffer cBitFilter::ROTATE(int32_t Degrees, bool CleanBack) {
     return filterSources(uncoveredBy(CleanBack), [=](int32_t, int32_t y) {
         return [=, dyS = (y - cy) * turn.s, dyC = (y - cy) * turn.c](int32_t x) {
             const int32_t dx = x - cx;
-            return Point{roundToInteger(dx * turn.c - dyS + cx),
-                         roundToInteger(dx * turn.s + dyC + cy)};
+            return Point{roundInLoop(dx * turn.c - dyS + cx), roundInLoop(dx * turn.s + dyC + cy)};
         };
     });
 }
@@ -227,30 +263,10 @@ PixelBuffer cBitFilter::RotateSmooth(int32_t Degrees) {
     const Turn turn(Degrees);
     const int32_t cx = maxX_ / 2;
     const int32_t cy = maxY_ / 2;
-    return filterPositions(OnFailure::skip, [=, this](int32_t, int32_t y) {
-        const double dyS = (y - cy) * turn.s;
-        const double dyC = (y - cy) * turn.c;
-        return [=, this](int32_t x, Pixel& result) {
+    return filterMixed([=](int32_t, int32_t y) {
+        return [=, dyS = (y - cy) * turn.s, dyC = (y - cy) * turn.c](int32_t x) {
             const int32_t dx = x - cx;
-            const double rx = single(dx * turn.c - dyS + cx);
-            const double ry = single(dx * turn.s + dyC + cy);
-            // Tested before the floor, which is the integer part of what is not negative.
-            if (!(rx >= 0 && ry >= 0 && rx < fullRect_.right && ry < fullRect_.bottom))
-                return takeColours(result, Pixel{});
-            const auto ix = static_cast<int32_t>(rx);
-            const auto iy = static_cast<int32_t>(ry);
-            const double fx = single(rx - ix);
-            const double fy = single(ry - iy);
-            const Pixel* above = &bits_.at(ix, iy);
-            const Pixel* below = above + bits_.stride();
-            const auto mixed = [=](uint8_t Pixel::*channel) {
-                const int32_t left =
-                    roundToInteger((1 - fy) * above[0].*channel + fy * below[0].*channel);
-                const int32_t right =
-                    roundToInteger((1 - fy) * above[1].*channel + fy * below[1].*channel);
-                return clampToByte(roundToInteger(left * (1 - fx) + right * fx));
-            };
-            takeColours(result, {mixed(&Pixel::blue), mixed(&Pixel::green), mixed(&Pixel::red), 0});
+            return SinglePoint{single(dx * turn.c - dyS + cx), single(dx * turn.s + dyC + cy)};
         };
     });
 }
@@ -259,9 +275,11 @@ PixelBuffer cBitFilter::GLASS(const std::string& style, int16_t Intensity) {
     constexpr auto leave = Uncovered::leave;
     const auto known = [=](int16_t count) { return Intensity >= 0 && Intensity < count; };
     SetScanRect(0);
-    const int32_t width = scanRight_ - scanLeft_ + 1;
+    const Slanting slanting{scanLeft_, scanTop_, scanRight_ - scanLeft_ + 1, Intensity};
     if (style == "slanting" && known(2))
-        return filterSources(leave, slanting(scanLeft_, scanTop_, width, Intensity));
+        return filterGuessedSources(
+            leave, [=](int32_t x, int32_t y) { return slanting.guessOf(x, y); },
+            [=](int32_t x, int32_t y) { return slanting.placeOf(x, y); });
     if ((style == "vertical" || style == "horizontal" || style == "squary") && known(3))
         return filterSources(leave, rippled(maxX_, style, Intensity));
     if (style == "curtain" && known(4)) return filterSources(leave, curtain(maxX_, Intensity));

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 #include "filters/colour.h"
 #include "pixels/bit_filter.h"
@@ -88,18 +89,24 @@ PixelBuffer cBitFilter::GradientCircular(int32_t X1, int32_t Y1, int32_t X2, int
     float t = 0;
     // More than 32767 pixels away the squares wrap. Where they have no root, the ramp goes on from
     // the pixel before, and there alone the order of the pixels matters.
+    constexpr int64_t farthest = 32767;
+    const auto isFar = [](int64_t last, int64_t centre) {
+        return std::max(std::abs(centre), std::abs(last - centre)) > farthest;
+    };
     Walk walk = wholeImage();
-    walk.isInOrder = true;
+    const bool isInOrder = walk.isInOrder = isFar(maxX_, X1) || isFar(maxY_, Y1);
     return filterRows(OnFailure::skip, walk, [&](const RowRun& run) {
         const int32_t j = run.y - Y1;
         int32_t i = run.x - X1;
+        float ramp = t;
         for (Pixel& pixel : run.result) {
             const int32_t squared = i * i + j * j;
-            if (squared >= 0) t = single(std::sqrt(squared) / gradient.rad());
-            t = gradient.share(t);
-            pixel = gradient.over(pixel, t);
+            if (squared >= 0) ramp = single(std::sqrt(squared) / gradient.rad());
+            ramp = gradient.share(ramp);
+            pixel = gradient.over(pixel, ramp);
             ++i;
         }
+        if (isInOrder) t = ramp;
     });
 }
 

@@ -36,7 +36,9 @@ class SoftReplacement {
         const int32_t distance = squaredDistance(c, from_);
         const double nearness = single(1 - distance / static_cast<double>(circle_));
         const double k = (distance <= circle_) & gate ? nearness : 0;
-        const auto mixed = [k](int32_t v, int32_t goal) { return roundFitting(v + (goal - v) * k); };
+        const auto mixed = [k](int32_t v, int32_t goal) {
+            return roundFitting(v + (goal - v) * k);
+        };
         return {mixed(c.blue, to_.blue), mixed(c.green, to_.green), mixed(c.red, to_.red)};
     }
 

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -8,6 +10,8 @@
 #include "pixels/bit_filter.h"
 #include "pixels/frame.h"
 #include "pixels/numbers.h"
+#include "pixels/sources.h"
+#include "pixels/words.h"
 
 // New content over the image, and coarser textures of it.
 
@@ -30,6 +34,57 @@ struct ColourSums {
         }
         count += static_cast<int32_t>(run.size());
     }
+};
+
+/// Sums of columns, for cells that lie side by side: rows are added to them, and the columns of a
+/// cell together at the end.
+class ColumnSums {
+  public:
+    /// \param width of the image
+    explicit ColumnSums(int32_t width) {
+        for (auto* sums : {&blue_, &green_, &red_, &count_})
+            *sums = std::vector<int32_t>(static_cast<size_t>(width) + 2 * PixelBuffer::margin);
+    }
+
+    /// \param x the column of the run's first pixel, in the buffer
+    void add(std::span<const Pixel> run, int32_t x) {
+        const Word* __restrict words = wordsOf(run.data());
+        const size_t first = placeOf(x);
+        int32_t* __restrict blue = &blue_[first];
+        int32_t* __restrict green = &green_[first];
+        int32_t* __restrict red = &red_[first];
+        int32_t* __restrict count = &count_[first];
+        for (size_t i = 0; i < run.size(); ++i) {
+            blue[i] += static_cast<int32_t>(words[i] >> blueShift & 255);
+            green[i] += static_cast<int32_t>(words[i] >> greenShift & 255);
+            red[i] += static_cast<int32_t>(words[i] >> redShift & 255);
+            ++count[i];
+        }
+    }
+
+    /// What columns add up to, as far as the buffer has them.
+    ColourSums total(int32_t left, int64_t right) const {
+        const auto last = static_cast<int64_t>(count_.size()) - PixelBuffer::margin;
+        ColourSums sums;
+        for (int32_t x = std::max(left, -PixelBuffer::margin); x < std::min(right, last); ++x) {
+            const size_t k = placeOf(x);
+            sums.blue += blue_[k];
+            sums.green += green_[k];
+            sums.red += red_[k];
+            sums.count += count_[k];
+        }
+        return sums;
+    }
+
+  private:
+    static size_t placeOf(int32_t x) {
+        return static_cast<size_t>(ptrdiff_t{x} + PixelBuffer::margin);
+    }
+
+    std::vector<int32_t> blue_;
+    std::vector<int32_t> green_;
+    std::vector<int32_t> red_;
+    std::vector<int32_t> count_;
 };
 
 /// The means of a mosaic's blocks. Each block is added up when it is first asked for, and kept
@@ -77,6 +132,68 @@ class Mosaic {
     const PixelBuffer& bits_;
     int32_t size_;
     std::vector<Block> blocks_;
+};
+
+/// Dots that lie side by side, column by column.
+class DotRow {
+  public:
+    /// Up to here, squared distances in a dot do not wrap.
+    static constexpr int32_t largestRadius = 16384;
+
+    /// \param width of the image
+    /// \param q the squared distance at which dots fade out, above 0
+    DotRow(int32_t width, int32_t Radius, int32_t q)
+        : Radius_(Radius),
+          q_(q),
+          squares_(static_cast<size_t>(width) + 2 * PixelBuffer::margin),
+          colours_(squares_.size()) {}
+
+    /// Adds the dot whose cell starts at column `left`; it takes a column from the one before.
+    void add(int32_t left, const ColourSums& colour) {
+        for (const int32_t level : {colour.blue, colour.green, colour.red})
+            fitsBytes_ = fitsBytes_ && level >= 0 && level <= 255;
+        const Word word = std::bit_cast<uint32_t>(
+            Pixel{lowByte(colour.blue), lowByte(colour.green), lowByte(colour.red), 0});
+        const auto columns = static_cast<int32_t>(squares_.size());
+        const int32_t from = left + PixelBuffer::margin;
+        for (int32_t x = std::max(from, 0); x < std::min(from + 2 * Radius_ + 1, columns); ++x) {
+            const int32_t i = x - from - Radius_;
+            squares_[static_cast<size_t>(x)] = i * i;
+            colours_[static_cast<size_t>(x)] = word;
+        }
+    }
+    /// Whether the levels of all dots are those of bytes.
+    bool fitsBytes() const { return fitsBytes_; }
+
+    /// Paints pixels that lie in the row j from the dots' centres.
+    void paint(const RowRun& run, int32_t j) const {
+        const auto first = static_cast<size_t>(ptrdiff_t{run.x} + PixelBuffer::margin);
+        const int32_t* __restrict squares = &squares_[first];
+        const Word* __restrict colours = &colours_[first];
+        Word* __restrict words = wordsOf(run.result.data());
+        const int32_t rowSquare = j * j;
+        const double q = q_;
+        const int32_t limit = q_;
+        for (size_t n = 0; n < run.result.size(); ++n) {
+            const int32_t d = squares[n] + rowSquare;
+            const double share = single(1 - d / q);
+            const double w = d > limit ? 0.0 : share;
+            Word word = words[n] & ~coloursOfWord;
+#pragma GCC unroll 3
+            for (const int32_t shift : {blueShift, greenShift, redShift}) {
+                const auto level = static_cast<int32_t>(colours[n] >> shift & 255);
+                word |= static_cast<Word>(roundInLoop(w * level)) << shift;
+            }
+            words[n] = word;
+        }
+    }
+
+  private:
+    int32_t Radius_;
+    int32_t q_;
+    bool fitsBytes_ = true;
+    std::vector<int32_t> squares_;  ///< of each column's distance from the middle of its dot
+    std::vector<uint32_t> colours_;
 };
 
 /// What becomes of a channel's values under a line of one colour. A value that would leave a
@@ -161,6 +278,7 @@ class PendingErrors {
 PixelBuffer cBitFilter::DIFFUSE(int32_t wFactor, int32_t hFactor) {
     const float hw = single(wFactor / 2.0);
     const float hh = single(hFactor / 2.0);
+    static constexpr RandomGenerator::Draws<2, stretchLength> pairs;
     const RandomGenerator first = random;
     // Every pixel of the scan takes two draws, those outside the buffer too.
     const auto drawsBefore = [this](int64_t x, int64_t y) {
@@ -169,10 +287,12 @@ PixelBuffer cBitFilter::DIFFUSE(int32_t wFactor, int32_t hFactor) {
                     static_cast<uint64_t>(x - scanLeft_));
     };
     PixelBuffer result = filterSources(Uncovered::leave, [&](int32_t left, int32_t row) {
-        return [=, y = row, draws = first.after(drawsBefore(left, row))](int32_t x) mutable {
-            const int32_t sx = roundToInteger(x + double{draws.draw()} * wFactor - double{hw});
-            const int32_t sy = roundToInteger(y + double{draws.draw()} * hFactor - double{hh});
-            return Point{sx, sy};
+        const uint64_t before = drawsBefore(left, row);
+        return [=, y = row, acrossX = first.after(before + 1).state(),
+                acrossY = first.after(before + 2).state()](int32_t x) {
+            const auto i = static_cast<size_t>(x - left);
+            return Point{roundInLoop(x + double{pairs.after(acrossX, i)} * wFactor - double{hw}),
+                         roundInLoop(y + double{pairs.after(acrossY, i)} * hFactor - double{hh})};
         };
     });
     random = first.after(drawsBefore(scanLeft_, int64_t{scanBottom_} + 1));
@@ -186,16 +306,15 @@ PixelBuffer cBitFilter::HALFTONE(int32_t Radius, int32_t Definition, int32_t Int
     const float k = single((Intensity + 100) / 100.0);
     const int32_t step = 2 * Radius;
     const int32_t side = clampToInteger(2 * int64_t{Radius} + 1);
-    const CellGrid cells = gridOverBox(step, step, side, side);
-    return filterCells(OnFailure::raise, cells, [&](const Cell& cell) {
-        ColourSums colour;
-        visitRuns(cell.place,
-                  [&](std::span<const Pixel> run, int32_t, int32_t) { colour.add(run); });
+    const auto coloured = [=](ColourSums colour) {
         const int32_t n = roundToInteger(colour.count / double{k});
         if (n > 0) {
             for (int32_t* sum : {&colour.blue, &colour.green, &colour.red})
                 *sum = std::min(roundToInteger(static_cast<double>(*sum) / n), 255);
         }
+        return colour;
+    };
+    const auto paintDot = [=, this](const Cell& cell, const ColourSums& colour) {
         paintRuns(cell.result, cell.shown, [&](const RowRun& run) {
             const int32_t j = run.y - cell.place.top - Radius;
             int32_t i = run.x - cell.place.left - Radius;
@@ -211,6 +330,33 @@ PixelBuffer cBitFilter::HALFTONE(int32_t Radius, int32_t Definition, int32_t Int
                          pixel.fourth};
             }
         });
+    };
+    CellGrid cells = gridOverBox(step, step, side, side);
+    // Rows of dots are painted at once where their squares do not wrap.
+    cells.joined = Radius > 0 && Radius <= DotRow::largestRadius && q > 0;
+    return filterCells(OnFailure::raise, cells, [&](const Cell& cell) {
+        if (!cells.joined) {
+            ColourSums colour;
+            visitRuns(cell.place,
+                      [&](std::span<const Pixel> run, int32_t, int32_t) { colour.add(run); });
+            return paintDot(cell, coloured(colour));
+        }
+        ColumnSums columns(bits_.width());
+        visitRuns(cell.place,
+                  [&](std::span<const Pixel> run, int32_t x, int32_t) { columns.add(run, x); });
+        DotRow row(bits_.width(), Radius, q);
+        for (int32_t left = cell.place.left; left <= cell.place.right - side; left += step)
+            row.add(left, coloured(columns.total(left, left + side)));
+        if (row.fitsBytes())
+            return paintRuns(cell.result, cell.shown, [&](const RowRun& run) {
+                row.paint(run, run.y - cell.place.top - Radius);
+            });
+        for (int32_t left = cell.place.left; left <= cell.place.right - side; left += step) {
+            Cell dot = cell;
+            dot.place.left = dot.shown.left = left;
+            dot.place.right = dot.shown.right = left + side;
+            paintDot(dot, coloured(columns.total(left, left + side)));
+        }
     });
 }
 
@@ -219,6 +365,7 @@ PixelBuffer cBitFilter::HALFTONE(int32_t Radius, int32_t Definition, int32_t Int
 PixelBuffer cBitFilter::PIXELIZE(int32_t PixSize) {
     // Blocks without an edge have no pixels: no means are ever computed.
     const bool hasBlocks = PixSize > 0;
+    if (hasBlocks && startsInBlocks(PixSize)) return pixelizeBlocks(PixSize);
     Mosaic mosaic(bits_, hasBlocks ? PixSize : 1);
     Pixel means;
     Walk walk = regionBox(0);
@@ -233,23 +380,80 @@ PixelBuffer cBitFilter::PIXELIZE(int32_t PixSize) {
     });
 }
 
+bool cBitFilter::startsInBlocks(int32_t PixSize) const {
+    const RegionHandle region = regionHandle_.lock();
+    if (!region || region->rects().size() != 1 || !bits_.isDimensioned()) return false;
+    const Rect box = region->box();
+    return box.left >= 0 && box.top >= 0 && box.right <= bits_.width() &&
+           box.bottom <= bits_.height() && box.left % PixSize == 0;
+}
+
+PixelBuffer cBitFilter::pixelizeBlocks(int32_t PixSize) {
+    // The means first, as a picture of one pixel a block.
+    PixelBuffer means(maxX_ / PixSize + 1, maxY_ / PixSize + 1, PixelBuffer::Start::unset);
+    Pixel* block = means.writableBlock();
+    const auto compute = [&](int32_t row) {
+        ColumnSums columns(bits_.width());
+        const int64_t bottom = std::min<int64_t>(int64_t{row} * PixSize + PixSize, bits_.height());
+        for (int32_t y = row * PixSize; y < bottom; ++y)
+            columns.add({bits_.row(y), static_cast<size_t>(bits_.width())}, 0);
+        Pixel* rowOfMeans = block + means.offsetOfRow(row);
+        for (int32_t column = 0; column < means.width(); ++column) {
+            const int64_t left = int64_t{column} * PixSize;
+            const ColourSums sums = columns.total(static_cast<int32_t>(left),
+                                                  std::min<int64_t>(left + PixSize, bits_.width()));
+            rowOfMeans[column] = {lowByte(sums.blue / sums.count), lowByte(sums.green / sums.count),
+                                  lowByte(sums.red / sums.count), 0};
+        }
+    };
+    forRows(0, means.height(), compute, [](int32_t) {});
+    return filterRows(OnFailure::skip, regionBox(0), [&](const RowRun& run) {
+        const Word* mean = wordsOf(means.row(run.y / PixSize)) + run.x / PixSize;
+        Word* __restrict words = wordsOf(run.result.data());
+        const auto count = static_cast<int32_t>(run.result.size());
+        for (int32_t from = 0; from < count; ++mean) {
+            const int32_t to = count - from > PixSize ? from + PixSize : count;
+            for (; from < to; ++from)
+                words[from] = *mean | (words[from] & ~coloursOfWord);
+        }
+    });
+}
+
 PixelBuffer cBitFilter::NOISE(int32_t Factor, bool Equalized) {
+    static constexpr RandomGenerator::Draws<1, stretchLength> ones;
+    static constexpr RandomGenerator::Draws<3, stretchLength> threes;
     const int32_t span = 2 * Factor + 1;
     const uint64_t drawsAPixel = Equalized ? 1 : 3;
     const RegionHandle region = regionHandle_.lock();
     const RegionOrder order(region.get());
     const RandomGenerator first = random;
-    const auto noisy = [=](int32_t value, double draw) {
-        return clampToByte(roundToInteger(value + (span * draw - Factor)));
-    };
-    PixelBuffer result = filterRows(OnFailure::skip, regionBox(0), [&](const RowRun& run) {
-        RandomGenerator draws = first.after(drawsAPixel * order.before(run.x, run.y));
-        for (Pixel& p : run.result) {
-            const double red = draws.draw();
-            const double green = Equalized ? red : draws.draw();
-            const double blue = Equalized ? red : draws.draw();
-            p = {noisy(p.blue, blue), noisy(p.green, green), noisy(p.red, red), p.fourth};
+    const auto addNoise = [=](const RowRun& run, const RandomGenerator& before) {
+        const uint32_t red = before.after(1).state();
+        const uint32_t green = before.after(2).state();
+        const uint32_t blue = before.after(3).state();
+        const auto noisy = [=](Word value, float draw) {
+            const auto level = static_cast<int32_t>(value & 255);
+            const int32_t moved = roundInLoop(level + (span * double{draw} - Factor));
+            return static_cast<Word>(std::min(std::max(moved, 0), 255));
+        };
+        const Word* __restrict source = wordsOf(run.source.data());
+        Word* __restrict result = wordsOf(run.result.data());
+        for (size_t i = 0; i < run.source.size(); ++i) {
+            const Word p = source[i];
+            const float one = ones.after(red, i);
+            result[i] =
+                noisy(p >> redShift, Equalized ? one : threes.after(red, i)) << redShift |
+                noisy(p >> greenShift, Equalized ? one : threes.after(green, i)) << greenShift |
+                noisy(p >> blueShift, Equalized ? one : threes.after(blue, i)) << blueShift |
+                (p & ~coloursOfWord);
         }
+    };
+    PixelBuffer result = filterRows(OnFailure::skip, regionBox(0), [&](const RowRun& whole) {
+        const uint64_t before = drawsAPixel * order.before(whole.x, whole.y);
+        inStretches(whole, [&](const RowRun& run) {
+            const auto along = static_cast<uint64_t>(run.x - whole.x);
+            addNoise(run, first.after(before + drawsAPixel * along));
+        });
     });
     random = first.after(drawsAPixel * order.count());
     return result;
@@ -263,13 +467,16 @@ PixelBuffer cBitFilter::Scanlines(int32_t Factor) {
     const Rect scan = regionBox(0).scan;
     const int32_t outside = PixelBuffer::margin;
     Pixel* block = bits_.isDimensioned() ? result.writableBlock() : nullptr;
-    for (const int32_t y : steps(scanTop_, scanBottom_, 2, -outside, maxY_ + outside)) {
+    const std::vector<int32_t> rows = steps(scanTop_, scanBottom_, 2, -outside, maxY_ + outside);
+    const auto darkenRow = [&](int32_t number) {
+        const int32_t y = rows[static_cast<size_t>(number)];
         paintRuns(block, {scan.left, y, scan.right, y + 1}, [&](const RowRun& run) {
             for (Pixel& p : run.result)
                 takeColours(p, darken(p));
         });
-        reportRow(y, OnFailure::skip);
-    }
+    };
+    forRows(0, static_cast<int32_t>(rows.size()), darkenRow,
+            [&](int32_t number) { reportRow(rows[static_cast<size_t>(number)], OnFailure::skip); });
     raiseProgress(100);
     return result;
 }

@@ -22,6 +22,31 @@ std::string_view errorClass(FileError error) {
     return {};
 }
 
+namespace {
+
+/// Another's reading and writing.
+class Forwarding : public PictureFiles {
+  public:
+    explicit Forwarding(PictureFiles& files) : files_(files) {}
+
+    ReadOutcome read(const std::string& path, const std::string& extension) override {
+        return files_.read(path, extension);
+    }
+    WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
+                       OutputFile& file) override {
+        return files_.write(picture, extension, formatIndex, file);
+    }
+
+  private:
+    PictureFiles& files_;
+};
+
+}  // namespace
+
+std::unique_ptr<PictureFiles> PictureFiles::onePicture() {
+    return std::make_unique<Forwarding>(*this);
+}
+
 Bitmap savedBitmap(const PictureHolder& picture, const std::string& extension) {
     return routeOf(extension) == SaveRoute::devil ? picture.picture() : picture.drawn();
 }

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "imagefiles/output_file.h"
 #include "imagefiles/picture.h"
@@ -48,11 +51,32 @@ struct WriteOutcome {
     std::string message;
 };
 
+/// A file, and the extension by which it is read.
+struct ExpectedFile {
+    std::string path;
+    std::string extension;
+
+    friend bool operator==(const ExpectedFile&, const ExpectedFile&) = default;
+};
+
 /// Who reads and writes picture files: this process itself, or helper processes that a bad file
 /// may take down.
 class PictureFiles {
   public:
     virtual ~PictureFiles() = default;
+
+    /// So many pictures are about to be read and written side by side, each on a thread of its own.
+    virtual void prepareFor(size_t pictures) { static_cast<void>(pictures); }
+
+    /// The same reading and writing for one of several pictures in flight, on a thread of its own.
+    /// Reading may wait until the picture has room in memory beside the others; it keeps that room
+    /// as long as the object lasts, which is not to outlive this one.
+    virtual std::unique_ptr<PictureFiles> onePicture();
+
+    /// The files that this thread is likely to read next, in this order, in place of those that it
+    /// was said to before. They may be read ahead; what read() gives is the same as if they had not
+    /// been. With none, what was read ahead is dropped.
+    virtual void expect(const std::vector<ExpectedFile>& files) { static_cast<void>(files); }
 
     /// Reads a picture file by the route that its extension (in any case) names, and by nothing
     /// else. Nothing is thrown.

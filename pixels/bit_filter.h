@@ -355,15 +355,27 @@ class cBitFilter {
     template <class OfChannel, class Join>
     PixelBuffer filterJoined(OnFailure mode, const Walk& walk, const Stencil& stencil,
                              OfChannel ofChannel, Join join);
-    /// All pixels of the region's box, inside the region or not. For each row `rowOf(left, y)`
-    /// gives a function that is called as `change(x, result pixel)` from `left` on.
-    template <class RowOf>
-    PixelBuffer filterPositions(OnFailure mode, RowOf rowOf);
+    // These are defined in pixels/sources.h, and the last one in pixels/bilinear.h.
+    /// All pixels of the region's box, inside the region or not, in stretches of one row of at most
+    /// `stretchLength` pixels: `work(result, left, y, count)`, where result[0] is the pixel
+    /// (left, y). The result holds the source's pixels; their fourth bytes are not to be changed.
+    template <class Work>
+    PixelBuffer filterStretches(OnFailure mode, Work work);
     /// All pixels of the region's box take the colours of a source point, where that lies in the
-    /// region. For each row `rowOf(left, y)` gives a function that gives the source Point of each
-    /// x from `left` on.
+    /// region. For each stretch `rowOf(left, y)` gives a function that gives the source Point of
+    /// each x from `left` on, in any order.
     template <class RowOf>
     PixelBuffer filterSources(Uncovered uncovered, RowOf rowOf);
+    /// The same where the source is dear to compute: `guessOf(x, y)` gives a Guess of it, and
+    /// `placeOf(x, y)` the source itself for the few pixels where the guess is not sure.
+    template <class GuessOf, class PlaceOf>
+    PixelBuffer filterGuessedSources(Uncovered uncovered, GuessOf guessOf, PlaceOf placeOf);
+    /// All pixels of the region's box take the colours of the image, mixed bilinearly, at a
+    /// SinglePoint, or become black where that lies outside the image. For each stretch
+    /// `rowOf(left, y)` gives a function that gives the point of each x from `left` on, in any
+    /// order.
+    template <class RowOf>
+    PixelBuffer filterMixed(RowOf rowOf);
     /// `change(run)` for the region's pixels in the square of 2 * radius + 1 pixels a side around
     /// a centre. Each row of the square reports against the square's height; a radius of 0 fails
     /// there.
@@ -398,6 +410,12 @@ class cBitFilter {
     /// RankFilterN4 and RankFilterND over `overFive(channel window, join)`.
     template <class OverFive>
     PixelBuffer rankFilter(int32_t fltType, OverFive overFive);
+
+    /// Whether the region is one rectangle in the image whose left column starts blocks of
+    /// PIXELIZE.
+    bool startsInBlocks(int32_t PixSize) const;
+    /// PIXELIZE for such a region: no pixel takes the means of another's block.
+    PixelBuffer pixelizeBlocks(int32_t PixSize);
 
     /// Mean of (B + G + R) \ 3 over the whole image, in a pass that reports like a filter's own and
     /// in which the sum wraps; 0 for an empty image.

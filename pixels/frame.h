@@ -317,34 +317,6 @@ PixelBuffer cBitFilter::filterJoined(OnFailure mode, const Walk& walk, const Ste
     });
 }
 
-template <class RowOf>
-PixelBuffer cBitFilter::filterPositions(OnFailure mode, RowOf rowOf) {
-    const Walk walk = regionBox(0);
-    const Rect& scan = walk.scan;
-    return rowByRow(mode, walk, [&](Pixel* block, int32_t y) {
-        if (scan.left >= scan.right) return;
-        auto change = rowOf(scan.left, y);
-        Pixel* row = block + bits_.offsetOfRow(y);
-        for (int32_t x = scan.left; x < scan.right; ++x)
-            change(x, row[x]);
-    });
-}
-
-template <class RowOf>
-PixelBuffer cBitFilter::filterSources(Uncovered uncovered, RowOf rowOf) {
-    const RegionHandle region = regionHandle_.lock();
-    const RegionTest test(region.get());
-    return filterPositions(OnFailure::skip, [&](int32_t left, int32_t row) {
-        return [&, sourceOf = rowOf(left, row)](int32_t x, Pixel& result) mutable {
-            const Point from = sourceOf(x);
-            if (test.contains(from.x, from.y))
-                takeColours(result, bits_.reached(from.x, from.y));
-            else if (uncovered == Uncovered::blacken)
-                takeColours(result, Pixel{});
-        };
-    });
-}
-
 template <class Change>
 PixelBuffer cBitFilter::filterSquare(OnFailure mode, Point centre, int32_t radius, Change change) {
     const int64_t reach = radius;

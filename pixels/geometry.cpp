@@ -4,10 +4,13 @@
 #include <utility>
 #include <vector>
 
+#include "pixels/bilinear.h"
 #include "pixels/bit_filter.h"
 #include "pixels/frame.h"
 #include "pixels/numbers.h"
 #include "pixels/reserved.h"
+#include "pixels/sources.h"
+#include "pixels/words.h"
 
 // The members that reshape the image. They stand outside the frame: BitsBlack changes the image in
 // place, Flip gives a new picture and the others replace the image; and all but BitsBlack and
@@ -38,15 +41,18 @@ PixelBuffer keep(const PixelBuffer& srcBits) {
     return srcBits;
 }
 
+/// Whether a buffer holds all that `reads` covers.
+bool holds(const PixelBuffer& source, const Rect& reads) {
+    const int64_t margin = PixelBuffer::margin;
+    return source.isDimensioned() && reads.left >= -margin && reads.top >= -margin &&
+           reads.right <= source.width() + margin && reads.bottom <= source.height() + margin;
+}
+
 /// Calls `work(at)`, where at(x, y) reads a pixel of the source as unchecked indexing finds it.
 /// Only where `reads` leaves the buffer is that any slower than a plain read.
 template <class Work>
 void withReads(const PixelBuffer& source, const Rect& reads, Work work) {
-    const int64_t margin = PixelBuffer::margin;
-    const bool inBuffer = reads.left >= -margin && reads.top >= -margin &&
-                          reads.right <= source.width() + margin &&
-                          reads.bottom <= source.height() + margin;
-    if (source.isDimensioned() && inBuffer)
+    if (holds(source, reads))
         work([&source](int32_t x, int32_t y) -> const Pixel& { return source.at(x, y); });
     else
         work([&source](int32_t x, int32_t y) { return source.reached(x, y); });
@@ -76,6 +82,9 @@ class Origins {
     }
 
     const Origin& operator[](int32_t i) const { return origins_[static_cast<size_t>(i)]; }
+    std::span<const Origin> from(int32_t i) const {
+        return std::span(origins_).subspan(static_cast<size_t>(i));
+    }
     /// The places go up or down all along, so that the ends tell how far they reach.
     int32_t lowest() const { return std::min(ends().first, ends().second); }
     int32_t highest() const { return std::max(ends().first, ends().second); }
@@ -94,10 +103,40 @@ Rect readsOf(const Origins& columns, const Origins& rows) {
     return {columns.lowest(), rows.lowest(), columns.highest() + 2, rows.highest() + 2};
 }
 
-/// (1 - fraction) * first + fraction * second as a whole number, ties to even.
-int32_t blend(int32_t first, int32_t second, double fraction) {
-    // Far within 32 bits whatever the fraction: what roundToInteger looks after cannot happen.
-    return static_cast<int32_t>(std::lrint((1 - fraction) * first + fraction * second));
+/// The pixel between columns and rows of a source that `at(x, y)` reads.
+template <class At>
+Pixel mixedBetween(const At& at, const Origin& column, const Origin& row) {
+    const int32_t x = column.place;
+    const int32_t y = row.place;
+    const Pixel& upperLeft = at(x, y);
+    const Pixel& lowerLeft = at(x, y + 1);
+    const Pixel& upperRight = at(x + 1, y);
+    const Pixel& lowerRight = at(x + 1, y + 1);
+    const auto blend = [](int32_t first, int32_t second, double fraction) {
+        // Far within 32 bits whatever the fraction: what roundToInteger looks after cannot happen.
+        return static_cast<int32_t>(std::lrint((1 - fraction) * first + fraction * second));
+    };
+    const auto blended = [&](uint8_t Pixel::*c) {
+        return clampToByte(blend(blend(upperLeft.*c, lowerLeft.*c, row.fraction),
+                                 blend(upperRight.*c, lowerRight.*c, row.fraction),
+                                 column.fraction));
+    };
+    return {blended(&Pixel::blue), blended(&Pixel::green), blended(&Pixel::red), 0};
+}
+
+/// The same for a stretch whose fractions all can be counted, in a buffer that holds what is read.
+void mixStretch(const PixelBuffer& source, std::span<const Origin> columns, const Origin& row,
+                std::span<Pixel> result) {
+    const Word* above = wordsOf(source.row(row.place));
+    const auto count = static_cast<int32_t>(result.size());
+    Corners corners;
+    corners.down.fill(fractionOf(row.fraction).parts);
+    for (int32_t i = 0; i < count; ++i) {
+        const Origin& column = columns[static_cast<size_t>(i)];
+        corners.take(i, above + column.place, source.stride());
+        corners.across[static_cast<size_t>(i)] = fractionOf(column.fraction).parts;
+    }
+    mixCorners(corners, count, wordsOf(result.data()));
 }
 
 /// Columns or rows of the source to one of a resized picture. For a size of 0 the division fails,
@@ -119,17 +158,18 @@ void cBitFilter::BitsCrop(const PixelBuffer& srcBits, int32_t X1, int32_t Y1, in
                           int32_t Y2) {
     const PixelBuffer source = keep(srcBits);
     const Rect part = overlap({X1, Y1, X2, Y2}, fullRect_);
-    Bits(PixelBuffer(part.right - part.left, part.bottom - part.top));
+    Bits(PixelBuffer(part.right - part.left, part.bottom - part.top, PixelBuffer::Start::unset));
     Pixel* block = bits_.writableBlock();
     const bool inSource = overlap(part, sizeOf(source)) == part;
-    for (int32_t y = 0; y <= maxY_; ++y) {
+    const auto work = [&](int32_t y) {
         Pixel* row = block + bits_.offsetOfRow(y);
         if (inSource)
             std::copy_n(source.row(part.top + y) + part.left, bits_.width(), row);
         else
             for (int32_t x = 0; x <= maxX_; ++x)
                 row[x] = source.reached(int64_t{part.left} + x, int64_t{part.top} + y);
-    }
+    };
+    forRows(0, maxY_ + 1, work, [](int32_t) {});
     raiseProgress(100);
 }
 
@@ -143,10 +183,14 @@ void cBitFilter::BitsCropMasked(const PixelBuffer& srcBits, int32_t X1, int32_t 
         std::fill_n(block + cropped.offsetOfRow(y), cropped.width(), Pixel{0, 0, 0, 255});
     // The helper walks the region over the image: the source takes its place for so long.
     Bits(source);
-    visitRuns(part, [&](std::span<const Pixel> run, int32_t x, int32_t y) {
-        std::copy(run.begin(), run.end(),
-                  block + cropped.offsetOfRow(y - part.top) + (x - part.left));
-    });
+    const auto copyRow = [&](int32_t row) {
+        const Rect place{part.left, row, part.right, row + 1};
+        visitRuns(place, [&](std::span<const Pixel> run, int32_t x, int32_t y) {
+            std::copy(run.begin(), run.end(),
+                      block + cropped.offsetOfRow(y - part.top) + (x - part.left));
+        });
+    };
+    forRows(part.top, part.bottom, copyRow, [](int32_t) {});
     Bits(cropped);
     raiseProgress(100);
 }
@@ -160,26 +204,22 @@ void cBitFilter::BitsResample(const PixelBuffer& srcBits, int32_t NewWidth, int3
     const Origins columns(NewWidth, single((source.width() - 1.0) / NewWidth));
     const Origins rows(NewHeight, single((source.height() - 1.0) / NewHeight));
     Pixel* block = bits_.writableBlock();
+    // Fractions of a place below 1 may be too fine to count.
+    const bool isInBuffer = holds(source, readsOf(columns, rows));
+    int32_t counted = 0;
+    while (counted < NewWidth && !(isInBuffer && columns[counted].place >= 1))
+        ++counted;
     withReads(source, readsOf(columns, rows), [&](auto at) {
-        for (int32_t y = 0; y <= maxY_; ++y) {
+        const auto work = [&](int32_t y) {
             Pixel* row = block + bits_.offsetOfRow(y);
-            const int32_t iy = rows[y].place;
-            const double fy = rows[y].fraction;
-            for (int32_t x = 0; x <= maxX_; ++x) {
-                const int32_t ix = columns[x].place;
-                const double fx = columns[x].fraction;
-                const Pixel& upperLeft = at(ix, iy);
-                const Pixel& lowerLeft = at(ix, iy + 1);
-                const Pixel& upperRight = at(ix + 1, iy);
-                const Pixel& lowerRight = at(ix + 1, iy + 1);
-                const auto blended = [&](uint8_t Pixel::*c) {
-                    return clampToByte(blend(blend(upperLeft.*c, lowerLeft.*c, fy),
-                                             blend(upperRight.*c, lowerRight.*c, fy), fx));
-                };
-                row[x] = {blended(&Pixel::blue), blended(&Pixel::green), blended(&Pixel::red), 0};
-            }
-            reportRow(y, OnFailure::raise);
-        }
+            const int32_t from = rows[y].place >= 1 ? counted : NewWidth;
+            for (int32_t x = 0; x < from; ++x)
+                row[x] = mixedBetween(at, columns[x], rows[y]);
+            for (int32_t x = from; x < NewWidth; x += stretchLength)
+                mixStretch(source, columns.from(x), rows[y],
+                           {row + x, static_cast<size_t>(std::min(NewWidth - x, stretchLength))});
+        };
+        forRows(0, maxY_ + 1, work, [this](int32_t y) { reportRow(y, OnFailure::raise); });
     });
     raiseProgress(100);
 }
@@ -198,18 +238,12 @@ void cBitFilter::BitsResize(const PixelBuffer& srcBits, int32_t NewWidth, int32_
     if (dimensioned) {
         Pixel* block = bits_.writableBlock();
         withReads(source, readsOf(columns, rows), [&](auto at) {
-            for (int32_t y = 0; y <= maxY_; ++y) {
+            const auto work = [&](int32_t y) {
                 Pixel* row = block + bits_.offsetOfRow(y);
-                const int32_t iy = rows[y].place;
-                // A source row that repeats is in the row above already, and copied from there
-                // faster than column by column.
-                if (y > 0 && iy == rows[y - 1].place)
-                    std::copy_n(row - bits_.stride(), bits_.width(), row);
-                else
-                    for (int32_t x = 0; x <= maxX_; ++x)
-                        takeColours(row[x], at(columns[x].place, iy));
-                reportRow(y, OnFailure::skip);
-            }
+                for (int32_t x = 0; x <= maxX_; ++x)
+                    takeColours(row[x], at(columns[x].place, rows[y].place));
+            };
+            forRows(0, maxY_ + 1, work, [this](int32_t y) { reportRow(y, OnFailure::skip); });
         });
     }
     raiseProgress(100);
@@ -226,16 +260,21 @@ void cBitFilter::BitsRotate90(const PixelBuffer& srcBits) {
         // A few rows at once: each column of them fills one stretch of a row of the result, and
         // what was fetched of the rows serves the columns that follow.
         constexpr int32_t band = 8;
-        for (int32_t top = 0; top <= lastRow; top += band) {
+        const auto turn = [&](int32_t number) {
+            const int32_t top = number * band;
             const int32_t bottom = std::min(lastRow, top + band - 1);
             for (int32_t x = 0; x <= lastColumn; ++x) {
                 Pixel* column = block + bits_.offsetOfRow(lastColumn - x);
                 for (int32_t y = top; y <= bottom; ++y)
                     takeColours(column[y], at(x, y));
             }
-            for (int32_t y = top; y <= bottom; ++y)
+        };
+        const auto reports = [&](int32_t number) {
+            const int32_t top = number * band;
+            for (int32_t y = top; y <= std::min(lastRow, top + band - 1); ++y)
                 report(y, lastRow, OnFailure::raise);
-        }
+        };
+        forRows(0, lastRow / band + 1, turn, reports);
     });
     raiseProgress(100);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace tessarine {
@@ -18,7 +20,7 @@ class RandomGenerator {
     /// The next number, from 0 up to but excluding 1.
     constexpr float draw() {
         state_ = (state_ * multiplier + increment) & mask;
-        return static_cast<float>(state_) / 16777216.0F;
+        return numberOf(state_);
     }
 
     /// The generator as it stands after `draws` more draws. Takes steps by the logarithm of
@@ -35,6 +37,39 @@ class RandomGenerator {
         }
         return RandomGenerator(state);
     }
+
+    /// The number that a state gives when it is drawn.
+    static constexpr float numberOf(uint32_t state) {
+        // As an integer with a sign, which all processors convert in one step.
+        return static_cast<float>(static_cast<int32_t>(state)) / 16777216.0F;
+    }
+
+    /// Draws that follow each other at a fixed distance, each computed by itself, so that many are
+    /// computed at once.
+    template <uint32_t distance, size_t length>
+    class Draws {
+      public:
+        constexpr Draws() {
+            uint32_t factor = 1;
+            uint32_t addend = 0;
+            for (size_t i = 0; i < length; ++i) {
+                factors_[i] = factor;
+                addends_[i] = addend;
+                for (uint32_t k = 0; k < distance; ++k) {
+                    factor *= multiplier;
+                    addend = addend * multiplier + increment;
+                }
+            }
+        }
+        /// The number that is drawn i * distance draws after the one that led to `state`.
+        float after(uint32_t state, size_t i) const {
+            return numberOf((factors_[i] * state + addends_[i]) & mask);
+        }
+
+      private:
+        std::array<uint32_t, length> factors_{};
+        std::array<uint32_t, length> addends_{};
+    };
 
   private:
     static constexpr uint32_t mask = 0xFFFFFF;

@@ -98,10 +98,11 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
     app.add_option("--mode", mode, "Each picture by itself (default), or the window's run")
         ->type_name("independent|window")
         ->check(CLI::IsMember({"independent", "window"}));
-    app.add_option("--jobs", line.jobs, "Pictures in flight")
+    app.add_option("--jobs", line.jobs, "Pictures in flight; default one more than processors")
         ->type_name("N")
         ->check(CLI::Range(1, 1024));
-    app.add_option("--threads", line.threads, "Threads a filter")
+    app.add_option("--threads", line.threads,
+                   "Threads a filter; default its part of the processors")
         ->type_name("N")
         ->check(CLI::Range(1, 1024));
     app.add_option("--timeout", line.timeout,

@@ -1,5 +1,6 @@
 #include "runner/runner.h"
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <string>
@@ -12,6 +13,8 @@
 #include "imagefiles/codec/helper_process.h"
 #include "imagefiles/disk.h"
 #include "imagefiles/leftovers.h"
+#include "pixels/machine.h"
+#include "pixels/threads.h"
 #include "runner/command_line.h"
 #include "runner/listings.h"
 #include "runner/messages.h"
@@ -65,6 +68,16 @@ std::string forTerminal(std::string overview) {
     return overview + "\n";
 }
 
+/// Pictures in flight, and threads of each one's filters, so that the processors are busy: one
+/// picture more than there are, for those that wait for the disk.
+void setUpThreads(cBatch& batch, const CommandLine& line) {
+    const int cores = availableCores();
+    const auto pictures = static_cast<int>(std::min<size_t>(batch.lvSelected.size(), 1024));
+    batch.jobs = line.jobs > 0 ? line.jobs : std::max(1, std::min(cores + 1, pictures));
+    const int inFlight = line.windowMode ? 1 : std::clamp(batch.jobs, 1, std::max(pictures, 1));
+    setFilterThreads(line.threads > 0 ? line.threads : std::max(1, cores / inFlight));
+}
+
 ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& line) {
     ReportWriter report(line.report);
     const auto pictures = static_cast<int64_t>(batch.lvSelected.size());
@@ -84,6 +97,7 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
         if (interrupted()) batch.stopRequested = true;
     };
 
+    setUpThreads(batch, line);
     const auto start = std::chrono::steady_clock::now();
     if (line.windowMode) {
         batch.CmdBatchAll();

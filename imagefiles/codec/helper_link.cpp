@@ -32,10 +32,12 @@ std::string secondsText(Seconds seconds) {
     return std::string(text) + (std::string(text) == "1" ? " second" : " seconds");
 }
 
+/// Nobody wants the answer any more.
+struct Off {};
+
 }  // namespace
 
-HelperLink::HelperLink(std::unique_ptr<Helper> helper, const std::function<void()>& onWaiting)
-    : helper_(std::move(helper)), onWaiting_(onWaiting) {
+HelperLink::HelperLink(std::unique_ptr<Helper> helper) : helper_(std::move(helper)) {
     ::setsockopt(helper_->socket(), SOL_SOCKET, SO_SNDTIMEO, &sendPatience, sizeof sendPatience);
 }
 
@@ -49,7 +51,8 @@ bool HelperLink::talks() const {
     return ::recv(helper_->socket(), &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
 }
 
-Received HelperLink::receive(Clock::time_point& start, Seconds patience) const {
+Received HelperLink::receive(Clock::time_point& start, Seconds patience,
+                             const Waiting& waiting) const {
     for (;;) {
         const auto now = Clock::now();
         // Sums of whole ticks: a wish of many years would not fit the clock.
@@ -60,13 +63,15 @@ Received HelperLink::receive(Clock::time_point& start, Seconds patience) const {
         if (received.end != Received::End::timeout || left <= Seconds(0)) return received;
         const auto woken = Clock::now();
         if (woken - now > pause + standstill) start += woken - now - pause;
-        if (onWaiting_ && woken - start > quietTime) onWaiting_();
+        if (waiting.isOff && waiting.isOff()) throw Off();
+        if (waiting.meanwhile && woken - start > quietTime) waiting.meanwhile();
     }
 }
 
-std::string HelperLink::awaitReady() {
+std::string HelperLink::awaitReady(const Waiting& waiting) {
     auto start = Clock::now();
-    const Received received = receive(start, startPatience);
+    // Helpers are few: one that nobody waits for any more is waited for all the same.
+    const Received received = receive(start, startPatience, {waiting.meanwhile, {}});
     if (received.end == Received::End::timeout) {
         helper_->kill();
         throw StatementFailed("the helper process did not make itself ready within " +
@@ -85,10 +90,13 @@ std::string HelperLink::awaitReady() {
     return printable(ready->refused);
 }
 
-HelperLink::Outcome HelperLink::ask(HelperRequest& request, uint32_t number) {
+HelperLink::Outcome HelperLink::ask(HelperRequest& request, uint32_t number,
+                                    const Waiting& waiting) {
     Outcome outcome;
     try {
-        outcome = served(request, number);
+        outcome = served(request, number, waiting);
+    } catch (const Off&) {
+        outcome = {End::off, "nobody wants it any more"};
     } catch (const HelperLied& lie) {
         outcome = {End::died, std::string("the helper process broke its rules: ") + lie.what()};
     }
@@ -96,7 +104,8 @@ HelperLink::Outcome HelperLink::ask(HelperRequest& request, uint32_t number) {
     return outcome;
 }
 
-HelperLink::Outcome HelperLink::served(HelperRequest& request, uint32_t number) {
+HelperLink::Outcome HelperLink::served(HelperRequest& request, uint32_t number,
+                                       const Waiting& waiting) {
     const Packet packet = packetOf(request.begin(number));
     auto start = Clock::now();
     const auto begun = start;
@@ -105,7 +114,7 @@ HelperLink::Outcome HelperLink::served(HelperRequest& request, uint32_t number) 
                                    " before it took the picture"};
     }
     for (bool first = true;; first = false) {
-        const Received received = receive(start, request.patience());
+        const Received received = receive(start, request.patience(), waiting);
         if (received.end == Received::End::timeout)
             return {End::timedOut, "not done within " + secondsText(request.patience())};
         if (received.end == Received::End::broken) throw HelperLied("it sent what is no message");
@@ -121,8 +130,12 @@ HelperLink::Outcome HelperLink::served(HelperRequest& request, uint32_t number) 
         }
         const std::optional<ToProgram> message = messageToProgram(received.packet);
         if (!message) throw HelperLied("it sent what is no message");
+        const auto heard = Clock::now();
         try {
-            if (!request.hear(*message, helper_->socket())) continue;
+            if (!request.hear(*message, helper_->socket())) {
+                start += Clock::now() - heard;
+                continue;
+            }
         } catch (const WrongNumber& lie) {
             // Numbers cannot be foreseen: this was said before the request was there, and its
             // picture has no part in it.

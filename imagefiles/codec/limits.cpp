@@ -1,10 +1,8 @@
 #include "imagefiles/codec/limits.h"
 
 #include <algorithm>
-#include <fstream>
-#include <limits>
-#include <string>
-#include <unistd.h>
+
+#include "pixels/machine.h"
 
 namespace tessarine {
 
@@ -12,37 +10,6 @@ namespace {
 
 constexpr uint64_t mebi = uint64_t{1} << 20;
 constexpr uint64_t gibi = uint64_t{1} << 30;
-
-/// The number in a file of the kernel's; the largest there is where it tells none.
-uint64_t numberIn(const std::string& path) {
-    uint64_t number = 0;
-    std::ifstream file(path);
-    return file >> number ? number : std::numeric_limits<uint64_t>::max();
-}
-
-/// What this process's control group, and those around it, may use.
-uint64_t groupMemory() {
-    uint64_t most = std::numeric_limits<uint64_t>::max();
-    std::ifstream groups("/proc/self/cgroup");
-    for (std::string line; std::getline(groups, line);) {
-        if (line.rfind("0::/", 0) != 0) continue;
-        std::string group = line.substr(3);
-        for (;;) {
-            most = std::min(most, numberIn("/sys/fs/cgroup" + group + "/memory.max"));
-            const size_t cut = group.rfind('/');
-            if (cut == std::string::npos) break;
-            group.resize(cut);
-        }
-    }
-    return most;
-}
-
-uint64_t machineMemory() {
-    const long pages = sysconf(_SC_PHYS_PAGES);
-    const long pageBytes = sysconf(_SC_PAGESIZE);
-    if (pages <= 0 || pageBytes <= 0) return 2 * gibi;
-    return static_cast<uint64_t>(pages) * static_cast<uint64_t>(pageBytes);
-}
 
 }  // namespace
 
@@ -57,8 +24,7 @@ Limits limitsFor(uint64_t pixels, const LimitWishes& wishes) {
 
 uint64_t memoryCeiling(const LimitWishes& wishes) {
     if (wishes.memoryBytes) return *wishes.memoryBytes;
-    static const uint64_t ours =
-        std::clamp(std::min(machineMemory(), groupMemory()) / 2, gibi, 8 * gibi);
+    static const uint64_t ours = std::clamp(wholeMemory() / 2, gibi, 8 * gibi);
     return ours;
 }
 

@@ -89,12 +89,13 @@ std::chrono::duration<double> patienceFor(uint64_t pixels, const LimitWishes& wi
 
 ReadingRequest::ReadingRequest(BlockPool& pool, const LimitWishes& wishes,
                                std::vector<Descriptor> files, uint32_t companions,
-                               std::string extension)
+                               std::string extension, Admit admit)
     : pool_(pool),
       wishes_(wishes),
       files_(std::move(files)),
       companions_(companions),
       extension_(std::move(extension)),
+      admit_(std::move(admit)),
       pixels_(pixelsThatMayBeIn(files_.front().get())) {}
 
 ToHelper ReadingRequest::begin(uint32_t number) {
@@ -140,6 +141,8 @@ void ReadingRequest::grant(const NeedBlock& wanted, int socket) {
     if (bytes == 0 || pixels > mostPixels || bytes > memoryCeiling(wishes_) - grantedBytes_) {
         whyNotGranted_ = std::to_string(wanted.width) + " x " + std::to_string(wanted.height) +
                          " pixels take more memory than a picture may";
+    } else if (admit_ && !admit_(pixels)) {
+        whyNotGranted_ = "nobody wants it any more";
     } else {
         try {
             block = pool_.take(bytes);

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -58,10 +59,14 @@ std::chrono::duration<double> patienceFor(uint64_t pixels, const LimitWishes& wi
 /// The reading of a picture.
 class ReadingRequest : public HelperRequest {
   public:
+    /// Waits until a picture of so many pixels has room in memory. \return whether it has
+    using Admit = std::function<bool(uint64_t pixels)>;
+
     /// \param files      the open file, and the open companions behind it
     /// \param companions bit i for companion i
+    /// \param admit      asked before a block is granted; may be empty
     ReadingRequest(BlockPool& pool, const LimitWishes& wishes, std::vector<Descriptor> files,
-                   uint32_t companions, std::string extension);
+                   uint32_t companions, std::string extension, Admit admit = {});
 
     ToHelper begin(uint32_t number) override;
     std::vector<int> descriptors() const override;
@@ -79,6 +84,7 @@ class ReadingRequest : public HelperRequest {
     std::vector<Descriptor> files_;
     uint32_t companions_;
     std::string extension_;
+    Admit admit_;
     uint32_t number_ = 0;
     uint64_t pixels_ = 0;  ///< of the picture, as far as is known
     int asked_ = 0;

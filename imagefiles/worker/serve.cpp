@@ -24,6 +24,9 @@ constexpr uint64_t guessedPixelsPerByte = 8;
 /// Bitmaps of fewer pixels are not worth a block while they may be mere steps to the picture.
 constexpr int64_t worthABlock = 4096;
 
+/// Pictures of as many pixels take tens of megabytes while they are decoded.
+constexpr uint64_t largePixels = uint64_t{1} << 22;
+
 constexpr const char* tooLargeText = "the picture takes more memory than is allowed";
 
 uint64_t sizeOf(const Descriptor& file) {
@@ -41,6 +44,14 @@ class Target {
     void expect(const std::optional<PromisedSize>& promised, uint64_t pixels) {
         promised_ = promised;
         limitedFor_ = pixels;
+    }
+
+    /// Asks for a large picture's block before any of it is decoded: the program has it wait until
+    /// there is room for it beside others.
+    void prepare() {
+        if (!promised_ || promised_->width * promised_->height < largePixels) return;
+        static_cast<void>(memoryOfBlock(static_cast<int32_t>(promised_->width),
+                                        static_cast<int32_t>(promised_->height)));
     }
 
     /// Memory for a new buffer; nothing where the heap is to serve.
@@ -274,6 +285,7 @@ class Session {
         if (service_.interference != nullptr &&
             service_.interference->atReading(socket_, request, source.file))
             return true;
+        target.prepare();
 
         {
             const Decoding decoding(target);

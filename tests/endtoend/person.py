@@ -1,5 +1,6 @@
 """A person in front of the window: sees what a screen reader sees, and has a mouse and a keyboard."""
 
+import os
 import subprocess
 import time
 
@@ -9,12 +10,17 @@ gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi  # noqa: E402
 
 
+# Programs under a sanitizer take a multiple of the time.
+PATIENCE = int(os.environ.get("TESSARINE_TEST_PATIENCE", "1"))
+
+
 class Missing(Exception):
     """Something that should be on the screen is not."""
 
 
 def eventually(look, what, seconds=20):
     """What `look` gives as soon as it gives anything; a failure after `seconds`."""
+    seconds *= PATIENCE
     end = time.monotonic() + seconds
     while True:
         try:

@@ -10,9 +10,9 @@ import subprocess
 import sys
 import time
 
-from person import click, drag, eventually, hand, press, screen, write
+from person import PATIENCE, click, drag, eventually, hand, press, screen, write
 
-PICTURES = 40
+PICTURES = 120
 SIZE = (900, 650)
 HEADERS = {"Tweak RGB": "[RGB levels]"}
 
@@ -32,10 +32,10 @@ def draw_pictures():
     results.mkdir()
     dice = random.Random(7)
     for number in range(1, PICTURES + 1):
-        width, height = 1280, 960
+        width, height = 1280 // PATIENCE, 960 // PATIENCE
         row = bytes(dice.randrange(256) for _ in range(3 * width + height))
         body = b"".join(row[y:y + 3 * width] for y in range(height))
-        (pictures / f"p{number:02}.ppm").write_bytes(b"P6\n%d %d\n255\n" % (width, height) + body)
+        (pictures / f"p{number:03}.ppm").write_bytes(b"P6\n%d %d\n255\n" % (width, height) + body)
 
 
 class Window:

@@ -60,7 +60,7 @@ case $check in
         done
         ;;
     scripts_refuse_what_they_do_not_know)
-        for script in bootstrap demo docs screenshots reliability with-screen; do
+        for script in bootstrap demo bench docs screenshots reliability with-screen; do
             status=0
             "$root/script/$script" --nonsense 2>"$scratch/said" || status=$?
             ((status == 2)) || fail "script/$script --nonsense ends with $status"
@@ -105,7 +105,7 @@ pixels/bad.h:1:#include "filters/lookup.h"'
             [[ $room == '#'* || ! -f $root/$room/CMakeLists.txt ]] && continue
             used=$(tr '\n' ' ' <"$root/$room/CMakeLists.txt" |
                 sed -nE "s/.*tessarine_room\( *$room([^)]*)\).*/\1/p" |
-                sed -E 's/ LIBRARIES .*//; s/.* USES//; s/^ +//; s/ +$//' | tr -s ' ')
+                sed -E 's/ LIBRARIES .*//; s/ VECTORISED//; s/.* USES//; s/^ +//; s/ +$//' | tr -s ' ')
             [[ $used == "$(xargs <<<"$allowed")" ]] ||
                 fail "$room/CMakeLists.txt uses '$used', rooms.txt says '$allowed'"
         done <"$here/rooms.txt"

@@ -23,9 +23,10 @@ class RunnerDisk : public Runner {
         small = picture("small.ppm", randomBuffer(20, 10, 1));
         large = picture("large.ppm", randomBuffer(200, 150, 2));
     }
-    /// Runs to BMP with a report.
+    /// Runs to BMP with a report, one picture after the other: which of them find room hangs on
+    /// that.
     Finished runReported(std::vector<std::string> words) {
-        words.insert(words.end(), {"--quiet", "--report", scratch / "report"});
+        words.insert(words.end(), {"--quiet", "--jobs", "1", "--report", scratch / "report"});
         return runTo(std::move(words));
     }
     json entry(size_t number) const {
@@ -76,8 +77,9 @@ class RunnerDisk : public Runner {
     /// pictures are in the report; those that are saved come before those that fail for `reason`.
     void expectFailuresAfter(const std::function<bool()>& happening, const std::string& reason) {
         constexpr size_t pictures = 60;
-        std::vector<std::string> words{TESSARINE_BATCH, "--to",    out,        "--format",
-                                       "bmp",           "--quiet", "--report", scratch / "report"};
+        std::vector<std::string> words{
+            TESSARINE_BATCH, "--to",   out, "--format", "bmp",
+            "--quiet",       "--jobs", "1", "--report", scratch / "report"};
         words.insert(words.end(), pictures, large);
         const Running running(words, "/dev/null", scratch / "stdout", scratch / "stderr");
         ASSERT_TRUE(waitForAnOutput(running)) << readFile(scratch / "stderr");

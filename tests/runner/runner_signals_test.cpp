@@ -80,6 +80,7 @@ TEST_F(RunnerUnderWay, ASecondSignalOfWhateverKindEndsItAtOnce) {
     GTEST_SKIP() << "the thread sanitizer holds signals back while a filter calculates";
 #endif
     std::vector<std::string> words = longRun(3);
+    words.insert(words.end(), {"--jobs", "1"});
     // Each picture takes long enough to be under way still when the second signal comes.
     for (int i = 0; i < 300; ++i)
         words.insert(words.end(), {"--apply", "Contrast:Level=2"});

@@ -44,6 +44,7 @@ class Running {
     }
 
     void kill(int signal) const { ::kill(process_, signal); }
+    pid_t process() const { return process_; }
 
     bool hasEnded() const {
         siginfo_t info{};
