@@ -86,7 +86,8 @@ TEST(LargePictureTwin, ReplacementsAgreeOnLongRows) {
                         tolerance, 30, tolerance);
         picture.compare("ReplaceL", &cBitFilter::ReplaceL, twin::replaceL, 0x405060, 0x10ff20, 20,
                         tolerance);
-        picture.compare("Shift", &cBitFilter::Shift, twin::shift, 0x405060, -70, tolerance);
+        picture.compare("Shift", &cBitFilter::Shift, twin::deformation::shift, 0x405060, -70,
+                        tolerance);
     }
 }
 
