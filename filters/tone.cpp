@@ -18,29 +18,24 @@ Colour grey(int32_t level) { return {level, level, level}; }
 /// (Factor + 100) percent as a single.
 float percentFactor(int32_t Factor) { return static_cast<float>((Factor + 100) / 100.0); }
 
-bool isByte(int32_t value) { return value >= 0 && value <= 255; }
-
 /// What `from` lacks or has too much goes half to each of the other two.
 void spill(int32_t& from, int32_t& first, int32_t& second) {
-    const int32_t bound = from < 0 ? 0 : 255;
-    if (isByte(from)) return;
-    const int32_t half = (from - bound) / 2;
+    const int32_t bounded = clampToLevel(from);
+    const int32_t half = (from - bounded) / 2;
     first += half;
     second += half;
-    from = bound;
+    from = bounded;
 }
 
-/// Brings three channels into range so that the pixel keeps its brightness and shifts in hue,
-/// rather than clipping channel by channel.
-Colour spillIntoRange(int32_t b, int32_t g, int32_t r) {
-    // While any has a bit above a byte's.
-    while (((b | g | r) & ~255) != 0) {
-        if (b <= 0 && g <= 0 && r <= 0) b = g = r = 0;
-        if (b >= 255 && g >= 255 && r >= 255) b = g = r = 255;
-        spill(b, g, r);
-        spill(g, b, r);
-        spill(r, g, b);
-    }
+/// A step on the way of three channels into range, on which the pixel keeps its brightness and
+/// shifts in hue, rather than being clipped channel by channel.
+Colour spilled(const Colour& c) {
+    const bool isBlack = (c.blue <= 0) & (c.green <= 0) & (c.red <= 0);
+    const bool isWhite = (c.blue >= 255) & (c.green >= 255) & (c.red >= 255);
+    auto [b, g, r] = either(isBlack, grey(0), either(isWhite, grey(255), c));
+    spill(b, g, r);
+    spill(g, b, r);
+    spill(r, g, b);
     return {b, g, r};
 }
 
@@ -120,15 +115,16 @@ PixelBuffer cBitFilter::BRIGHTNESS(int32_t Factor) {
 // Departs from the frame: the mean is taken in a pass of its own, which reports like a filter.
 PixelBuffer cBitFilter::Contrast(int32_t Factor) {
     const int32_t mean = reportedMean();
-    const float factor = percentFactor(Factor);
-    std::array<int32_t, 256> spread{};
+    const double factor = percentFactor(Factor);
+    WideLevels spread;
     for (int32_t i = 0; i < 256; ++i)
-        spread[static_cast<size_t>(i)] = roundToInteger((i - mean) * double{factor} + mean);
-    return filterPixels(OnFailure::skip, [&spread](const Colour& c) {
-        const Colour wide =
-            eachChannel(c, [&](int32_t v) { return spread[static_cast<size_t>(v)]; });
-        return spillIntoRange(wide.blue, wide.green, wide.red);
-    });
+        spread[static_cast<size_t>(i)] = roundToInteger((i - mean) * factor + mean);
+    const auto filter = [this](auto level) {
+        return filterSettled(
+            OnFailure::skip, [=](const Colour& c) { return eachChannel(c, level); }, spilled);
+    };
+    if (const std::optional<WholeLine> line = wholeLine(spread, factor)) return filter(*line);
+    return filter([&spread](int32_t v) { return spread[static_cast<size_t>(v)]; });
 }
 
 PixelBuffer cBitFilter::GammaCorrection(int32_t Factor) {

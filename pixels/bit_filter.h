@@ -334,6 +334,10 @@ class cBitFilter {
     /// Pixels far from all of these cost no more than the question.
     template <class Concerns, class Change>
     PixelBuffer filterSome(OnFailure mode, Concerns concerns, Change change);
+    /// Each pixel of the region gets the colours that `step` leads to from `start(its colours)`: it
+    /// is taken until all lie from 0 to 255, and leaves alone those that do.
+    template <class Start, class Step>
+    PixelBuffer filterSettled(OnFailure mode, Start start, Step step);
     /// `change(run)` is given the region's pixels in runs of one row, from top to bottom and from
     /// left to right. The result's fourth bytes are not to be changed.
     template <class Change>

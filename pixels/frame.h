@@ -245,6 +245,13 @@ PixelBuffer cBitFilter::filterSome(OnFailure mode, Concerns concerns, Change cha
     });
 }
 
+template <class Start, class Step>
+PixelBuffer cBitFilter::filterSettled(OnFailure mode, Start start, Step step) {
+    return filterRows(mode, regionBox(0), [&](const RowRun& run) {
+        settleColours(run.source.data(), run.result.data(), run.source.size(), start, step);
+    });
+}
+
 template <class Change>
 PixelBuffer cBitFilter::filterWindows(OnFailure mode, const Walk& walk, const Stencil& stencil,
                                       Change change) {

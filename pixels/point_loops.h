@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -90,6 +91,36 @@ template <class Join>
     for (size_t i = 0; i < count; ++i) {
         const Colour joined{numbers[4 * i], numbers[4 * i + 1], numbers[4 * i + 2]};
         to[i] = bitsOfColour(own(colourOfBits(from[i]), joined)) | (from[i] & fourthBits);
+    }
+}
+
+/// Each result pixel gets the colours that `step` leads to from `start(the source's colours)`: it
+/// is taken until all lie from 0 to 255, and has to leave alone those that do. Some pixels at a
+/// time take as many steps as the one that needs most.
+template <class Start, class Step>
+[[gnu::noinline]] void settleColours(const Pixel* source, Pixel* result, size_t count,
+                                     const Start& start, const Step& step) {
+    constexpr size_t atOnce = 128;
+    std::array<int32_t, atOnce> blue, green, red;
+    const auto* __restrict from = reinterpret_cast<const PixelBits*>(source);
+    auto* __restrict to = reinterpret_cast<PixelBits*>(result);
+    const auto put = [&](size_t i, const Colour& c) __attribute__((always_inline)) {
+        blue[i] = c.blue, green[i] = c.green, red[i] = c.red;
+        return (c.blue | c.green | c.red) & ~255;
+    };
+    for (; count > 0; from += atOnce, to += atOnce) {
+        const size_t some = std::min(count, atOnce);
+        count -= some;
+        int32_t outside = 0;
+        for (size_t i = 0; i < some; ++i)
+            outside |= put(i, start(colourOfBits(from[i])));
+        while (outside != 0) {
+            outside = 0;
+            for (size_t i = 0; i < some; ++i)
+                outside |= put(i, step(Colour{blue[i], green[i], red[i]}));
+        }
+        for (size_t i = 0; i < some; ++i)
+            to[i] = bitsOfColour(Colour{blue[i], green[i], red[i]}) | (from[i] & fourthBits);
     }
 }
 
