@@ -7,6 +7,7 @@
 #include <optional>
 #include <sched.h>
 #include <string_view>
+#include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -161,6 +162,13 @@ uint64_t availableMemory(const std::string& root) {
         bytes = std::min(bytes, memory.most - std::min(memory.most, memory.held));
     });
     return bytes;
+}
+
+void allowManyFiles() {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+    limit.rlim_cur = limit.rlim_max;
+    static_cast<void>(::setrlimit(RLIMIT_NOFILE, &limit));
 }
 
 uint64_t wholeMemory(const std::string& root) {

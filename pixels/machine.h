@@ -20,4 +20,8 @@ uint64_t availableMemory(const std::string& root = {});
 /// Bytes of memory that this process may ever use: the machine's, or what its control groups allow.
 uint64_t wholeMemory(const std::string& root = {});
 
+/// Lets this process have as many files open as it may allow itself: each picture in flight has
+/// about eight, and the usual limit of 1024 is soon reached where there are many processors.
+void allowManyFiles();
+
 }  // namespace tessarine

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
-#include <sched.h>
 #include <thread>
 #include <vector>
 
@@ -14,6 +13,8 @@
 #include <oneapi/tbb/task_arena.h>
 #endif
 
+#include "pixels/machine.h"
+
 namespace tessarine {
 
 namespace {
@@ -21,12 +22,10 @@ namespace {
 std::atomic<int32_t> wanted = 0;
 std::atomic<int32_t> pixelsOfBand = 32768;
 
-/// The cores that this process may run on.
+/// The cores that this process may use.
 int32_t cores() {
-    cpu_set_t set;
-    if (::sched_getaffinity(0, sizeof set, &set) == 0 && CPU_COUNT(&set) > 0)
-        return CPU_COUNT(&set);
-    return std::max(1, static_cast<int32_t>(std::thread::hardware_concurrency()));
+    static const int32_t count = availableCores();
+    return count;
 }
 
 #ifdef __SANITIZE_THREAD__

@@ -71,6 +71,7 @@ std::string forTerminal(std::string overview) {
 /// Pictures in flight, and threads of each one's filters, so that the processors are busy: one
 /// picture more than there are, for those that wait for the disk.
 void setUpThreads(cBatch& batch, const CommandLine& line) {
+    allowManyFiles();
     const int cores = availableCores();
     const auto pictures = static_cast<int>(std::min<size_t>(batch.lvSelected.size(), 1024));
     batch.jobs = line.jobs > 0 ? line.jobs : std::max(1, std::min(cores + 1, pictures));

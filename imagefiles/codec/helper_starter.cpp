@@ -1,5 +1,6 @@
 #include "imagefiles/codec/helper_starter.h"
 
+#include <exception>
 #include <system_error>
 #include <utility>
 
@@ -17,19 +18,31 @@ HelperStarter::~HelperStarter() {
     if (thread_.joinable()) thread_.join();
 }
 
+std::unique_ptr<Helper> HelperStarter::Coming::get() {
+    Started started = started_.get();
+    if (started.helper == nullptr) throw StatementFailed(started.whyNot);
+    return std::move(started.helper);
+}
+
 HelperStarter::Coming HelperStarter::start(HelperKind kind) {
-    Order order([this, kind] { return start_(kind); });
-    Coming coming = order.get_future();
+    Order order([this, kind]() -> Started {
+        try {
+            return {start_(kind), {}};
+        } catch (const std::exception& failure) {
+            return {nullptr, failure.what()};
+        }
+    });
+    Coming coming(order.get_future());
     {
         const std::lock_guard lock(guard_);
         if (!thread_.joinable()) {
             try {
                 thread_ = std::thread([this] { work(); });
             } catch (const std::system_error& failure) {
-                std::promise<std::unique_ptr<Helper>> refusal;
-                refusal.set_exception(std::make_exception_ptr(StatementFailed(
-                    std::string("no helper process can be started: ") + failure.what())));
-                return refusal.get_future();
+                std::promise<Started> refusal;
+                refusal.set_value(
+                    {nullptr, std::string("no helper process can be started: ") + failure.what()});
+                return Coming(refusal.get_future());
             }
         }
         orders_.push_back(std::move(order));

@@ -6,7 +6,9 @@
 #include <future>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
+#include <utility>
 
 #include "imagefiles/codec/helper.h"
 
@@ -17,8 +19,25 @@ namespace tessarine {
 class HelperStarter {
   public:
     using Start = std::function<std::unique_ptr<Helper>(HelperKind)>;
-    /// A helper that is being started; get() throws StatementFailed where that fails.
-    using Coming = std::future<std::unique_ptr<Helper>>;
+
+    /// What came of starting a helper. A failure crosses threads as words: how often an exception
+    /// is held is counted where the thread sanitizer does not see it.
+    struct Started {
+        std::unique_ptr<Helper> helper;
+        std::string whyNot;
+    };
+
+    /// A helper that is being started.
+    class Coming {
+      public:
+        Coming() = default;
+        explicit Coming(std::future<Started> started) : started_(std::move(started)) {}
+        /// Waits for it. \throws StatementFailed where there is none
+        std::unique_ptr<Helper> get();
+
+      private:
+        std::future<Started> started_;
+    };
 
     explicit HelperStarter(Start start) : start_(std::move(start)) {}
     /// Helpers that are processes end here, and those that are coming do not come.
@@ -30,7 +49,7 @@ class HelperStarter {
     Coming start(HelperKind kind);
 
   private:
-    using Order = std::packaged_task<std::unique_ptr<Helper>()>;
+    using Order = std::packaged_task<Started()>;
 
     void work();
 

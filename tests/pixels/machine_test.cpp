@@ -1,8 +1,10 @@
 #include "pixels/machine.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sched.h>
+#include <sys/resource.h>
 
 #include <gtest/gtest.h>
 
@@ -122,6 +124,18 @@ TEST_F(Machine, FilesWithoutSenseAreLeftOut) {
     EXPECT_EQ(availableCores(root), cores());
     EXPECT_GT(availableMemory(root), 0U);
     EXPECT_GT(wholeMemory(root), 0U);
+}
+
+TEST_F(Machine, AsManyFilesAsAllowedMayBeOpen) {
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit few{std::min<rlim_t>(before.rlim_max, 64), before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    allowManyFiles();
+    rlimit after{};
+    ::getrlimit(RLIMIT_NOFILE, &after);
+    EXPECT_EQ(after.rlim_cur, before.rlim_max);
+    ::setrlimit(RLIMIT_NOFILE, &before);
 }
 
 }  // namespace
