@@ -19,7 +19,7 @@ Colour grey(int32_t level) { return {level, level, level}; }
 float percentFactor(int32_t Factor) { return static_cast<float>((Factor + 100) / 100.0); }
 
 /// What `from` lacks or has too much goes half to each of the other two.
-void spill(int32_t& from, int32_t& first, int32_t& second) {
+[[gnu::always_inline]] inline void spill(int32_t& from, int32_t& first, int32_t& second) {
     const int32_t bounded = clampToLevel(from);
     const int32_t half = (from - bounded) / 2;
     first += half;
@@ -29,7 +29,7 @@ void spill(int32_t& from, int32_t& first, int32_t& second) {
 
 /// A step on the way of three channels into range, on which the pixel keeps its brightness and
 /// shifts in hue, rather than being clipped channel by channel.
-Colour spilled(const Colour& c) {
+[[gnu::always_inline]] inline Colour spilled(const Colour& c) {
     const bool isBlack = (c.blue <= 0) & (c.green <= 0) & (c.red <= 0);
     const bool isWhite = (c.blue >= 255) & (c.green >= 255) & (c.red >= 255);
     auto [b, g, r] = either(isBlack, grey(0), either(isWhite, grey(255), c));
@@ -121,7 +121,8 @@ PixelBuffer cBitFilter::Contrast(int32_t Factor) {
         spread[static_cast<size_t>(i)] = roundToInteger((i - mean) * factor + mean);
     const auto filter = [this](auto level) {
         return filterSettled(
-            OnFailure::skip, [=](const Colour& c) { return eachChannel(c, level); }, spilled);
+            OnFailure::skip, [=](const Colour& c) { return eachChannel(c, level); },
+            [](const Colour& c) { return spilled(c); });
     };
     if (const std::optional<WholeLine> line = wholeLine(spread, factor)) return filter(*line);
     return filter([&spread](int32_t v) { return spread[static_cast<size_t>(v)]; });
