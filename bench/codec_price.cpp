@@ -11,10 +11,12 @@
 #include "imagefiles/codec/codec_files.h"
 #include "imagefiles/codec/helper_process.h"
 #include "pixels/heap.h"
+#include "pixels/threads.h"
 
 // What it costs to have picture files read and written by a helper process: the same run over 40
-// photographs of three megapixels, by turns in this process and through the helper. The turns make
-// pairs, so that what else the machine does falls on both alike.
+// photographs of three megapixels, by turns in this process and through the helper, one picture
+// after the other; and once more with several pictures side by side, which only helpers can do. The
+// turns make pairs, so that what else the machine does falls on both alike.
 
 namespace {
 
@@ -90,7 +92,7 @@ void measure(const char* name, const std::vector<const char*>& chain,
         batch->chkOverwrite = 1;
         secondsOf(*batch);
     }
-    std::vector<double> inProcess, throughHelper, ratios;
+    std::vector<double> inProcess, throughHelper, ratios, sideBySide;
     for (int i = 0; i < pairs; ++i) {
         // Whoever comes second meets a machine that is warmer: they take turns.
         const bool helperFirst = i % 2 == 1;
@@ -98,9 +100,12 @@ void measure(const char* name, const std::vector<const char*>& chain,
         inProcess.push_back(secondsOf(here));
         if (!helperFirst) throughHelper.push_back(secondsOf(there));
         ratios.push_back(throughHelper.back() / inProcess.back());
+        there.jobs = filterThreads() + 1;
+        sideBySide.push_back(secondsOf(there) / inProcess.back());
+        there.jobs = 1;
     }
-    std::printf("%-28s %12.3f %12.3f %8.3f\n", name, median(inProcess), median(throughHelper),
-                median(ratios));
+    std::printf("%-30s %8.3f %10.3f %8.3f %14.3f\n", name, median(inProcess), median(throughHelper),
+                median(ratios), median(sideBySide));
 }
 
 }  // namespace
@@ -116,8 +121,8 @@ int main() {
         options.program = helperProgram();
         CodecFiles helper(std::move(options));
         const std::vector<BasketItem> basket = makePictures(folder);
-        std::printf("%-28s %12s %12s %8s\n", "40 JPEGs of 3 megapixels", "here, s", "helper, s",
-                    "ratio");
+        std::printf("%-30s %8s %10s %8s %14s\n", "40 JPEGs of 3 megapixels", "here, s", "helper, s",
+                    "ratio", "side by side");
         measure("convert", {}, basket, folder + "/out/", helper);
         measure("brightness, contrast, sharpen", {"Brightness", "Contrast", "Sharpen"}, basket,
                 folder + "/out/", helper);

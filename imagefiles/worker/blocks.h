@@ -35,7 +35,7 @@ class MappedBlock {
 /// Keeps the blocks that the program used last mapped: their pages are warm.
 class BlockCache {
   public:
-    static constexpr size_t mostBlocks = 4;
+    static constexpr size_t mostBlocks = 16;
     /// Blocks beyond this stay mapped no longer than the request that they came with.
     static constexpr uint64_t mostIdleBytes = uint64_t{512} << 20;
 
