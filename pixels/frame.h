@@ -345,7 +345,8 @@ PixelBuffer cBitFilter::filterSquare(OnFailure mode, Point centre, int32_t radiu
         const int64_t y = top + number;
         paintRuns(block, {left, clampToInteger(y), right, clampToInteger(y + 1)}, change);
     };
-    forRows(0, static_cast<int32_t>(bottom - top + 1), paint, [&](int32_t number) {
+    const auto count = static_cast<int32_t>(std::max<int64_t>(bottom - top + 1, 0));
+    forRows(0, count, paint, [&](int32_t number) {
         const int64_t done = std::clamp<int64_t>(top + number - centre.y + reach, 0, 2 * reach);
         report(static_cast<int32_t>(done), 2 * radius, mode);
     });
