@@ -27,6 +27,8 @@ fSplash::fSplash(const QIcon& picture, QSize size)
     layout->setSizeConstraint(QLayout::SetFixedSize);
 
     timer_->setObjectName("tSplash");
+    // An ordinary timer may come a twentieth early.
+    timer_->setTimerType(Qt::PreciseTimer);
     timer_->setInterval(500);
     timer_->setSingleShot(true);
     connect(timer_, &QTimer::timeout, this, &fSplash::tSplash);

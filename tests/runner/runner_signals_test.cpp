@@ -82,7 +82,7 @@ TEST_F(RunnerUnderWay, ASecondSignalOfWhateverKindEndsItAtOnce) {
     std::vector<std::string> words = longRun(3);
     words.insert(words.end(), {"--jobs", "1"});
     // Each picture takes long enough to be under way still when the second signal comes.
-    for (int i = 0; i < 300; ++i)
+    for (int i = 0; i < 2500; ++i)
         words.insert(words.end(), {"--apply", "Contrast:Level=2"});
     for (const auto& [first, second] : {std::pair(SIGINT, SIGTERM), std::pair(SIGTERM, SIGTERM)}) {
         fs::remove_all(out);
