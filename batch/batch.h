@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "batch/functions.h"
+#include "batch/picture_task.h"
 #include "batch/platform.h"
 #include "batch/run_report.h"
 #include "batch/startup_record.h"
@@ -417,6 +418,11 @@ class cBatch {
     /// hang on that. Platform, report and Progress hear of it on the calling thread alone. With one
     /// job all is done on it.
     void BatchEach();
+    /// The same for pictures, numbers and outputs that are named one by one, in place of the basket
+    /// and the destination; the folders of the outputs must be there.
+    void BatchEach(const RunOrder& order);
+    /// What BatchEach does by itself.
+    RunOrder orderOfBasket() const;
     int32_t jobs = 1;  ///< pictures that BatchEach has in flight; the files are then read and
                        ///< written from several threads
     /// What became of each picture of the last run, a run inside it included.

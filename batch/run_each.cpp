@@ -37,6 +37,16 @@ PictureReport shortOfMemory(PictureReport entry) {
                   ShortageWatch::message);
 }
 
+/// The end of a picture whose output is there already and is not to be replaced.
+PictureReport outputExists(PictureReport entry, OnExists wish) {
+    if (wish == OnExists::fail) {
+        const std::string message = "the output " + entry.output + " exists";
+        return failed(std::move(entry), "exists", message);
+    }
+    entry.status = PictureReport::Status::kept;
+    return entry;
+}
+
 WriteOutcome writeTo(OutputFile& file, PictureFiles& files, const PictureHolder& picture,
                      const std::string& extension, int16_t formatIndex) {
     try {
@@ -76,14 +86,14 @@ class BehindTheScenes : public SilentPlatform {
 class Mailbox {
   public:
     struct Mail {
-        std::vector<PictureReport> entries;
+        std::vector<std::pair<size_t, PictureReport>> entries;  ///< with their tasks' places
         std::vector<int32_t> percents;
     };
 
-    void put(PictureReport entry) {
+    void put(size_t place, PictureReport entry) {
         {
             const std::lock_guard lock(guard_);
-            mail_.entries.push_back(std::move(entry));
+            mail_.entries.emplace_back(place, std::move(entry));
         }
         arrived_.notify_one();
     }
@@ -134,7 +144,7 @@ struct cBatch::Alone {
     PictureReport entry;  ///< with number, input and output
     std::string extension;
     int16_t formatIndex = 0;
-    bool overwrite = false;
+    OnExists onExists = OnExists::keep;
 };
 
 std::unique_ptr<cBatch> cBatch::workshopFor(int32_t number, Platform& platform,
@@ -151,26 +161,26 @@ std::unique_ptr<cBatch> cBatch::workshopFor(int32_t number, Platform& platform,
     return workshop;
 }
 
-/// One run over the basket. All that anybody sees of it happens on the thread that made it.
+/// One run over pictures. All that anybody sees of it happens on the thread that made it.
 class cBatch::EachRun {
   public:
-    explicit EachRun(cBatch& owner)
+    EachRun(cBatch& owner, const RunOrder& order)
         : owner_(owner),
+          order_(order),
           jobs_(std::clamp<size_t>(static_cast<size_t>(std::max(owner.jobs, 1)), 1,
-                                   std::max<size_t>(owner.lvSelected.size(), 1))),
+                                   std::max<size_t>(order.tasks.size(), 1))),
           isAlone_(jobs_ == 1),
           platform_(isAlone_ ? &owner.platform_ : nullptr),
           threads_(isAlone_ ? 0 : jobs_) {}
 
     void run() {
         owner_.files_.prepareFor(jobs_);
-        const std::string destination = asFolder(owner_.txtDestination);
-        for (size_t next = 0; next < owner_.lvSelected.size(); ++next) {
+        for (size_t next = 0; next < order_.tasks.size(); ++next) {
             while (underWay_ == jobs_)
                 hear();
             owner_.platform_.giveWay();
-            if (owner_.stopRequested) break;
-            begin(static_cast<int32_t>(next + 1), destination);
+            if (owner_.stopRequested || failures_ >= order_.mostFailures) break;
+            begin(next);
         }
         while (underWay_ > 0)
             hear();
@@ -183,34 +193,33 @@ class cBatch::EachRun {
         std::unique_ptr<cBatch> program;  ///< reads and writes through them
     };
 
-    void begin(int32_t number, const std::string& destination) {
+    void begin(size_t place) {
+        const PictureTask& task = order_.tasks[place];
         Alone picture;
         PictureReport& entry = picture.entry;
-        entry.number = number;
-        entry.input = owner_.lvSelected[static_cast<size_t>(number - 1)].Tag;
+        entry.number = task.number;
+        entry.input = task.input;
+        entry.output = task.output;
         picture.extension = owner_.formatExtension();
-        entry.output = owner_.outputName(destination, number, picture.extension);
         picture.formatIndex = static_cast<int16_t>(owner_.cboFormat.index);
-        picture.overwrite = owner_.chkOverwrite != 0;
+        picture.onExists = order_.onExists;
 
         std::error_code ignored;
         if (std::filesystem::is_directory(entry.output, ignored))
-            return tell(failed(entry, "cannot-write",
-                               "cannot replace " + entry.output + ": it is a folder"));
-        if (!picture.overwrite && owner_.platform_.fileExists(entry.output)) {
-            entry.status = PictureReport::Status::kept;
-            return tell(entry);
-        }
+            return tell(place, failed(entry, "cannot-write",
+                                      "cannot replace " + entry.output + ": it is a folder"));
+        if (picture.onExists != OnExists::overwrite && owner_.platform_.fileExists(entry.output))
+            return tell(place, outputExists(entry, picture.onExists));
 
         auto workshop = std::make_shared<Workshop>();
         try {
             if (!isAlone_) workshop->files = owner_.files_.onePicture();
-            workshop->program =
-                owner_.workshopFor(number, platform_, isAlone_ ? owner_.files_ : *workshop->files);
+            workshop->program = owner_.workshopFor(task.number, platform_,
+                                                   isAlone_ ? owner_.files_ : *workshop->files);
         } catch (const std::bad_alloc&) {
-            return tell(shortOfMemory(entry));
+            return tell(place, shortOfMemory(entry));
         } catch (const MemoryFailed&) {
-            return tell(shortOfMemory(entry));
+            return tell(place, shortOfMemory(entry));
         }
         if (isAlone_)
             workshop->program->cFilter.Progress = owner_.cFilter.Progress;
@@ -220,10 +229,10 @@ class cBatch::EachRun {
             };
         ++underWay_;
         threads_.start(
-            [this, workshop = std::move(workshop), picture = std::move(picture)]() mutable {
+            [this, place, workshop = std::move(workshop), picture = std::move(picture)]() mutable {
                 PictureReport done = process(*workshop->program, picture);
                 workshop.reset();
-                mailbox_.put(std::move(done));
+                mailbox_.put(place, std::move(done));
             });
         if (isAlone_) hear();
     }
@@ -250,18 +259,18 @@ class cBatch::EachRun {
         Mailbox::Mail mail = mailbox_.take(patience);
         for (int32_t percent : mail.percents)
             if (owner_.cFilter.Progress) owner_.cFilter.Progress(percent);
-        for (PictureReport& entry : mail.entries) {
+        for (auto& [place, entry] : mail.entries) {
             --underWay_;
-            tell(std::move(entry));
+            tell(place, std::move(entry));
         }
         if (mail.entries.empty()) owner_.platform_.giveWay();
     }
 
-    /// Adds an entry to the report behind all those before it.
-    void tell(PictureReport entry) {
-        const int32_t number = entry.number;
-        ended_.emplace(number, std::move(entry));
-        for (auto at = ended_.begin(); at != ended_.end() && at->first == told_ + 1;
+    /// Adds the entry of the task at `place` to the report behind all those before it.
+    void tell(size_t place, PictureReport entry) {
+        if (entry.status == PictureReport::Status::failed) ++failures_;
+        ended_.emplace(place, std::move(entry));
+        for (auto at = ended_.begin(); at != ended_.end() && at->first == told_;
              at = ended_.erase(at)) {
             ++told_;
             owner_.report.add(std::move(at->second));
@@ -269,20 +278,36 @@ class cBatch::EachRun {
     }
 
     cBatch& owner_;
+    const RunOrder& order_;
     const size_t jobs_;
     const bool isAlone_;
     BehindTheScenes platform_;
     size_t underWay_ = 0;
-    int32_t told_ = 0;
-    std::map<int32_t, PictureReport> ended_;  ///< those that wait for one before them
+    size_t failures_ = 0;
+    size_t told_ = 0;
+    std::map<size_t, PictureReport> ended_;  ///< those that wait for one before them
     Mailbox mailbox_;
     JobThreads threads_;  ///< the first to go
 };
 
-void cBatch::BatchEach() {
+RunOrder cBatch::orderOfBasket() const {
+    RunOrder order;
+    order.onExists = chkOverwrite != 0 ? OnExists::overwrite : OnExists::keep;
+    const std::string destination = asFolder(txtDestination);
+    const std::string extension = formatExtension();
+    for (const BasketItem& item : lvSelected) {
+        const auto number = static_cast<int32_t>(order.tasks.size() + 1);
+        order.tasks.push_back({number, item.Tag, outputName(destination, number, extension)});
+    }
+    return order;
+}
+
+void cBatch::BatchEach() { BatchEach(orderOfBasket()); }
+
+void cBatch::BatchEach(const RunOrder& order) {
     stopRequested = false;
     report.clear();
-    EachRun(*this).run();
+    EachRun(*this, order).run();
     pixelMemory().giveBack();
 }
 
@@ -309,14 +334,13 @@ PictureReport cBatch::processAlone(const Alone& picture) {
     if (written.error != FileError::none)
         return failed(entry, std::string(errorClass(written.error)), written.message);
     if (!file.finish()) return failed(entry, cannotWrite, file.failure());
-    switch (draft.publish(picture.overwrite)) {
+    switch (draft.publish(picture.onExists == OnExists::overwrite)) {
         case Draft::End::published:
             entry.status = PictureReport::Status::saved;
             entry.bytes = file.size();
             break;
         case Draft::End::targetKept:
-            entry.status = PictureReport::Status::kept;
-            break;
+            return outputExists(entry, picture.onExists);
         case Draft::End::failed:
             return failed(entry, "cannot-write", draft.failure());
     }

@@ -346,5 +346,57 @@ TEST_F(Jobs, TheOwnersStateIsAsItWas) {
     EXPECT_EQ(batch.cFilter.random.state(), next.state());
 }
 
+TEST_F(Jobs, PartsOfARunGiveWhatTheWholeGives) {
+    CodecFiles::Options options;
+    options.program = TESSARINE_CODEC;
+    CodecFiles files(options);
+    const std::vector<std::string> paths = goods(5);
+    const auto runOf = [&](const std::string& name, const std::vector<size_t>& places) {
+        cBatch batch(platform, files);
+        prepare(batch, name, paths, 2);
+        add(batch, "Noise");
+        RunOrder order = batch.orderOfBasket();
+        std::vector<PictureTask> chosen;
+        for (const size_t place : places)
+            chosen.push_back(order.tasks[place]);
+        order.tasks = chosen;
+        batch.BatchEach(order);
+        return told(batch);
+    };
+    const std::vector<std::string> whole = runOf("whole", {0, 1, 2, 3, 4});
+    EXPECT_THAT(runOf("parts", {4, 1}), testing::ElementsAre(whole[4], whole[1]));
+    EXPECT_THAT(runOf("parts", {0, 2, 3}), testing::ElementsAre(whole[0], whole[2], whole[3]));
+    EXPECT_TRUE(outputs("parts") == outputs("whole"));
+}
+
+TEST_F(Jobs, AnOutputThatExistsFailsThePictureWhereThatIsTheWish) {
+    cBatch batch(platform);
+    prepare(batch, "out", goods(3), 1);
+    writeFile(scratch / "out/Sample2.bmp", "before");
+    RunOrder order = batch.orderOfBasket();
+    order.onExists = OnExists::fail;
+    batch.BatchEach(order);
+    const auto& entries = batch.report.entries();
+    ASSERT_EQ(entries.size(), 3U);
+    EXPECT_EQ(entries[0].status, Status::saved);
+    EXPECT_EQ(entries[1].status, Status::failed);
+    EXPECT_EQ(entries[1].error, "exists");
+    EXPECT_EQ(entries[2].status, Status::saved);
+    EXPECT_EQ(readFile(scratch / "out/Sample2.bmp"), "before");
+}
+
+TEST_F(Jobs, NoPictureIsBegunBehindAsManyFailuresAsAreBorne) {
+    cBatch batch(platform);
+    std::vector<std::string> paths = goods(2);
+    for (const char* name : {"bad1.png", "bad2.png", "bad3.png"})
+        paths.insert(paths.begin() + 1, other(name, "no picture"));
+    prepare(batch, "out", paths, 1);
+    RunOrder order = batch.orderOfBasket();
+    order.mostFailures = 2;
+    batch.BatchEach(order);
+    EXPECT_EQ(batch.report.entries().size(), 3U);
+    EXPECT_EQ(outputs("out").size(), 1U);
+}
+
 }  // namespace
 }  // namespace tessarine::tests
