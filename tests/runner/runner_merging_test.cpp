@@ -163,7 +163,8 @@ TEST_F(RunnerMerging, ShardsWithSomethingLeftToDoAreNamed) {
     EXPECT_EQ(summaryOf(end).at("unfinished_shards"), json({1, 2}));
     // Where the basket was divided in several ways, the last one is gone on with.
     std::set<int32_t> owners;
-    for (const json& number : summaryOf(end).at("missing_numbers"))
+    const json missing = summaryOf(end).at("missing_numbers");
+    for (const json& number : missing)
         owners.insert(Shard::ownerOf(number.get<size_t>() - 1, 3));
     owners.insert(Shard::ownerOf(Shard{1, 4}.placesIn(20)[3], 3));
     files.push_back(file("third", summary(20, "0/3")));
