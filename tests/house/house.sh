@@ -87,6 +87,10 @@ case $check in
             grep -qF -- "$word" "$scratch/said" ||
                 fail "tessarine-array $* says: $(cat "$scratch/said")"
         }
+        for option in $("$array" --help | grep -oE '^  --[a-z-]+'); do
+            sed 's/\\-/-/g' "$root/docs/man/tessarine-array.1" | grep -qE "^\.BI? $option( |$)" ||
+                fail "the manual page does not tell $option"
+        done
         refused 2 '--nonsense' --nonsense
         refused 2 'expected --'
         refused 2 'expected --' --shards 4
@@ -158,9 +162,11 @@ pixels/bad.h:1:#include "filters/lookup.h"'
         ;;
     manual_page_has_no_warnings)
         need groff
-        groff -man -Tutf8 -ww -z "$root/docs/man/tessarine-batch.1" 2>"$scratch/said" ||
-            fail "groff refuses it: $(cat "$scratch/said")"
-        [[ ! -s $scratch/said ]] || fail "$(cat "$scratch/said")"
+        for page in "$root"/docs/man/*.1; do
+            groff -man -Tutf8 -ww -z "$page" 2>"$scratch/said" ||
+                fail "groff refuses $page: $(cat "$scratch/said")"
+            [[ ! -s $scratch/said ]] || fail "$page: $(cat "$scratch/said")"
+        done
         ;;
     manual_page_tells_every_option)
         runner=$3

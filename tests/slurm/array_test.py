@@ -14,8 +14,9 @@ import tempfile
 import time
 from pathlib import Path
 
+sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).parent))
-from cluster import Cluster  # noqa: E402
+from cluster import Cluster, end_with_parent  # noqa: E402
 
 CHAIN = ["--format", "png", "--apply", "Noise:Intensity=40", "--apply", "Sharpen"]
 
@@ -82,7 +83,8 @@ class Basket:
         return subprocess.Popen(
             [self.array, "--program", self.batch, "--work", self.work, "--wait", *options, "--",
              "--from", self.folder / "basket.txt", "--to", self.folder / "out", *chain],
-            env=self.cluster.environment, stderr=subprocess.DEVNULL)
+            env=self.cluster.environment, stderr=subprocess.DEVNULL,
+            preexec_fn=end_with_parent)
 
     def report_of(self, shard, round_number=1):
         return self.work / "reports" / f"1{round_number:02}-shard-{shard}-0.jsonl"
