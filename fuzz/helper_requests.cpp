@@ -87,7 +87,7 @@ void sendOne(Input& input, int socket, Sent& sent) {
             ReadRequest request{input.u8(), 0, 0, 0, anyExtension(input)};
             request.memoryBytes = uint64_t{1} << input.below(40);
             request.companions = input.below(8) == 0 ? input.u8() : 0;
-            request.sizeOnly = input.below(4) == 0;
+            request.sizeOnly = request.number >= 128;
             own.push_back(anyPicture(input));
             sent.numbers.insert(request.number);
             if (request.sizeOnly) sent.looks.insert(request.number);

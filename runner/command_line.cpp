@@ -156,11 +156,9 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
         "Save into folders that lie below FOLDER as those of the pictures do below theirs");
     app.add_option("--below", line.below,
                    "With --keep-tree: the folder that the pictures' folders are told from")
-        ->type_name("FOLDER")
-        ->needs("--keep-tree");
+        ->type_name("FOLDER");
     app.add_flag("--keep-names", line.keepNames,
-                 "Save under the pictures' own names instead of NAME<number>")
-        ->excludes("--name");
+                 "Save under the pictures' own names instead of NAME<number>");
     for (const char* name : {"--to", "--name", "--format", "--on-exists", "--overwrite",
                              "--keep-tree", "--below", "--keep-names"})
         app.get_option(name)->group("Saving");
@@ -270,6 +268,10 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
     for (const char* name : {"--failed-list", "--below", "--resume", "--plan", "--from-plan"})
         if (app.get_option(name)->count() > 0 && app.get_option(name)->as<std::string>().empty())
             refuse(fmt::format("{}: an empty text; expected a name", name));
+    if (line.keepNames && app.get_option("--name")->count() > 0)
+        refuse("--keep-names and --name do not go together; expected one of them");
+    if (!line.below.empty() && !line.keepTree)
+        refuse("--below tells where trees begin that --keep-tree keeps; expected both or none");
     if (!line.fromPlan.empty()) refuseBesidePlan(app);
     // What is planned is not done anyway.
     if (!line.plan.empty()) line.dryRun = false;

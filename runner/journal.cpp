@@ -37,11 +37,11 @@ Json jsonOf(const SourceRecord& source) {
 SourceRecord sourceOf(const Json& json) {
     SourceRecord source;
     source.hash = json.at("hash").get<std::string>();
-    source.mark.size = json.at("bytes").get<int64_t>();
-    source.mark.changedContent = json.at("modified").get<int64_t>();
-    source.mark.changedAtAll = json.at("changed").get<int64_t>();
-    source.mark.device = json.at("device").get<uint64_t>();
-    source.mark.inode = json.at("inode").get<uint64_t>();
+    source.mark.size = numberOfJson<int64_t>(json.at("bytes"));
+    source.mark.changedContent = numberOfJson<int64_t>(json.at("modified"));
+    source.mark.changedAtAll = numberOfJson<int64_t>(json.at("changed"));
+    source.mark.device = numberOfJson<uint64_t>(json.at("device"));
+    source.mark.inode = numberOfJson<uint64_t>(json.at("inode"));
     return source;
 }
 
@@ -58,7 +58,7 @@ JournalEntry entryOf(const Json& json) {
     }
     entry.state = JournalEntry::State::done;
     entry.output = textOfJson(json.at("done"));
-    entry.number = json.at("number").get<int32_t>();
+    entry.number = numberOfJson<int32_t>(json.at("number"));
     entry.input = textOfJson(json.at("input"));
     entry.key = json.at("key").get<std::string>();
     for (const Json& source : json.at("sources")) {
@@ -66,8 +66,8 @@ JournalEntry entryOf(const Json& json) {
         if (!source.is_null()) entry.sources.back() = sourceOf(source);
     }
     entry.settled = json.at("settled").get<bool>();
-    entry.mark.bytes = json.at("bytes").get<int64_t>();
-    entry.mark.modified = json.at("modified").get<int64_t>();
+    entry.mark.bytes = numberOfJson<int64_t>(json.at("bytes"));
+    entry.mark.modified = numberOfJson<int64_t>(json.at("modified"));
     return entry;
 }
 

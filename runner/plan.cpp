@@ -156,14 +156,14 @@ struct Planned {
 };
 
 Planned plannedOf(const Json& json, size_t place) {
-    if (json.at("number").get<size_t>() != place + 1)
+    if (numberOfJson<size_t>(json.at("number")) != place + 1)
         throw StatementFailed("the numbers are not 1, 2, 3 and so on");
     Planned planned{textOfJson(json.at("input")), textOfJson(json.at("output")), {}};
     for (const Json& file : json.at("files")) {
         planned.files.emplace_back();
         if (!file.is_null())
-            planned.files.back().emplace(file.at("bytes").get<int64_t>(),
-                                         file.at("modified").get<int64_t>());
+            planned.files.back().emplace(numberOfJson<int64_t>(file.at("bytes")),
+                                         numberOfJson<int64_t>(file.at("modified")));
     }
     if (planned.files.empty()) throw StatementFailed("a picture has no file");
     return planned;
@@ -289,9 +289,9 @@ OutputNames takePlan(cBatch& batch, CommandLine& line) {
                 takeSettings(json, batch, line);
             } else if (json.contains("summary")) {
                 const Json& summary = json.at("summary");
-                if (summary.at("conflicts").get<int64_t>() != 0)
+                if (numberOfJson<int64_t>(summary.at("conflicts")) != 0)
                     refuse("it has conflicts; expected a plan without");
-                if (summary.at("pictures").get<size_t>() != outputs.size())
+                if (numberOfJson<size_t>(summary.at("pictures")) != outputs.size())
                     throw StatementFailed("pictures are missing before it");
                 isWhole = true;
             } else {

@@ -1,6 +1,7 @@
 #include "runner/recipe.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -33,20 +34,18 @@ void tick(std::array<int16_t, 3>& boxes, const Json& json) {
         boxes[i] = text.find("rgb"[i]) != std::string::npos ? 1 : 0;
 }
 
-template <class Number>
-Number numberIn(const Json& json, int64_t lowest, int64_t highest) {
-    const auto number = json.get<int64_t>();
-    if (number < lowest || number > highest)
-        throw StatementFailed(
-            fmt::format("{} is out of range; expected {} to {}", number, lowest, highest));
-    return static_cast<Number>(number);
+/// A part of a picture, which the functions take as it is.
+float pointOf(const Json& json) {
+    constexpr double farthest = 1e9;
+    const auto part = json.get<double>();
+    if (!(std::abs(part) <= farthest)) throw StatementFailed("a point lies outside of everything");
+    return static_cast<float>(part);
 }
 
 template <class Numbers>
 void takeNumbers(Numbers& numbers, const Json& json) {
-    using Limits = std::numeric_limits<int32_t>;
     for (size_t i = 0; i < numbers.size(); ++i)
-        numbers[i] = numberIn<int32_t>(json.at(i), Limits::min(), Limits::max());
+        numbers[i] = numberOfJson<int32_t>(json.at(i));
 }
 
 }  // namespace
@@ -84,13 +83,13 @@ void takeChain(cBatch& batch, const Json& json) {
     for (const Json& each : rows) {
         TrayRow row;
         row.text = textOfJson(each.at("name"));
-        row.Tag = numberIn<int32_t>(each.at("id"), 0, highestFunctionId);
+        row.Tag = numberOfJson<int32_t>(each.at("id"), 0, highestFunctionId);
         for (size_t k = 0; k < row.columns.size(); ++k)
             row.columns[k] = textOfJson(each.at("columns").at(k));
         batch.Ltray.push_back(row);
         batch.LSelectedFunctions.push_back({row.text, static_cast<int32_t>(batch.Ltray.size())});
     }
-    batch.sbDegrees = numberIn<int16_t>(json.at("degrees"), lowestDegrees, highestDegrees);
+    batch.sbDegrees = numberOfJson<int16_t>(json.at("degrees"), lowestDegrees, highestDegrees);
     tick(batch.chkInvt, json.at("invert"));
     tick(batch.chkKill, json.at("kill"));
     const Json& before = json.at("before");
@@ -98,11 +97,11 @@ void takeChain(cBatch& batch, const Json& json) {
     takeNumbers(batch.funcColor, before.at("colours"));
     batch.funcOption = before.at("option").get<bool>();
     batch.funcStyle = textOfJson(before.at("style"));
-    batch.pickRelX = before.at("point").at(0).get<float>();
-    batch.pickRelY = before.at("point").at(1).get<float>();
+    batch.pickRelX = pointOf(before.at("point").at(0));
+    batch.pickRelY = pointOf(before.at("point").at(1));
     constexpr int32_t longestSide = 32767;
-    const auto width = numberIn<int32_t>(before.at("preview").at(0), 1, longestSide);
-    const auto height = numberIn<int32_t>(before.at("preview").at(1), 1, longestSide);
+    const auto width = numberOfJson<int32_t>(before.at("preview").at(0), 1, longestSide);
+    const auto height = numberOfJson<int32_t>(before.at("preview").at(1), 1, longestSide);
     if (width != batch.iDst.width() || height != batch.iDst.height())
         batch.iDst.setSize(width, height);
 }
