@@ -111,7 +111,7 @@ class MergedReport {
                                 {"missing", missing_.size()},
                                 {"missing_numbers", missing_},
                                 {"reports", files_}};
-        if (shards_.value_or(0) > 0) {
+        if (shards_) {
             summary["shards"] = *shards_;
             summary["unfinished_shards"] = unfinishedShards();
         }
@@ -166,9 +166,7 @@ class MergedReport {
         if (summary.contains("shard")) {
             const auto shard = Shard::fromText(summary.at("shard").get<std::string>());
             if (!shard) throw NoReportLine();
-            // Of reports with several divisions none is the one to go on with.
-            if (shards_.value_or(shard->count) != shard->count) shards_ = 0;
-            if (shards_ != 0) shards_ = shard->count;
+            shards_ = shard->count;
         }
         ms_ += summary.at("ms").get<int64_t>();
         const auto basket = summary.at("basket").get<int64_t>();
@@ -213,7 +211,7 @@ class MergedReport {
     int64_t lineNumber_ = 0;
     std::map<int64_t, Told> pictures_;
     std::optional<int64_t> basket_;
-    std::optional<int32_t> shards_;  ///< how many there are; 0 where reports differ in that
+    std::optional<int32_t> shards_;  ///< how many, in the last report that tells
     int64_t ms_ = 0;
     int64_t files_ = 0;
     RunCounts counts_;

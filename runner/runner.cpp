@@ -200,7 +200,7 @@ ExitStatus runAsAsked(int argc, const char* const* argv) {
     if (!line->reportsToMerge.empty()) return mergeReports(*line);
 
     CodecFiles files(helpersFor(*line));
-    const UsePixelMemory shared(files.memory());
+    const HandOverMemory shared(files.memory());
     TerminalPlatform platform;
     cBatch batch(platform, files);
     const OutputNames outputs =

@@ -161,12 +161,18 @@ TEST_F(RunnerMerging, ShardsWithSomethingLeftToDoAreNamed) {
     EXPECT_EQ(end.status, 1);
     EXPECT_EQ(summaryOf(end).at("shards"), 4);
     EXPECT_EQ(summaryOf(end).at("unfinished_shards"), json({1, 2}));
-    // Divided in another way as well, there are no shards to go on with.
-    const std::string third = file("third", summary(20, "0/3"));
-    files.push_back(third);
-    EXPECT_FALSE(summaryOf(merge(files)).contains("unfinished_shards"));
-    files.push_back(files[0]);
-    EXPECT_FALSE(summaryOf(merge(files)).contains("unfinished_shards"));
+    // Where the basket was divided in several ways, the last one is gone on with.
+    std::set<int32_t> owners;
+    const json missing = summaryOf(end).at("missing_numbers");
+    for (const json& number : missing)
+        owners.insert(Shard::ownerOf(number.get<size_t>() - 1, 3));
+    owners.insert(Shard::ownerOf(Shard{1, 4}.placesIn(20)[3], 3));
+    files.push_back(file("third", summary(20, "0/3")));
+    EXPECT_EQ(summaryOf(merge(files)).at("shards"), 3);
+    EXPECT_EQ(summaryOf(merge(files)).at("unfinished_shards"), json(owners));
+    files.insert(files.begin(), files.back());
+    files.pop_back();
+    EXPECT_EQ(summaryOf(merge(files)).at("unfinished_shards"), json({1, 2}));
 }
 
 TEST_F(RunnerMerging, WithoutAnySummaryTheEndOfTheBasketIsNotKnown) {
