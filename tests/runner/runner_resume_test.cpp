@@ -154,6 +154,32 @@ TEST_F(RunnerResume, AnotherContentUnderTheSameMarksIsFoundWhereNothingHadSettle
     EXPECT_EQ(made(negative), samples({1}));
 }
 
+TEST_F(RunnerResume, ContentIsReadAgainUntilItsMarksCanBeTrusted) {
+    pictures(2);
+    // A journal that tells of another content under the same marks, as if the file had changed
+    // twice within a step of the clock.
+    const auto tellOfOtherContent = [&](const std::string& settled) {
+        std::string lines = readFile(journal);
+        const size_t line = lines.rfind("{\"done\":\"" + out + "/Sample1.bmp");
+        const size_t hash = lines.find("\"hash\":\"", line) + 8;
+        EXPECT_EQ(lines.substr(lines.find("\"settled\":", line) + 10, 4), settled);
+        lines[hash] = lines[hash] == '0' ? '1' : '0';
+        writeFile(journal, lines);
+    };
+    ASSERT_EQ(made(negative).size(), 2U);
+    tellOfOtherContent("fals");
+    EXPECT_EQ(made(negative), samples({1}));
+    settle();
+    EXPECT_EQ(made(negative), Names{});
+    tellOfOtherContent("true");
+    EXPECT_EQ(made(negative), Names{}) << "nothing was read";
+    // What was read then is known by its marks alone; another inode has it read.
+    fs::copy_file(in + "/" + nameOf(0), in + "/copy");
+    setTime(in + "/copy", timeOf(in + "/" + nameOf(0)));
+    fs::rename(in + "/copy", in + "/" + nameOf(0));
+    EXPECT_EQ(made(negative), samples({1}));
+}
+
 TEST_F(RunnerResume, ACopiedFolderIsReadOnceAndNotDoneAgain) {
     pictures(5);
     settle();
