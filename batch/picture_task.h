@@ -1,17 +1,28 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <string>
 #include <vector>
 
 namespace tessarine {
 
+struct PictureReport;
+
+/// What is known of a picture's output from earlier runs.
+enum class Earlier {
+    nothing,   ///< an output that is there may be anybody's
+    stale,     ///< it was made by an earlier run and is replaced, whatever OnExists says
+    upToDate,  ///< it is what this run would make: the picture is not begun, and counts as kept
+};
+
 /// One picture of a run in which each is processed by itself.
 struct PictureTask {
     int32_t number = 0;  ///< place in the whole basket, from 1; its random numbers hang on it
     std::string input;
     std::string output;
+    Earlier earlier = Earlier::nothing;
 };
 
 /// What becomes of a picture whose output is there already.
@@ -27,6 +38,15 @@ struct RunOrder {
     OnExists onExists = OnExists::keep;
     /// Behind so many failed pictures no further one is begun.
     size_t mostFailures = std::numeric_limits<size_t>::max();
+    /// Called with the place of a task that is about to be read; may be empty. Both are called on
+    /// the thread of the run.
+    std::function<void(size_t place)> onBegin;
+    /// Called as soon as a task has come to its end, before the report hears of it, which keeps to
+    /// the tasks' order; may be empty.
+    std::function<void(size_t place, const PictureReport& entry)> onEnd;
 };
+
+/// The message of a picture that is up to date.
+inline constexpr const char* upToDateText = "it is up to date";
 
 }  // namespace tessarine

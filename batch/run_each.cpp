@@ -37,6 +37,12 @@ PictureReport shortOfMemory(PictureReport entry) {
                   ShortageWatch::message);
 }
 
+PictureReport upToDate(PictureReport entry) {
+    entry.status = PictureReport::Status::kept;
+    entry.message = upToDateText;
+    return entry;
+}
+
 /// The end of a picture whose output is there already and is not to be replaced.
 PictureReport outputExists(PictureReport entry, OnExists wish) {
     if (wish == OnExists::fail) {
@@ -202,8 +208,9 @@ class cBatch::EachRun {
         entry.output = task.output;
         picture.extension = owner_.formatExtension();
         picture.formatIndex = static_cast<int16_t>(owner_.cboFormat.index);
-        picture.onExists = order_.onExists;
+        picture.onExists = task.earlier == Earlier::stale ? OnExists::overwrite : order_.onExists;
 
+        if (task.earlier == Earlier::upToDate) return tell(place, upToDate(entry));
         std::error_code ignored;
         if (std::filesystem::is_directory(entry.output, ignored))
             return tell(place, failed(entry, "cannot-write",
@@ -227,6 +234,7 @@ class cBatch::EachRun {
             workshop->program->cFilter.Progress = [this](int32_t& percent) {
                 mailbox_.put(percent);
             };
+        if (order_.onBegin) order_.onBegin(place);
         ++underWay_;
         threads_.start(
             [this, place, workshop = std::move(workshop), picture = std::move(picture)]() mutable {
@@ -269,6 +277,7 @@ class cBatch::EachRun {
     /// Adds the entry of the task at `place` to the report behind all those before it.
     void tell(size_t place, PictureReport entry) {
         if (entry.status == PictureReport::Status::failed) ++failures_;
+        if (order_.onEnd) order_.onEnd(place, entry);
         ended_.emplace(place, std::move(entry));
         for (auto at = ended_.begin(); at != ended_.end() && at->first == told_;
              at = ended_.erase(at)) {

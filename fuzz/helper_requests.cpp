@@ -74,6 +74,7 @@ Descriptor anyPicture(Input& input) {
 /// What the fuzzer sent, to judge the answers by.
 struct Sent {
     std::set<uint32_t> numbers;
+    std::set<uint32_t> looks;  ///< the numbers of those that ask for the size alone
     std::set<uint32_t> blocks;
 };
 
@@ -86,8 +87,10 @@ void sendOne(Input& input, int socket, Sent& sent) {
             ReadRequest request{input.u8(), 0, 0, 0, anyExtension(input)};
             request.memoryBytes = uint64_t{1} << input.below(40);
             request.companions = input.below(8) == 0 ? input.u8() : 0;
+            request.sizeOnly = request.number >= 128;
             own.push_back(anyPicture(input));
             sent.numbers.insert(request.number);
+            if (request.sizeOnly) sent.looks.insert(request.number);
             message = request;
             break;
         }
@@ -132,7 +135,9 @@ void judge(const Received& received, const Sent& sent) {
         expect(blockBytesFor(need->width, need->height) != 0);
     } else if (const auto* read = std::get_if<ReadDone>(&*answer)) {
         if (read->error == FileError::none)
-            expect(sent.blocks.count(read->blockId) != 0 && read->width > 0 && read->height > 0);
+            expect((sent.blocks.count(read->blockId) != 0 ||
+                    (read->blockId == 0 && sent.looks.count(read->number) != 0)) &&
+                   read->width > 0 && read->height > 0);
     } else {
         expect(std::holds_alternative<WriteDone>(*answer));
     }

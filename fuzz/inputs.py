@@ -385,6 +385,42 @@ def helper_requests():
     write(name, "packet-cut", requests(read(1, ppm, 100, 90, odd=2) + b"\x04"))
 
 
+def journals():
+    header = '{"tessarine-journal":1}\n'
+    mark = '"bytes":9,"modified":1700000000000000000'
+    source = '{"hash":"0f",%s,"changed":1,"device":2,"inode":3}' % mark
+    done = ('{"done":"/out/1.bmp","number":1,"input":{"hex":"2fe9"},"key":"ab","sources":[%s,null],'
+            '"settled":true,%s}' % (source, mark))
+    write("journals", "empty", header)
+    write("journals", "cut-header", header[:9])
+    write("journals", "several", header + '{"begun":"/out/1.bmp"}\n' + done
+          + '\n{"left":"/out/2.bmp"}\n')
+    write("journals", "cut-short", header + done[:80] + "\n" + done[:150])
+    write("journals", "line-done", done)
+    write("journals", "line-begun", '{"begun":{"hex":"ff00"}}')
+    write("journals", "no-journal", "P6 1 1 255\nxyz")
+    write("journals", "later-version", header.replace("1", "2"))
+
+
+def plans():
+    row = '{"name":"Negative","id":51,"columns":["0","0","0","0","0","False","","0","0"]}'
+    before = ('{"numbers":[0,-1,2],"colours":[255,0],"option":false,"style":"","point":[0.5,0.25],'
+              '"preview":[200,174]}')
+    chain = '{"rows":[%s],"degrees":-5,"invert":"g","kill":"","before":%s}' % (row, before)
+    settings = ('{"tessarine-plan":1,"version":"0.1.0","to":"/tmp/","format":"bmp",'
+                '"onExists":"keep","functions":%s}\n' % chain)
+    picture = '{"number":%d,"input":"/none/%d.png","output":"/tmp/%s","files":[null]}\n'
+    end = '{"summary":{"pictures":%d,"conflicts":%d}}\n'
+    write("plans", "two", settings + picture % (1, 1, "1.bmp") + picture % (2, 2, "a/b/2.bmp")
+          + end % (2, 0))
+    write("plans", "out-of-it", settings + picture % (1, 1, "../1.bmp") + end % (1, 0))
+    write("plans", "conflicts", settings + picture % (1, 1, "1.bmp") + end % (1, 1))
+    write("plans", "cut-short", settings + picture % (1, 1, "1.bmp"))
+    write("plans", "no-pictures", settings + end % (0, 0))
+    write("plans", "changed", settings + (picture % (1, 1, "1.bmp")).replace(
+        "null", '{"bytes":1,"modified":2}') + end % (1, 0))
+
+
 for make in (function_lists, picture_lists, settings, regions, apply, filters, decoders, metafiles,
-             helper_answers, helper_requests):
+             helper_answers, helper_requests, journals, plans):
     make()

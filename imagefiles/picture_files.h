@@ -45,6 +45,14 @@ struct ReadOutcome {
     std::string message;
 };
 
+/// What came of a look at a picture file's header.
+struct LookOutcome {
+    int32_t width = 0;  ///< pixels that the file promises; 0 with an error
+    int32_t height = 0;
+    FileError error = FileError::none;
+    std::string message;
+};
+
 /// What came of writing a picture.
 struct WriteOutcome {
     FileError error = FileError::none;

@@ -66,6 +66,24 @@ void refuseInWindowMode(const CommandLine& line, bool failFast) {
     refuseOne(line.onExists == OnExists::fail, "--on-exists fail");
     refuseOne(failFast, "--fail-fast");
     refuseOne(line.maxFailures.has_value(), "--max-failures");
+    refuseOne(line.keepTree, "--keep-tree");
+    refuseOne(line.keepNames, "--keep-names");
+    refuseOne(!line.resume.empty(), "--resume");
+    refuseOne(!line.plan.empty(), "--plan");
+}
+
+/// What a plan tells is not told a second time.
+void refuseBesidePlan(const CLI::App& app) {
+    for (const char* name :
+         {"PATH",        "--recursive", "--pictures",   "--from",      "-0",
+          "--functions", "--apply",     "--degrees",    "--invert",    "--kill",
+          "--to",        "--name",      "--format",     "--on-exists", "--overwrite",
+          "--keep-tree", "--below",     "--keep-names", "--mode",      "--plan"})
+        if (app.get_option(name)->count() > 0)
+            refuse(
+                fmt::format("{} does not go with --from-plan, since the plan tells what is done; "
+                            "expected only options on how it is done, such as --jobs",
+                            name));
 }
 
 /// Reports are merged and no pictures run, so that hardly anything else can be meant with it.
@@ -133,7 +151,16 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
         ->type_name("keep|overwrite|fail")
         ->check(CLI::IsMember({"keep", "overwrite", "fail"}));
     app.add_flag("--overwrite", overwrite, "Short for --on-exists overwrite");
-    for (const char* name : {"--to", "--name", "--format", "--on-exists", "--overwrite"})
+    app.add_flag(
+        "--keep-tree", line.keepTree,
+        "Save into folders that lie below FOLDER as those of the pictures do below theirs");
+    app.add_option("--below", line.below,
+                   "With --keep-tree: the folder that the pictures' folders are told from")
+        ->type_name("FOLDER");
+    app.add_flag("--keep-names", line.keepNames,
+                 "Save under the pictures' own names instead of NAME<number>");
+    for (const char* name : {"--to", "--name", "--format", "--on-exists", "--overwrite",
+                             "--keep-tree", "--below", "--keep-names"})
         app.get_option(name)->group("Saving");
 
     app.add_option("--mode", mode, "Each picture by itself (default), or the window's run")
@@ -172,12 +199,19 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
     app.add_flag("--progress", line.progress, "A progress line even where none is usual");
     app.add_option("--report", line.report, "JSON lines, one a picture; - for standard output")
         ->type_name("FILE");
-    auto* const failedList =
-        app.add_option("--failed-list", line.failedList, "A picture list (qpkl) of what failed")
-            ->type_name("FILE");
-    for (const char* name : {"--mode", "--shard", "--fail-fast", "--max-failures", "--jobs",
-                             "--threads", "--timeout", "--memory", "--dry-run", "--quiet",
-                             "--verbose", "--progress", "--report", "--failed-list"})
+    app.add_option("--resume", line.resume,
+                   "Do only what is stale by this journal, and tell it what is done")
+        ->type_name("JOURNAL");
+    app.add_option("--plan", line.plan,
+                   "Write what would be done, as JSON lines, and do nothing; - for standard output")
+        ->type_name("FILE");
+    app.add_option("--from-plan", line.fromPlan, "Do what a plan tells")->type_name("FILE");
+    app.add_option("--failed-list", line.failedList, "A picture list (qpkl) of what failed")
+        ->type_name("FILE");
+    for (const char* name :
+         {"--mode", "--shard", "--fail-fast", "--max-failures", "--jobs", "--threads", "--timeout",
+          "--memory", "--dry-run", "--quiet", "--verbose", "--progress", "--report",
+          "--failed-list", "--resume", "--plan", "--from-plan"})
         app.get_option(name)->group("Running");
     app.add_option(mergeReports, line.reportsToMerge,
                    "Make one report of those of all shards; to --report or standard output")
@@ -231,8 +265,20 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
         return line;
     }
     if (share->count() > 0) line.shard = shardOf(shard, ::getenv);
-    if (failedList->count() > 0 && line.failedList.empty())
-        refuse("--failed-list: an empty text; expected a name");
+    for (const char* name : {"--failed-list", "--below", "--resume", "--plan", "--from-plan"})
+        if (app.get_option(name)->count() > 0 && app.get_option(name)->as<std::string>().empty())
+            refuse(fmt::format("{}: an empty text; expected a name", name));
+    if (line.keepNames && app.get_option("--name")->count() > 0)
+        refuse("--keep-names and --name do not go together; expected one of them");
+    if (!line.below.empty() && !line.keepTree)
+        refuse("--below tells where trees begin that --keep-tree keeps; expected both or none");
+    if (!line.fromPlan.empty()) refuseBesidePlan(app);
+    // What is planned is not done anyway.
+    if (!line.plan.empty()) line.dryRun = false;
+    if (!line.plan.empty() && line.shard)
+        refuse(
+            "--plan and --shard do not go together; expected a plan of the whole basket, of "
+            "which --from-plan takes shares");
     line.onExists = onExistsOf(onExists, overwrite);
     if (line.windowMode) refuseInWindowMode(line, failFast);
     if (failFast && line.maxFailures.value_or(1) != 1)

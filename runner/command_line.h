@@ -46,6 +46,9 @@ struct CommandLine {
     std::string name = "Sample";
     std::string format = "jpg-good";
     OnExists onExists = OnExists::keep;
+    bool keepTree = false;   ///< outputs lie in folders as their inputs do
+    std::string below;       ///< with keepTree, the folder that all inputs lie below; may be empty
+    bool keepNames = false;  ///< outputs are named like their inputs
 
     bool windowMode = false;
     std::optional<Shard> shard;         ///< nothing for the whole basket
@@ -60,6 +63,9 @@ struct CommandLine {
     bool progress = false;
     std::string report;      ///< a file, "-" for standard output, empty for none
     std::string failedList;  ///< a picture list to be written; empty for none
+    std::string resume;      ///< a journal, empty for none
+    std::string plan;        ///< where the plan goes, likewise "-"; empty where none is wanted
+    std::string fromPlan;
 
     std::vector<std::string> reportsToMerge;  ///< where these are given, nothing is run
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <optional>
 #include <system_error>
 
 #include <fmt/format.h>
@@ -19,13 +20,6 @@ namespace tessarine {
 namespace {
 
 namespace fs = std::filesystem;
-
-BasketItem basketItem(const std::string& path) {
-    const std::string extension = extensionOf(path);
-    std::string name = fileNameOf(path);
-    if (!extension.empty()) name.resize(name.size() - extension.size() - 1);
-    return {name, lowerCase(extension), path, folderOf(path)};
-}
 
 /// Refuses a share of a folder that the shares save into: each would find others' outputs in it
 /// among the pictures, and all numbers behind them would be others.
@@ -113,22 +107,94 @@ void addList(const std::string& file, std::vector<BasketItem>& basket) {
         basket.push_back(basketItem(path));
 }
 
+/// A path from the root, without "." and "..".
+fs::path wholePath(const fs::path& path) {
+    fs::path whole = fs::absolute(path).lexically_normal();
+    // A separator at the end would count as one more part.
+    return whole.has_filename() ? whole : whole.parent_path();
+}
+
+/// The deepest folder that holds the files of all pictures from `first` on.
+fs::path commonFolder(const std::vector<BasketItem>& pictures, size_t first) {
+    fs::path common = wholePath(pictures[first].Tag).parent_path();
+    for (size_t i = first + 1; i < pictures.size(); ++i) {
+        const fs::path folder = wholePath(pictures[i].Tag).parent_path();
+        const auto end =
+            std::mismatch(common.begin(), common.end(), folder.begin(), folder.end()).first;
+        fs::path shared;
+        for (auto part = common.begin(); part != end; ++part)
+            shared /= *part;
+        common = std::move(shared);
+    }
+    return common;
+}
+
+/// Where a folder lies below another; nothing where it does not.
+std::optional<std::string> placeBelow(const fs::path& folder, const fs::path& above) {
+    const auto [rest, end] =
+        std::mismatch(folder.begin(), folder.end(), above.begin(), above.end());
+    if (end != above.end()) return std::nullopt;
+    fs::path place;
+    for (auto part = rest; part != folder.end(); ++part)
+        place /= *part;
+    return place.native();
+}
+
+/// Adds the places of the pictures from `first` on, which one source of the command line gave.
+void addPlaces(const GivenPictures& source, const std::string& below, size_t first,
+               GivenBasket& basket) {
+    const std::vector<BasketItem>& pictures = basket.pictures;
+    if (first == pictures.size()) return;
+    std::error_code ignored;
+    fs::path above;
+    if (!below.empty())
+        above = wholePath(below);
+    else if (source.kind != GivenPictures::Kind::path)
+        above = commonFolder(pictures, first);
+    else if (fs::is_directory(source.value, ignored))
+        above = wholePath(source.value);
+    for (size_t i = first; i < pictures.size(); ++i) {
+        const fs::path folder = wholePath(pictures[i].Tag).parent_path();
+        std::optional<std::string> place = "";
+        if (!above.empty()) place = placeBelow(folder, above);
+        // Two names of a folder, one of them by a link, may hide that one lies in the other.
+        if (!place)
+            place = placeBelow(fs::weakly_canonical(folder, ignored),
+                               fs::weakly_canonical(above, ignored));
+        if (!place)
+            throw Refusal(ExitStatus::nothingStarts,
+                          fmt::format("--below: '{}' does not lie below '{}'; expected a folder "
+                                      "that holds all pictures",
+                                      pictures[i].Tag, below));
+        basket.places.push_back(std::move(*place));
+    }
+}
+
 }  // namespace
 
-std::vector<BasketItem> collectPictures(const CommandLine& line) {
-    std::vector<BasketItem> basket;
+BasketItem basketItem(const std::string& path) {
+    const std::string extension = extensionOf(path);
+    std::string name = fileNameOf(path);
+    if (!extension.empty()) name.resize(name.size() - extension.size() - 1);
+    return {name, lowerCase(extension), path, folderOf(path)};
+}
+
+GivenBasket collectPictures(const CommandLine& line) {
+    GivenBasket basket;
     for (const GivenPictures& source : line.pictures) {
+        const size_t first = basket.pictures.size();
         switch (source.kind) {
             case GivenPictures::Kind::path:
-                addPath(source.value, line, basket);
+                addPath(source.value, line, basket.pictures);
                 break;
             case GivenPictures::Kind::list:
-                addList(source.value, basket);
+                addList(source.value, basket.pictures);
                 break;
             case GivenPictures::Kind::from:
-                addPathsFrom(source.value, line, basket);
+                addPathsFrom(source.value, line, basket.pictures);
                 break;
         }
+        if (line.keepTree) addPlaces(source, line.below, first, basket);
     }
     return basket;
 }

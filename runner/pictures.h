@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "batch/batch.h"
@@ -7,9 +8,26 @@
 
 namespace tessarine {
 
+/// A picture as the basket has it.
+BasketItem basketItem(const std::string& path);
+
+/// The pictures of a command line.
+struct GivenBasket {
+    std::vector<BasketItem> pictures;
+    /// With --keep-tree the folder of each below the destination, separators inside only, empty for
+    /// the destination itself; without it nothing.
+    std::vector<std::string> places;
+};
+
 /// The basket of a command line, in its order. A path that does not exist stays in it, so that
 /// the numbers of the others hang on the list alone.
-/// \throws Refusal (nothingStarts) for a list that cannot be read
-std::vector<BasketItem> collectPictures(const CommandLine& line);
+///
+/// With --keep-tree a picture of a folder keeps its place below that folder, one that is named by
+/// itself has none, and those of a list keep theirs below the deepest folder that holds them all;
+/// with --below all keep theirs below that folder. Places go by names: "." and ".." are taken away,
+/// links stay.
+/// \throws Refusal (nothingStarts) for a list that cannot be read, and for a picture that does not
+///         lie below the folder of --below
+GivenBasket collectPictures(const CommandLine& line);
 
 }  // namespace tessarine

@@ -25,20 +25,15 @@ const char* noteOnExisting(OnExists wish) {
 
 }  // namespace
 
-RunOrder orderOf(const cBatch& batch, const CommandLine& line) {
+RunOrder orderOf(const OutputNames& outputs, const CommandLine& line) {
     RunOrder order;
     order.onExists = line.onExists;
     if (line.maxFailures) order.mostFailures = *line.maxFailures;
     const Shard shard = line.shard.value_or(Shard());
-    const std::string destination = asFolder(batch.txtDestination);
-    const std::string extension = batch.formatExtension();
-    const std::vector<size_t> places = shard.placesIn(batch.lvSelected.size());
+    const std::vector<size_t> places = shard.placesIn(outputs.count());
     order.tasks.reserve(places.size());
-    for (const size_t place : places) {
-        const auto number = static_cast<int32_t>(place + 1);
-        order.tasks.push_back({number, batch.lvSelected[place].Tag,
-                               batch.outputName(destination, number, extension)});
-    }
+    for (const size_t place : places)
+        order.tasks.push_back(outputs.taskOf(place));
     return order;
 }
 
@@ -48,7 +43,11 @@ std::string planOf(const RunOrder& order) {
         std::error_code ignored;
         plan += onOneLine(task.input) + " -> " + onOneLine(task.output);
         if (!std::filesystem::exists(task.input, ignored)) plan += " (no such picture)";
-        if (std::filesystem::exists(task.output, ignored)) plan += noteOnExisting(order.onExists);
+        if (task.earlier == Earlier::upToDate)
+            plan += " (up to date, kept)";
+        else if (std::filesystem::exists(task.output, ignored))
+            plan += noteOnExisting(task.earlier == Earlier::stale ? OnExists::overwrite
+                                                                  : order.onExists);
         plan += "\n";
     }
     return plan;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
 #include <string>
 #include <unistd.h>
 
@@ -19,10 +20,15 @@
 #include "runner/listings.h"
 #include "runner/merged_report.h"
 #include "runner/messages.h"
+#include "runner/output_names.h"
+#include "runner/plan.h"
 #include "runner/preparation.h"
 #include "runner/progress_line.h"
+#include "runner/protection.h"
+#include "runner/real_names.h"
 #include "runner/refusal.h"
 #include "runner/report_writer.h"
+#include "runner/resume.h"
 #include "runner/run_order.h"
 #include "runner/signals.h"
 #include "runner/terminal_platform.h"
@@ -65,8 +71,9 @@ void setUpThreads(cBatch& batch, const CommandLine& line, int64_t picturesOfRun)
     setFilterThreads(line.threads > 0 ? line.threads : std::max(1, cores / inFlight));
 }
 
-ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& line) {
-    const RunOrder order = line.windowMode ? RunOrder() : orderOf(batch, line);
+/// \param resumption  nullptr where nothing is resumed
+ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& line,
+               const RunOrder& order, const Resumption* resumption) {
     RunSummary summary;
     summary.basket = static_cast<int64_t>(batch.lvSelected.size());
     summary.pictures = line.windowMode ? summary.basket : static_cast<int64_t>(order.tasks.size());
@@ -97,9 +104,13 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
     if (line.windowMode) {
         batch.CmdBatchAll();
     } else {
-        removeLeftDrafts(batch.txtDestination);
+        const std::vector<std::string> folders = foldersOf(order.tasks, batch.txtDestination);
+        makeFolders(folders);
+        for (const std::string& folder : folders)
+            removeLeftDrafts(folder);
         batch.BatchEach(order);
-        syncFolder(batch.txtDestination);
+        for (const std::string& folder : folders)
+            syncFolder(folder);
     }
     summary.ms = millisecondsSince(start);
     summary.interrupted = interrupted();
@@ -109,6 +120,10 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
     if (!told) complain(fmt::format("--report: '{}' could not be written whole", line.report));
     if (!failedList.isWhole()) {
         complain(fmt::format("--failed-list: '{}' could not be written whole", line.failedList));
+        told = false;
+    }
+    if (resumption != nullptr && !resumption->isWhole()) {
+        complain(fmt::format("--resume: '{}' could not be written whole", line.resume));
         told = false;
     }
     if (line.maxFailures && counts.all() < pictures && !summary.interrupted)
@@ -130,6 +145,34 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
     return counts.failed > 0 || !told ? ExitStatus::somePictures : ExitStatus::done;
 }
 
+/// Looks for what would make the run destroy what it needs, or what it makes itself.
+/// \return pictures in conflict, where these are to be told in a plan
+/// \throws Refusal (nothingStarts)
+Conflicts protect(const OutputNames& outputs, const CommandLine& line) {
+    RealNames names;
+    Conflicts conflicts;
+    if (!line.windowMode) {
+        const FoundConflict found = [&](size_t place, const std::string& why) {
+            if (line.plan.empty()) throw Refusal(ExitStatus::nothingStarts, why);
+            conflicts.emplace_back(place, why);
+        };
+        checkFolders(outputs);
+        findCollisions(outputs, names, found);
+        protectPictures(outputs, line.onExists == OnExists::overwrite, names, found);
+    }
+    protectFromTelling(outputs, line, names);
+    return conflicts;
+}
+
+/// Has the order do what is stale by the journal; nullptr where none is given.
+std::unique_ptr<const Resumption> resume(const cBatch& batch, const CommandLine& line,
+                                         RunOrder& order) {
+    if (line.resume.empty()) return nullptr;
+    const bool isOnlyTold = line.dryRun || !line.plan.empty();
+    return std::make_unique<Resumption>(
+        line.resume, isOnlyTold ? Journal::Use::look : Journal::Use::append, batch, order);
+}
+
 /// How picture files are read and written. A run does not start without the helper program; what is
 /// only planned needs none.
 CodecFiles::Options helpersFor(const CommandLine& line) {
@@ -148,7 +191,7 @@ CodecFiles::Options helpersFor(const CommandLine& line) {
 }
 
 ExitStatus runAsAsked(int argc, const char* const* argv) {
-    const std::optional<CommandLine> line = readCommandLine(argc, argv);
+    std::optional<CommandLine> line = readCommandLine(argc, argv);
     if (!line) return ExitStatus::done;
     if (line->listFunctions || line->listFormats)
         return print((line->listFunctions ? functionListing() : std::string()) +
@@ -160,12 +203,17 @@ ExitStatus runAsAsked(int argc, const char* const* argv) {
     const HandOverMemory shared(files.memory());
     TerminalPlatform platform;
     cBatch batch(platform, files);
-    prepareRun(batch, *line);
+    const OutputNames outputs =
+        line->fromPlan.empty() ? prepareRun(batch, *line) : takePlan(batch, *line);
+    const Conflicts conflicts = protect(outputs, *line);
+    RunOrder order = line->windowMode ? RunOrder() : orderOf(outputs, *line);
+    const std::unique_ptr<const Resumption> resumption = resume(batch, *line, order);
+    if (!line->plan.empty()) return writePlan(*line, batch, outputs, order, conflicts, files);
     // Before the first word: a reader of standard error who left does not end the run.
     if (!line->dryRun) listenToSignals();
     if (!line->quiet) warnOfRowsWithoutFunction(batch);
-    if (line->dryRun) return print(planOf(orderOf(batch, *line)));
-    return run(batch, platform, *line);
+    if (line->dryRun) return print(planOf(order));
+    return run(batch, platform, *line, order, resumption.get());
 }
 
 }  // namespace

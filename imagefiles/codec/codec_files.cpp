@@ -249,6 +249,22 @@ ReadOutcome CodecFiles::read(const ExpectedFile& file,
     return outcome;
 }
 
+LookOutcome CodecFiles::lookAt(const std::string& path, const std::string& extension) {
+    try {
+        OpenedPicture opened = openPicture(path, extension);
+        LookingRequest request(options_.wishes, std::move(opened.files), opened.companions,
+                               extension);
+        const Waiting waiting{options_.onWaiting, {}};
+        Failure failure = ask(kindFor(extension), request, waiting);
+        if (failure.error == FileError::none) return request.takeOutcome();
+        return {0, 0, failure.error, std::move(failure.message)};
+    } catch (const FileRefused& refusal) {
+        return {0, 0, refusal.error(), refusal.what()};
+    } catch (const std::exception& failure) {
+        return {0, 0, FileError::tooLarge, failure.what()};
+    }
+}
+
 WriteOutcome CodecFiles::write(const Bitmap& picture, const std::string& extension,
                                int16_t formatIndex, OutputFile& file) {
     return write(picture, extension, formatIndex, file, {options_.onWaiting, {}});

@@ -76,6 +76,11 @@ class CodecFiles : public PictureFiles {
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
                        OutputFile& file) override;
 
+    /// The size that a picture file's header promises. No pixels are decoded, and a few hundred
+    /// kilobytes read, unless the size stands farther behind or nowhere but in the pixels. Nothing
+    /// is thrown.
+    LookOutcome lookAt(const std::string& path, const std::string& extension);
+
     /// Memory that the helpers share: what lies in it is written without a copy.
     PixelMemory& memory() { return memory_; }
 

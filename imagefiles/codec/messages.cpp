@@ -64,6 +64,12 @@ class Reader {
         if (raw > static_cast<uint8_t>(FileError::cannotWrite)) refuse("there is no such error");
         value = static_cast<FileError>(raw);
     }
+    void truth(bool& value) {
+        uint8_t raw = 0;
+        number(raw);
+        if (raw > 1) refuse("this is neither yes nor no");
+        value = raw == 1;
+    }
     void block(BlockRef& value) {
         number(value.id);
         number(value.bytes);
@@ -103,6 +109,7 @@ Packet packetOf(const ToHelper& message) {
             .real(m->seconds)
             .number(m->memoryBytes)
             .number(m->companions)
+            .number(static_cast<uint8_t>(m->sizeOnly))
             .text(m->extension);
     if (const auto* m = std::get_if<WriteRequest>(&message))
         return Writer(Kind::write)
@@ -147,6 +154,7 @@ std::optional<ToHelper> messageToHelper(Bytes packet) {
             reader.seconds(m.seconds);
             reader.number(m.memoryBytes);
             reader.number(m.companions);
+            reader.truth(m.sizeOnly);
             reader.text(m.extension);
             return m;
         }

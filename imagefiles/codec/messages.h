@@ -37,6 +37,8 @@ struct ReadRequest {
     uint64_t memoryBytes = 0;  ///< ceiling of address space
     uint32_t companions = 0;   ///< bit i: companion i of companionPaths() is passed
     std::string extension;
+    /// Only the size is asked for: no block is, and ReadDone tells width and height alone.
+    bool sizeOnly = false;
 };
 
 /// Write the picture in a block. Descriptors: the output, the block.
@@ -96,7 +98,7 @@ struct WriteDone {
     std::string message;
 };
 
-constexpr uint32_t protocolVersion = 1;
+constexpr uint32_t protocolVersion = 2;
 
 using ToHelper = std::variant<ReadRequest, WriteRequest, BlockGrant>;
 using ToProgram = std::variant<Ready, NeedBlock, ReadDone, WriteDone>;

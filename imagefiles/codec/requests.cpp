@@ -56,6 +56,13 @@ bool isControl(const std::string& text, size_t at) {
            (first == 0xC2 && static_cast<uint8_t>(text[at + 1]) < 0xA0);
 }
 
+std::vector<int> numbersOf(const std::vector<Descriptor>& files) {
+    std::vector<int> numbers;
+    for (const Descriptor& file : files)
+        numbers.push_back(file.get());
+    return numbers;
+}
+
 void expectNumber(uint32_t number, uint32_t expected) {
     if (number != expected) throw WrongNumber();
 }
@@ -104,12 +111,7 @@ ToHelper ReadingRequest::begin(uint32_t number) {
                        extension_};
 }
 
-std::vector<int> ReadingRequest::descriptors() const {
-    std::vector<int> numbers;
-    for (const Descriptor& file : files_)
-        numbers.push_back(file.get());
-    return numbers;
-}
+std::vector<int> ReadingRequest::descriptors() const { return numbersOf(files_); }
 
 std::chrono::duration<double> ReadingRequest::patience() const {
     return patienceFor(pixels_, wishes_);
@@ -185,6 +187,46 @@ void ReadingRequest::finish(const ReadDone& answer) {
     outcome_.depth = answer.depth;
     // A bitmap sees to it that its margin is black, whatever was put there.
     outcome_.bitmap = Bitmap(pictureIn(std::move(block), answer.width, answer.height));
+}
+
+// ---- Looking ----
+
+LookingRequest::LookingRequest(const LimitWishes& wishes, std::vector<Descriptor> files,
+                               uint32_t companions, std::string extension)
+    : wishes_(wishes),
+      files_(std::move(files)),
+      companions_(companions),
+      extension_(std::move(extension)) {}
+
+ToHelper LookingRequest::begin(uint32_t number) {
+    number_ = number;
+    return ReadRequest{
+        number, wishes_.seconds.value_or(0), memoryCeiling(wishes_), companions_, extension_, true};
+}
+
+std::vector<int> LookingRequest::descriptors() const { return numbersOf(files_); }
+
+std::chrono::duration<double> LookingRequest::patience() const {
+    // Where the header does not tell, the helper decodes.
+    return patienceFor(pixelsThatMayBeIn(files_.front().get()), wishes_);
+}
+
+bool LookingRequest::hear(const ToProgram& message, int) {
+    const auto* answer = std::get_if<ReadDone>(&message);
+    if (answer == nullptr) throw HelperLied("it answered what nobody had asked");
+    expectNumber(answer->number, number_);
+    if (answer->error != FileError::none) {
+        if (answer->error == FileError::codecDied || answer->error == FileError::cannotWrite)
+            throw HelperLied("it gave an error that is not its own");
+        outcome_.error = answer->error;
+        outcome_.message = reasonOf(answer->message);
+        return true;
+    }
+    if (blockBytesFor(answer->width, answer->height) == 0 || answer->blockId != 0)
+        throw HelperLied("it told a size that no picture can have");
+    outcome_.width = answer->width;
+    outcome_.height = answer->height;
+    return true;
 }
 
 // ---- Writing ----

@@ -94,6 +94,29 @@ class ReadingRequest : public HelperRequest {
     ReadOutcome outcome_;
 };
 
+/// A look at what a picture's header promises.
+class LookingRequest : public HelperRequest {
+  public:
+    /// \param files, companions  as for a reading
+    LookingRequest(const LimitWishes& wishes, std::vector<Descriptor> files, uint32_t companions,
+                   std::string extension);
+
+    ToHelper begin(uint32_t number) override;
+    std::vector<int> descriptors() const override;
+    bool hear(const ToProgram& message, int socket) override;
+    std::chrono::duration<double> patience() const override;
+
+    LookOutcome takeOutcome() { return std::move(outcome_); }
+
+  private:
+    LimitWishes wishes_;
+    std::vector<Descriptor> files_;
+    uint32_t companions_;
+    std::string extension_;
+    uint32_t number_ = 0;
+    LookOutcome outcome_;
+};
+
 /// The writing of a picture.
 class WritingRequest : public HelperRequest {
   public:

@@ -27,12 +27,55 @@ constexpr int64_t worthABlock = 4096;
 /// Pictures of as many pixels take tens of megabytes while they are decoded.
 constexpr uint64_t largePixels = uint64_t{1} << 22;
 
+/// Bytes of a file in which its header is looked for before the whole is read.
+constexpr size_t headBytes = size_t{1} << 18;
+
 constexpr const char* tooLargeText = "the picture takes more memory than is allowed";
 
 uint64_t sizeOf(const Descriptor& file) {
     struct stat status {};
     if (fstat(file.get(), &status) != 0 || status.st_size < 0) return 0;
     return std::min(static_cast<uint64_t>(status.st_size), maxFileBytes);
+}
+
+/// Pixels of a size that is promised. \throws FileRefused where a picture may not have so many
+uint64_t pixelsOf(const PromisedSize& promised, uint64_t memoryBytes) {
+    const uint64_t side = uint64_t{1} << 30;
+    const bool isOdd = promised.width > side || promised.height > side;
+    const uint64_t pixels = isOdd ? maxPixels + 1 : promised.width * promised.height;
+    if (pixels > maxPixels || pixels * sizeof(Pixel) > memoryBytes)
+        throw FileRefused(FileError::tooLarge, tooLargeText);
+    return pixels;
+}
+
+/// A picture's files, read whole.
+struct Contents {
+    std::vector<std::vector<uint8_t>> bytes;
+    PictureSource source;
+};
+
+/// \throws FileRefused where one cannot be read
+Contents readContents(const ReadRequest& request, std::vector<Descriptor> files) {
+    Contents contents;
+    for (Descriptor& file : files) {
+        contents.bytes.push_back(readWholeFile(file.get()));
+        file.reset();
+    }
+    PictureSource& source = contents.source;
+    source.file = contents.bytes[0];
+    source.companions.resize(companionPaths("", request.extension).size());
+    for (size_t i = 0, next = 1; i < source.companions.size() && i < 32; ++i)
+        if ((request.companions >> i & 1) != 0) source.companions[i] = contents.bytes[next++];
+    return contents;
+}
+
+/// What the beginning of a file promises; nothing where more of it is needed.
+std::optional<PromisedSize> promisedAtHead(int file, const std::string& extension) {
+    std::vector<uint8_t> head(headBytes);
+    const ssize_t got = pread(file, head.data(), head.size(), 0);
+    if (got <= 0) return std::nullopt;
+    head.resize(static_cast<size_t>(got));
+    return promisedSize({head, {}}, extension);
 }
 
 /// The memory that a picture is decoded into: asked of the program when the size is known.
@@ -222,8 +265,12 @@ class Session {
         Target target(socket_, cache_, service_.limits, request);
         ReadOutcome outcome;
         bool isAnswered = false;
+        PromisedSize looked;
         try {
-            isAnswered = decode(request, std::move(files), target, outcome);
+            if (request.sizeOnly)
+                looked = look(request, std::move(files), outcome);
+            else
+                isAnswered = decode(request, std::move(files), target, outcome);
         } catch (const FileRefused& why) {
             outcome = {std::nullopt, 0, why.error(), why.what()};
         } catch (const StatementFailed& why) {
@@ -240,7 +287,10 @@ class Session {
             outcome.message = tooLargeText;
         }
         ReadDone done{request.number, outcome.error, 0, 0, 0, 0, outcome.message};
-        if (outcome.error == FileError::none) {
+        if (outcome.error == FileError::none && request.sizeOnly) {
+            done.width = static_cast<int32_t>(looked.width);
+            done.height = static_cast<int32_t>(looked.height);
+        } else if (outcome.error == FileError::none) {
             done.width = outcome.bitmap->width();
             done.height = outcome.bitmap->height();
             done.depth = outcome.depth;
@@ -249,6 +299,29 @@ class Session {
         outcome.bitmap.reset();
         if (!answer(done)) return ServiceEnd::closed;
         return std::nullopt;
+    }
+
+    /// The size that a picture's header promises; where it tells none, that of the decoded picture.
+    PromisedSize look(const ReadRequest& request, std::vector<Descriptor> files,
+                      ReadOutcome& outcome) {
+        const uint64_t fileBytes = sizeOf(files[0]);
+        if (fileBytes == 0) throw FileRefused(FileError::unreadable, "the file is empty");
+        memoryWasRefused();
+        service_.limits.set(fileBytes * guessedPixelsPerByte, request.seconds, request.memoryBytes);
+        const auto isTold = [&](const std::optional<PromisedSize>& promised) {
+            return promised && pixelsOf(*promised, request.memoryBytes) > 0;
+        };
+        std::optional<PromisedSize> promised = promisedAtHead(files[0].get(), request.extension);
+        if (isTold(promised)) return *promised;
+        const Contents contents = readContents(request, std::move(files));
+        promised = promisedSize(contents.source, request.extension);
+        if (isTold(promised)) return *promised;
+        outcome = decodePicture(contents.source, request.extension);
+        if (outcome.error == FileError::none && !outcome.bitmap)
+            outcome.error = FileError::unreadable;
+        if (outcome.error != FileError::none) return {};
+        return {static_cast<uint64_t>(outcome.bitmap->width()),
+                static_cast<uint64_t>(outcome.bitmap->height())};
     }
 
     /// \return whether the request has been answered already
@@ -261,25 +334,10 @@ class Session {
         memoryWasRefused();
         service_.limits.set(pixels, request.seconds, request.memoryBytes);
 
-        std::vector<std::vector<uint8_t>> contents;
-        for (Descriptor& file : files) {
-            contents.push_back(readWholeFile(file.get()));
-            file.reset();
-        }
-        PictureSource source;
-        source.file = contents[0];
-        source.companions.resize(companionPaths("", request.extension).size());
-        for (size_t i = 0, next = 1; i < source.companions.size() && i < 32; ++i)
-            if ((request.companions >> i & 1) != 0) source.companions[i] = contents[next++];
-
+        const Contents contents = readContents(request, std::move(files));
+        const PictureSource& source = contents.source;
         const std::optional<PromisedSize> promised = promisedSize(source, request.extension);
-        if (promised) {
-            const uint64_t side = uint64_t{1} << 30;
-            const bool isOdd = promised->width > side || promised->height > side;
-            pixels = isOdd ? maxPixels + 1 : promised->width * promised->height;
-            if (pixels > maxPixels || pixels * sizeof(Pixel) > request.memoryBytes)
-                throw FileRefused(FileError::tooLarge, tooLargeText);
-        }
+        if (promised) pixels = pixelsOf(*promised, request.memoryBytes);
         service_.limits.set(pixels, request.seconds, request.memoryBytes);
         target.expect(promised, pixels);
         if (service_.interference != nullptr &&

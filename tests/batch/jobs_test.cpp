@@ -385,6 +385,54 @@ TEST_F(Jobs, AnOutputThatExistsFailsThePictureWhereThatIsTheWish) {
     EXPECT_EQ(readFile(scratch / "out/Sample2.bmp"), "before");
 }
 
+TEST_F(Jobs, WhatIsUpToDateIsNotBegunAndWhatIsStaleIsReplaced) {
+    for (const OnExists wish : {OnExists::keep, OnExists::overwrite, OnExists::fail}) {
+        cBatch batch(platform);
+        prepare(batch, "out", goods(3), 2);
+        for (const char* name : {"out/Sample1.bmp", "out/Sample2.bmp"})
+            writeFile(scratch / name, "before");
+        fs::remove(scratch / "out/Sample3.bmp");
+        RunOrder order = batch.orderOfBasket();
+        order.onExists = wish;
+        order.tasks[0].earlier = Earlier::upToDate;
+        order.tasks[1].earlier = Earlier::stale;
+        std::set<size_t> begun;
+        order.onBegin = [&](size_t place) { begun.insert(place); };
+        batch.BatchEach(order);
+        const auto& entries = batch.report.entries();
+        ASSERT_EQ(entries.size(), 3U);
+        EXPECT_EQ(entries[0].status, Status::kept);
+        EXPECT_EQ(entries[0].message, "it is up to date");
+        EXPECT_EQ(entries[1].status, Status::saved);
+        EXPECT_EQ(entries[2].status, Status::saved);
+        EXPECT_EQ(readFile(scratch / "out/Sample1.bmp"), "before");
+        EXPECT_NE(readFile(scratch / "out/Sample2.bmp"), "before");
+        EXPECT_EQ(begun, (std::set<size_t>{1, 2}));
+    }
+}
+
+TEST_F(Jobs, EachEndIsHeardBeforeTheReportWhichKeepsToTheOrder) {
+    cBatch batch(platform);
+    std::vector<std::string> paths = goods(6);
+    paths[0] = good("large.ppm", 9, 60000);
+    prepare(batch, "out", paths, 3);
+    add(batch, "Blur");
+    RunOrder order = batch.orderOfBasket();
+    std::vector<size_t> ends;
+    std::vector<int32_t> told;
+    order.onEnd = [&](size_t place, const PictureReport& entry) {
+        EXPECT_EQ(entry.number, static_cast<int32_t>(place) + 1);
+        EXPECT_TRUE(fs::exists(entry.output));
+        EXPECT_LE(told.size(), ends.size());
+        ends.push_back(place);
+    };
+    batch.report.onEntry = [&](const PictureReport& entry) { told.push_back(entry.number); };
+    batch.BatchEach(order);
+    EXPECT_EQ(told, (std::vector<int32_t>{1, 2, 3, 4, 5, 6}));
+    ASSERT_EQ(ends.size(), 6U);
+    EXPECT_NE(ends[0], 0U) << "the large picture held the others up";
+}
+
 TEST_F(Jobs, NoPictureIsBegunBehindAsManyFailuresAsAreBorne) {
     cBatch batch(platform);
     std::vector<std::string> paths = goods(2);

@@ -16,6 +16,7 @@ const std::vector<ToHelper>& requests() {
         WriteRequest{8, 0.25, 1, 640, -480, -3, {9, uint64_t{1} << 39}, "jpg"},
         BlockGrant{10, {11, 4096}},
         BlockGrant{10, {}},
+        ReadRequest{8, 1, uint64_t{1} << 30, 1, "cut", true},
     };
     return all;
 }
@@ -52,6 +53,10 @@ TEST(Messages, EveryRequestArrivesAsItWasSent) {
     EXPECT_EQ(reading.memoryBytes, uint64_t{3} << 33);
     EXPECT_EQ(reading.companions, 5u);
     EXPECT_EQ(reading.extension, "PsD");
+    EXPECT_FALSE(reading.sizeOnly);
+    const auto looking = std::get<ReadRequest>(*read(requests()[5]));
+    EXPECT_EQ(looking.extension, "cut");
+    EXPECT_TRUE(looking.sizeOnly);
     const auto writing = std::get<WriteRequest>(*read(requests()[2]));
     EXPECT_EQ(writing.number, 8u);
     EXPECT_EQ(writing.seconds, 0.25);
@@ -112,6 +117,7 @@ TEST(Messages, APacketThatEndsEarlyOrLateIsNoMessage) {
     expectCutsRefused(requests()[0], 3, true, messageToHelper);
     expectCutsRefused(requests()[2], 3, true, messageToHelper);
     expectCutsRefused(requests()[3], 0, false, messageToHelper);
+    expectCutsRefused(requests()[5], 3, true, messageToHelper);
     expectCutsRefused(answers()[0], 21, true, messageToProgram);
     expectCutsRefused(answers()[1], 0, false, messageToProgram);
     expectCutsRefused(answers()[3], 13, true, messageToProgram);
