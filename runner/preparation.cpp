@@ -2,13 +2,13 @@
 
 #include <filesystem>
 #include <limits>
-#include <map>
-#include <sys/stat.h>
+#include <optional>
 #include <unistd.h>
-#include <utility>
 
 #include <fmt/format.h>
 
+#include "batch/file_identity.h"
+#include "batch/output_checks.h"
 #include "runner/function_arguments.h"
 #include "runner/pictures.h"
 #include "runner/refusal.h"
@@ -21,15 +21,6 @@ namespace fs = std::filesystem;
 
 constexpr size_t longestFileName = 255;
 constexpr size_t most16Bits = std::numeric_limits<int16_t>::max();
-
-using FileIdentity = std::pair<dev_t, ino_t>;
-
-/// Which file a path leads to; nothing where there is none.
-std::optional<FileIdentity> identityOf(const std::string& path) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0) return std::nullopt;
-    return FileIdentity(status.st_dev, status.st_ino);
-}
 
 [[noreturn]] void refuseStart(const std::string& why) {
     throw Refusal(ExitStatus::nothingStarts, why);
@@ -71,51 +62,22 @@ void checkCounts(const cBatch& batch, bool windowMode) {
                                 most16Bits));
 }
 
-/// A path behind all links at its end, also where there is nothing.
-fs::path behindLinks(fs::path path) {
-    constexpr int mostLinks = 40;  // as many as the system follows
-    std::error_code failure;
-    for (int i = 0; i < mostLinks && fs::is_symlink(fs::symlink_status(path, failure)); ++i)
-        path = path.parent_path() / fs::read_symlink(path, failure);
-    return path;
-}
-
 /// Refuses a run that would replace a picture of its own, or read as a picture what it has written
 /// itself.
-void protectPictures(const cBatch& batch, const std::string& extension) {
-    const bool overwrite = batch.chkOverwrite != 0;
-    std::map<FileIdentity, std::string> outputs;
-    std::map<std::string, size_t> numbers;
-    for (size_t i = 1; i <= batch.lvSelected.size(); ++i) {
-        const auto number = static_cast<int32_t>(i);
-        const std::string output = batch.outputName(batch.txtDestination, number, extension);
-        numbers.emplace(batch.outputName({}, number, extension), i);
-        if (!overwrite) continue;
-        if (const auto identity = identityOf(output)) outputs.emplace(*identity, output);
-    }
-    const auto destination = identityOf(batch.txtDestination);
-    for (size_t i = 1; i <= batch.lvSelected.size(); ++i) {
-        const std::string& input = batch.lvSelected[i - 1].Tag;
-        if (const auto identity = identityOf(input)) {
-            const auto found = outputs.find(*identity);
-            if (found != outputs.end())
-                refuseStart(
-                    fmt::format("'{}' is a picture of this run and has the name of its output "
-                                "'{}'; expected another --name or --to",
-                                input, found->second));
-            continue;
-        }
-        // Not there yet: it may come to be by this very run. Without leave to overwrite, its own
-        // output at least comes too late to be read.
-        const fs::path end = behindLinks(input);
-        const auto found = numbers.find(end.filename().native());
-        if (found == numbers.end() || (found->second == i && !overwrite)) continue;
-        const fs::path folder = end.parent_path();
-        if (identityOf(folder.empty() ? "." : folder.native()) == destination)
+void protectPictures(const cBatch& batch) {
+    const std::optional<PictureInDanger> found = pictureInDanger(batch.orderOfBasket());
+    if (!found) return;
+    switch (found->danger) {
+        case PictureInDanger::Danger::replaced:
+            refuseStart(
+                fmt::format("'{}' is a picture of this run and has the name of its output "
+                            "'{}'; expected another --name or --to",
+                            found->input, found->output));
+        case PictureInDanger::Danger::made:
             refuseStart(
                 fmt::format("'{}' is a picture of this run, is not there, and has the name of an "
                             "output; expected another --name or --to",
-                            input));
+                            found->input));
     }
 }
 
@@ -169,7 +131,7 @@ void prepareRun(cBatch& batch, const CommandLine& line) {
     const std::string extension = batch.formatExtension();
     setName(batch, line.name, extension);
     checkCounts(batch, line.windowMode);
-    if (!line.windowMode) protectPictures(batch, extension);
+    if (!line.windowMode) protectPictures(batch);
     protectFromReport(batch, line, extension);
 }
 
