@@ -38,6 +38,9 @@ struct FunctionRecord {
 /// Bytes of one record of a picture list (qpkl): a path, padded with blanks or cut.
 inline constexpr size_t pictureRecordBytes = 150;
 
+/// Whether a picture list gives a path back as it is.
+bool fitsPictureList(const std::string& path);
+
 /// The records of a list's bytes.
 std::vector<FunctionRecord> parseFunctionList(std::string_view bytes);
 std::vector<std::string> parsePictureList(std::string_view bytes);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <string>
 #include <vector>
@@ -27,6 +28,13 @@ struct RunOrder {
     OnExists onExists = OnExists::keep;
     /// Behind so many failed pictures no further one is begun.
     size_t mostFailures = std::numeric_limits<size_t>::max();
+    /// For a calling thread with a window, which stays live: the thread does no picture itself, not
+    /// even a single one, and has the platform's moments about every 10 ms; what members say at the
+    /// start holds for all pictures, and not what they say when each is begun.
+    bool inWindow = false;
+    /// Called on the calling thread when a picture has ended. The report may wait with its entry
+    /// for pictures before it.
+    std::function<void()> onEnd;
 };
 
 }  // namespace tessarine

@@ -52,8 +52,8 @@ TEST_F(OutputChecks, APictureUnderAnOutputsNameWouldBeReplacedByWhateverPath) {
     file("out/S2.png");
     fs::create_symlink(scratch / "out", scratch / "link");
     fs::create_symlink(scratch / "out/S2.png", scratch / "in/link.png");
-    for (const std::string input : {scratch / "out/S2.png", scratch / "in/../out/S2.png",
-                                    scratch / "link/S2.png", scratch / "in/link.png"}) {
+    for (const std::string& input : {scratch / "out/S2.png", scratch / "in/../out/S2.png",
+                                     scratch / "link/S2.png", scratch / "in/link.png"}) {
         order.tasks[2].input = input;
         expectDanger(Danger::replaced, input, scratch / "out/S2.png");
     }
