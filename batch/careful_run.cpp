@@ -141,7 +141,7 @@ class cBatch::CarefulRun {
     void tellFailures() {
         if (failures_.empty()) return;
         writeLine("");
-        writeLine(" Failed:");
+        writeLine(" Failures:");
         for (const size_t at : failures_) {
             const PictureReport& entry = owner_.report.entries()[at];
             writeLine(" " + entry.input + ": " + entry.message);

@@ -212,7 +212,7 @@ TEST_F(CarefulRun, TheOverviewTellsEachPictureInALineAndTheFailuresAtItsEnd) {
                   "\r\n Processing Completed!"
                   "\r\n 2 saved, 1 kept, 2 failed of 5 pictures"
                   "\r\n"
-                  "\r\n Failed:"
+                  "\r\n Failures:"
                   "\r\n " +
                   broken + ": " + batch.report.entries()[1].message + "\r\n " +
                   (scratch / "in/gone.jpg") + ": No such file or directory");

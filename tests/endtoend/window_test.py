@@ -251,7 +251,7 @@ def careful_run():
     lines = overview.text.splitlines()
     check(f" {PICTURES - 2} saved, 0 kept, 2 failed of {PICTURES} pictures" in lines,
           f"the counts in {lines[-8:]}")
-    check(lines[-3] == " Failed:" and lines[-2].startswith(f" {broken}: no picture can be read")
+    check(lines[-3] == " Failures:" and lines[-2].startswith(f" {broken}: no picture can be read")
           and lines[-1] == f" {gone}: No such file or directory", f"the failures in {lines[-3:]}")
 
     click(keep)

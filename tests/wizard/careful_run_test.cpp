@@ -70,7 +70,7 @@ TEST_F(CarefulWindow, IsOffAtTheStartAndTickedByMouseAndKeyboard) {
     EXPECT_EQ(batch.chkCareful, 1);
     the("CmdBatchAll").setFocus();
     keys(Qt::Key_C);
-    EXPECT_EQ(batch.chkCareful, 0);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return batch.chkCareful == 0; }));
     batch.chkCareful = 1;
     batch.platform().changed("chkCareful");
     EXPECT_TRUE(chkCareful().isChecked());
@@ -141,7 +141,7 @@ TEST_F(CarefulWindow, LeavesOutWhatCannotBeReadAndNamesItAtTheEnd) {
                                           " Processed Image Saved as Sample4.bmp\n"));
     EXPECT_THAT(shown, testing::HasSubstr("\n\n Processing Completed!\n"
                                           " 4 saved, 0 kept, 1 failed of 5 pictures\n\n"
-                                          " Failed:\n " +
+                                          " Failures:\n " +
                                           broken + ": no picture can be read from it as .png"));
     EXPECT_FALSE(the("pb").isVisible());
     EXPECT_EQ(desktop.awake, (std::vector<bool>{true, false}));
@@ -170,6 +170,7 @@ TEST_F(CarefulWindow, TheFailuresAreKeptAsAPictureListByMouseOrKeyboard) {
     desktop.saveAnswers = {in + "/failed.qpkl", in + "/again.qpkl"};
     press("CmdKeepFailures");
     keys(Qt::Key_K);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return desktop.saveFilters.size() == 2; }));
     EXPECT_EQ(desktop.saveFilters, (std::vector<std::string>(2, "Picture List(*.qpkl)|*.qpkl")));
     EXPECT_EQ(readPictureList(in + "/failed.qpkl"), (std::vector<std::string>{broken, second}));
     EXPECT_EQ(readAll(in + "/again.qpkl"), readAll(in + "/failed.qpkl"));
@@ -219,7 +220,7 @@ TEST_F(CarefulWindow, BatchAllCannotBePressedDuringItAndTheKeyboardComesBackToIt
         QTest::mouseClick(&the("CmdBatchAll"), Qt::LeftButton);
         keys(Qt::Key_B);
         QTest::keyClick(window.focusWidget(), Qt::Key_Space);
-        tick();
+        chkCareful().setChecked(false);
         EXPECT_FALSE(the("CmdBatchAll").isEnabled()) << "not for an ordinary run either";
     });
     QTest::keyClick(&the("CmdBatchAll"), Qt::Key_Space);
@@ -324,7 +325,7 @@ TEST_F(CarefulWindow, TheOverviewIsShownNowAndThenAndWholeAtTheEnd) {
             if (i % 1000 == 0) settle();
         }
         ++changes;
-        EXPECT_LT(static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC, 20);
+        EXPECT_LT(static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC, 10);
     });
     addGreys(30);
     press("CmdBatchAll");
