@@ -231,6 +231,7 @@ class cBatch {
     ChoiceList cboFormat;  ///< filled with the rows of the format table
     int16_t chkOverwrite = 0;
     int16_t chkShowDestination = 0;
+    int16_t chkCareful = 0;  ///< the run is BatchCarefully(); not among the settings
     ProgressBar pb;
     std::string RTF;
     bool stopRequested = false;
@@ -403,12 +404,26 @@ class cBatch {
 
     // ---- The run ----
 
+    /// Starts the run that chkCareful tells; nothing where mayBeginRun() says no.
     void CmdBatchAll();
     void CmdStop() { stopRequested = true; }
     /// Whether a run is under way, one inside another included.
     bool runs() const { return runsUnderWay_ > 0; }
+    /// Whether a careful run is under way.
+    bool runsCarefully() const { return runsCarefully_; }
+    /// A careful run stands alone: no run begins inside it, and it begins inside no other.
+    bool mayBeginRun() const { return !runsCarefully_ && (chkCareful == 0 || !runs()); }
     /// The run over the whole basket, failures passed over in silence.
     void BatchAll();
+    /// The window's run with each picture by itself, as BatchEach() does it: with the messages,
+    /// overview and progress of BatchAll(), and with the failures at the overview's end. Refuses to
+    /// replace a picture of the basket. What is changed in the window meanwhile does not count.
+    void BatchCarefully();
+    /// The pictures that the last run left out for a failure, if it was a careful one; in the
+    /// basket's order.
+    std::vector<std::string> failedPictures;
+    /// Writes them into a picture list that the person chooses; tells what comes in the way.
+    void KeepFailures();
     /// The run with each picture by itself: it starts from its file and nothing else, one that
     /// cannot be read gives no output, and an output stands under its name only when it is
     /// complete. Reads the same members as BatchAll, changes none but `report` and stopRequested,
@@ -467,6 +482,9 @@ class cBatch {
     /// Whether rows are told in the overview.
     enum class Overview { written, silent };
 
+    /// The checks before a run, with their messages.
+    /// \return the destination with a separator at its end; nothing where a check fails
+    std::optional<std::string> checkBeforeRun();
     /// Appends to the overview.
     void append(const std::string& text);
     void openOverview(const std::string& destination);
@@ -482,10 +500,13 @@ class cBatch {
     RowState rowState() const;
     void restoreRowState(const RowState& state);
     struct Alone;
+    struct Recipe;
+    Recipe recipe() const;
     class EachRun;
-    /// A program for one picture alone: what rows read is as it is here.
-    std::unique_ptr<cBatch> workshopFor(int32_t number, Platform& platform,
-                                        PictureFiles& files) const;
+    class CarefulRun;
+    /// A program for one picture alone: what rows read is as the recipe tells it.
+    static std::unique_ptr<cBatch> workshopFor(const Recipe& recipe, int32_t number,
+                                               Platform& platform, PictureFiles& files);
     /// Processes a picture with the whole state of this program.
     PictureReport processAlone(const Alone& picture);
 
@@ -499,6 +520,7 @@ class cBatch {
     Platform& platform_;
     PictureFiles& files_;
     int runsUnderWay_ = 0;
+    bool runsCarefully_ = false;
     int16_t selectedNode_ = 0;   ///< tree index of the node last selected; 0 for none
     bool choosingBank_ = false;  ///< a column of frBanks is being cleared
     uint32_t markColour_ = 0;    ///< of the picked point's cross

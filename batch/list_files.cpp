@@ -99,6 +99,10 @@ std::vector<std::string> parsePictureList(std::string_view bytes) {
     return pictures;
 }
 
+bool fitsPictureList(const std::string& path) {
+    return path.size() <= pictureRecordBytes && textOf(path) == path;
+}
+
 std::vector<std::string> readPictureList(const std::string& path) {
     return parsePictureList(readBytes(path, mostBytes));
 }

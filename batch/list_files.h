@@ -41,6 +41,8 @@ inline constexpr size_t pictureRecordBytes = 150;
 /// The record of a picture list for a path. One that is too long for it, or has blanks at its ends
 /// or a 0 byte, does not read back.
 std::string pictureRecord(std::string_view path);
+/// Whether a picture list gives a path back as it is.
+bool fitsPictureList(const std::string& path);
 
 /// The records of a list's bytes.
 std::vector<FunctionRecord> parseFunctionList(std::string_view bytes);

@@ -1,4 +1,8 @@
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
 #include <optional>
+#include <system_error>
 
 #include "batch/batch.h"
 #include "batch/list_files.h"
@@ -34,6 +38,42 @@ void cBatch::SaveList() {
     for (const BasketItem& item : lvSelected)
         pictures.push_back(item.Tag);
     attemptOnFile([&] { writePictureList(*path, pictures); });
+}
+
+void cBatch::KeepFailures() {
+    if (failedPictures.empty()) return;
+    std::optional<std::string> path = platform_.saveDialog(pictureListFilter);
+    if (!path) return;
+    const auto tell = [this](const std::string& what, Icon icon) {
+        platform_.messageBox(what, icon);
+    };
+    if (lowerCase(extensionOf(*path)) != "qpkl") {
+        // A list is known by its extension alone. The dialog has asked about the name as it was.
+        *path += ".qpkl";
+        if (platform_.fileExists(*path))
+            return tell("There is a file '" + onOneLine(*path) +
+                            "' already. Please choose another name for the list.",
+                        Icon::exclamation);
+    }
+    std::vector<std::string> pictures;
+    std::copy_if(failedPictures.begin(), failedPictures.end(), std::back_inserter(pictures),
+                 fitsPictureList);
+    const size_t unfit = failedPictures.size() - pictures.size();
+    try {
+        writePictureList(*path, pictures);
+        // What a longer list leaves behind did not fail.
+        const size_t bytes = pictures.size() * pictureRecordBytes;
+        if (std::filesystem::file_size(*path) > bytes) std::filesystem::resize_file(*path, bytes);
+    } catch (const std::system_error& failure) {
+        return tell(
+            "The list '" + onOneLine(*path) + "' could not be written: " + failure.code().message(),
+            Icon::critical);
+    }
+    if (unfit > 0)
+        tell(std::to_string(unfit) + " of the " + std::to_string(failedPictures.size()) +
+                 " paths are not in the list: a picture list holds paths of at most " +
+                 std::to_string(pictureRecordBytes) + " characters.",
+             Icon::exclamation);
 }
 
 void LoadList(Platform& dialog, std::vector<BasketItem>& list) {

@@ -44,6 +44,13 @@ struct RunOrder {
     /// Called as soon as a task has come to its end, before the report hears of it, which keeps to
     /// the tasks' order; may be empty.
     std::function<void(size_t place, const PictureReport& entry)> onEnd;
+    /// For a calling thread with a window, which stays live: the thread does no picture itself, not
+    /// even a single one, and has the platform's moments about every 10 ms; what members say at the
+    /// start holds for all pictures, and not what they say when each is begun.
+    bool inWindow = false;
+    /// Called on the calling thread when a picture has ended and been told to the report, which may
+    /// wait with its entry for pictures before it; may be empty.
+    std::function<void()> onTold;
 };
 
 /// The message of a picture that is up to date.

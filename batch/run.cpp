@@ -109,35 +109,46 @@ std::string cBatch::outputName(const std::string& destination, int32_t number,
 }
 
 void cBatch::CmdBatchAll() {
+    if (!mayBeginRun()) return;
     stopRequested = false;
     if (runsUnderWay_ == 0) report.clear();
     ++runsUnderWay_;
-    BatchAll();
+    if (chkCareful != 0)
+        BatchCarefully();
+    else
+        BatchAll();
     --runsUnderWay_;
 }
 
-void cBatch::BatchAll() {
+std::optional<std::string> cBatch::checkBeforeRun() {
     if (lvSelected.empty()) {
         platform_.messageBox("No File(s) selected for Batch Processing!", Icon::information,
                              "Tessarine");
-        return;
+        return std::nullopt;
     }
     const std::string destination = asFolder(txtDestination);
     if (!platform_.folderExists(destination)) {
         platform_.messageBox("Invalid Folder Path", Icon::information);
-        return;
+        return std::nullopt;
     }
     startupRecord.destinationFolder = destination;
     if (!platform_.folderExists(destination)) {
         platform_.messageBox("Please Specify a valid Destination Folder!", Icon::information,
                              "Kestrovane");
-        return;
+        return std::nullopt;
     }
     if (cboFormat.text().empty()) {
         platform_.messageBox("Please specify a file format for all the processed file(s)!",
                              Icon::information);
-        return;
+        return std::nullopt;
     }
+    return destination;
+}
+
+void cBatch::BatchAll() {
+    const std::optional<std::string> checked = checkBeforeRun();
+    if (!checked) return;
+    const std::string& destination = *checked;
     const std::string extension = formatExtension();
 
     workBits = {};
@@ -232,6 +243,9 @@ void cBatch::openOverview(const std::string& destination) {
     RTF += "Generic Name for the processed image: " + inQuotes(txtName) + lineEnd;
     RTF += std::string(" Please Wait... Batch Image Processing in Progress!") + lineEnd + lineEnd;
     platform_.changed("RTF");
+    if (failedPictures.empty()) return;
+    failedPictures.clear();
+    platform_.changed("failedPictures");
 }
 
 bool cBatch::loadIntoSource(const std::string& path, PictureReport& entry) {

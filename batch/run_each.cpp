@@ -145,6 +145,25 @@ void cBatch::restoreRowState(const RowState& state) {
     pickRelY = state.pickRelY;
 }
 
+/// What becomes of a picture, whichever it is.
+struct cBatch::Recipe {
+    std::vector<TrayRow> Ltray;
+    RowState state;
+    std::array<int16_t, 3> chkInvt;
+    std::array<int16_t, 3> chkKill;
+    int16_t sbDegrees;
+    int32_t previewWidth;  ///< by which picked points go
+    int32_t previewHeight;
+    std::string extension;
+    int16_t formatIndex;
+};
+
+cBatch::Recipe cBatch::recipe() const {
+    return {Ltray,         rowState(),        chkInvt,
+            chkKill,       sbDegrees,         iDst.width(),
+            iDst.height(), formatExtension(), static_cast<int16_t>(cboFormat.index)};
+}
+
 /// A picture to be processed by itself.
 struct cBatch::Alone {
     PictureReport entry;  ///< with number, input and output
@@ -153,16 +172,15 @@ struct cBatch::Alone {
     OnExists onExists = OnExists::keep;
 };
 
-std::unique_ptr<cBatch> cBatch::workshopFor(int32_t number, Platform& platform,
-                                            PictureFiles& files) const {
+std::unique_ptr<cBatch> cBatch::workshopFor(const Recipe& recipe, int32_t number,
+                                            Platform& platform, PictureFiles& files) {
     auto workshop = std::make_unique<cBatch>(platform, files);
-    workshop->Ltray = Ltray;
-    workshop->restoreRowState(rowState());
-    // What rows read of the sheet, and the preview's size, by which picked points go.
-    workshop->chkInvt = chkInvt;
-    workshop->chkKill = chkKill;
-    workshop->sbDegrees = sbDegrees;
-    attempt([&] { workshop->iDst.setSize(iDst.width(), iDst.height()); });
+    workshop->Ltray = recipe.Ltray;
+    workshop->restoreRowState(recipe.state);
+    workshop->chkInvt = recipe.chkInvt;
+    workshop->chkKill = recipe.chkKill;
+    workshop->sbDegrees = recipe.sbDegrees;
+    attempt([&] { workshop->iDst.setSize(recipe.previewWidth, recipe.previewHeight); });
     workshop->cFilter = engineFor(number);
     return workshop;
 }
@@ -173,9 +191,10 @@ class cBatch::EachRun {
     EachRun(cBatch& owner, const RunOrder& order)
         : owner_(owner),
           order_(order),
+          recipe_(owner.recipe()),
           jobs_(std::clamp<size_t>(static_cast<size_t>(std::max(owner.jobs, 1)), 1,
                                    std::max<size_t>(order.tasks.size(), 1))),
-          isAlone_(jobs_ == 1),
+          isAlone_(jobs_ == 1 && !order.inWindow),
           platform_(isAlone_ ? &owner.platform_ : nullptr),
           threads_(isAlone_ ? 0 : jobs_) {}
 
@@ -201,13 +220,15 @@ class cBatch::EachRun {
 
     void begin(size_t place) {
         const PictureTask& task = order_.tasks[place];
+        // What a person changes in the window would part the pictures of one run.
+        if (!order_.inWindow) recipe_ = owner_.recipe();
         Alone picture;
         PictureReport& entry = picture.entry;
         entry.number = task.number;
         entry.input = task.input;
         entry.output = task.output;
-        picture.extension = owner_.formatExtension();
-        picture.formatIndex = static_cast<int16_t>(owner_.cboFormat.index);
+        picture.extension = recipe_.extension;
+        picture.formatIndex = recipe_.formatIndex;
         picture.onExists = task.earlier == Earlier::stale ? OnExists::overwrite : order_.onExists;
 
         if (task.earlier == Earlier::upToDate) return tell(place, upToDate(entry));
@@ -221,8 +242,8 @@ class cBatch::EachRun {
         auto workshop = std::make_shared<Workshop>();
         try {
             if (!isAlone_) workshop->files = owner_.files_.onePicture();
-            workshop->program = owner_.workshopFor(task.number, platform_,
-                                                   isAlone_ ? owner_.files_ : *workshop->files);
+            workshop->program = workshopFor(recipe_, task.number, platform_,
+                                            isAlone_ ? owner_.files_ : *workshop->files);
         } catch (const std::bad_alloc&) {
             return tell(place, shortOfMemory(entry));
         } catch (const MemoryFailed&) {
@@ -263,8 +284,7 @@ class cBatch::EachRun {
 
     /// Waits a moment for the end of a picture, and lets events happen where none came.
     void hear() {
-        constexpr auto patience = 50ms;
-        Mailbox::Mail mail = mailbox_.take(patience);
+        Mailbox::Mail mail = mailbox_.take(order_.inWindow ? 10ms : 50ms);
         for (int32_t percent : mail.percents)
             if (owner_.cFilter.Progress) owner_.cFilter.Progress(percent);
         for (auto& [place, entry] : mail.entries) {
@@ -284,10 +304,12 @@ class cBatch::EachRun {
             ++told_;
             owner_.report.add(std::move(at->second));
         }
+        if (order_.onTold) order_.onTold();
     }
 
     cBatch& owner_;
     const RunOrder& order_;
+    Recipe recipe_;
     const size_t jobs_;
     const bool isAlone_;
     BehindTheScenes platform_;

@@ -1,5 +1,6 @@
 #include "batch/texts.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -59,6 +60,21 @@ Integer rounded(double value) {
     return static_cast<Integer>(whole);
 }
 
+/// The length of the control character, or of the one that upsets a line, that a text begins with;
+/// 0 where it begins with none.
+size_t upsettingLength(std::string_view text) {
+    const auto first = static_cast<unsigned char>(text.front());
+    if (first < ' ' || first == 0x7F) return 1;
+    // The control characters above ASCII, the ends of lines and paragraphs, and the overrides of
+    // the writing direction.
+    const auto second = static_cast<unsigned char>(text.size() > 1 ? text[1] : ' ');
+    if (first == 0xC2 && second >= 0x80 && second <= 0x9F) return 2;
+    for (const std::string_view one :
+         {"\u2028", "\u2029", "\u202A", "\u202B", "\u202C", "\u202D", "\u202E"})
+        if (text.starts_with(one)) return one.size();
+    return 0;
+}
+
 /// A path without separators at its end.
 std::string_view withoutTail(std::string_view path) {
     while (!path.empty() && path.back() == folderSeparator)
@@ -109,6 +125,21 @@ std::string trimmed(std::string_view text) {
 
 std::string rightTrimmed(std::string_view text) {
     return std::string(text.substr(0, text.find_last_not_of(blank) + 1));
+}
+
+std::string onOneLine(std::string_view text) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string line;
+    while (!text.empty()) {
+        const size_t upsetting = upsettingLength(text);
+        for (const char c : text.substr(0, upsetting)) {
+            const auto byte = static_cast<unsigned char>(c);
+            line += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
+        }
+        if (upsetting == 0) line += text.front();
+        text.remove_prefix(std::max<size_t>(upsetting, 1));
+    }
+    return line;
 }
 
 std::string lowerCase(std::string_view text) {

@@ -28,6 +28,9 @@ std::string singleText(float value);
 /// Without blanks at both ends, or at the right end.
 std::string trimmed(std::string_view text);
 std::string rightTrimmed(std::string_view text);
+/// A text on one line, whoever shows it: control characters, and those that end a line or turn it
+/// around, as \xNN.
+std::string onOneLine(std::string_view text);
 /// ASCII letters in lower case, or in upper case.
 std::string lowerCase(std::string_view text);
 std::string upperCase(std::string_view text);

@@ -2,8 +2,6 @@
 
 #include <cstdio>
 
-#include <fmt/format.h>
-
 namespace tessarine {
 
 void writeToTerminal(const std::string& text) {
@@ -18,18 +16,6 @@ void complain(const std::string& message) {
 bool writeToOutput(const std::string& text) {
     return std::fwrite(text.data(), 1, text.size(), stdout) == text.size() &&
            std::fflush(stdout) == 0;
-}
-
-std::string onOneLine(const std::string& text) {
-    std::string line;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < ' ' || byte == 0x7F)
-            line += fmt::format("\\x{:02x}", byte);
-        else
-            line += c;
-    }
-    return line;
 }
 
 }  // namespace tessarine

@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <limits>
 #include <unistd.h>
-#include <utility>
 
 #include <fmt/format.h>
 

@@ -3,13 +3,13 @@
 #include <filesystem>
 #include <map>
 #include <optional>
-#include <sys/stat.h>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include <fmt/format.h>
 
+#include "batch/file_identity.h"
 #include "runner/refusal.h"
 
 namespace tessarine {
@@ -17,24 +17,6 @@ namespace tessarine {
 namespace {
 
 namespace fs = std::filesystem;
-
-using FileIdentity = std::pair<dev_t, ino_t>;
-
-/// Which file a path leads to; nothing where there is none.
-std::optional<FileIdentity> identityOf(const std::string& path) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0) return std::nullopt;
-    return FileIdentity(status.st_dev, status.st_ino);
-}
-
-/// A path behind all links at its end, also where there is nothing.
-fs::path behindLinks(fs::path path) {
-    constexpr int mostLinks = 40;  // as many as the system follows
-    std::error_code failure;
-    for (int i = 0; i < mostLinks && fs::is_symlink(fs::symlink_status(path, failure)); ++i)
-        path = path.parent_path() / fs::read_symlink(path, failure);
-    return path;
-}
 
 /// A file that the run is to write beside its outputs.
 struct Telling {
@@ -83,7 +65,7 @@ void protectPictures(const OutputNames& outputs, bool mayReplace, RealNames& nam
         const std::string& input = outputs.inputOf(i);
         const auto identity = identityOf(input);
         if (!identity) {
-            missing.emplace(names.of(behindLinks(input).native()), i);
+            missing.emplace(names.of(behindLinks(input)), i);
             continue;
         }
         const auto output = replaced.find(*identity);

@@ -1,6 +1,5 @@
 #include "runner/runner.h"
 
-#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -9,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "batch/batch.h"
+#include "batch/parallelism.h"
 #include "imagefiles/codec/codec_files.h"
 #include "imagefiles/codec/helper_process.h"
 #include "imagefiles/disk.h"
@@ -60,15 +60,13 @@ std::string forTerminal(std::string overview) {
     return overview + "\n";
 }
 
-/// Pictures in flight, and threads of each one's filters, so that the processors are busy: one
-/// picture more than there are, for those that wait for the disk.
+/// The window's run has one picture in flight, and all threads for its filters.
 void setUpThreads(cBatch& batch, const CommandLine& line, int64_t picturesOfRun) {
     allowManyFiles();
-    const int cores = availableCores();
-    const auto pictures = static_cast<int>(std::min<int64_t>(picturesOfRun, 1024));
-    batch.jobs = line.jobs > 0 ? line.jobs : std::max(1, std::min(cores + 1, pictures));
-    const int inFlight = line.windowMode ? 1 : std::clamp(batch.jobs, 1, std::max(pictures, 1));
-    setFilterThreads(line.threads > 0 ? line.threads : std::max(1, cores / inFlight));
+    const Parallelism shares = parallelismFor(static_cast<size_t>(picturesOfRun),
+                                              line.windowMode ? 1 : line.jobs, line.threads);
+    batch.jobs = shares.jobs;
+    setFilterThreads(shares.filterThreads);
 }
 
 /// \param resumption  nullptr where nothing is resumed

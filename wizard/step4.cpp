@@ -1,7 +1,10 @@
 #include "wizard/step4.h"
 
 #include <algorithm>
+#include <numeric>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <QApplication>
 #include <QCheckBox>
@@ -51,8 +54,21 @@ void Frame_step4::addControls() {
     CmdBatchAll_->setObjectName("CmdBatchAll");
     CmdStop_ = new QPushButton(programIcon("stop"), "&Stop", Frame_command_);
     CmdStop_->setObjectName("CmdStop");
+    CmdKeepFailures_ =
+        new QPushButton(programIcon("save-list"), "&Keep list of failures...", Frame_command_);
+    CmdKeepFailures_->setObjectName("CmdKeepFailures");
+    CmdKeepFailures_->setAccessibleName(tr("Keep list of failures"));
+    CmdKeepFailures_->setToolTip(
+        tr("Save the pictures that failed in the careful run as a picture list"));
+    CmdKeepFailures_->setEnabled(false);
     chkShowDestination_ = new QCheckBox("Show &destination folder when Finished", Frame_command_);
     chkShowDestination_->setObjectName("chkShowDestination");
+    chkCareful_ = new QCheckBox("&Careful run", Frame_command_);
+    chkCareful_->setObjectName("chkCareful");
+    chkCareful_->setAccessibleName(tr("Careful run"));
+    chkCareful_->setToolTip(
+        tr("Process each picture by itself, several at a time,\n"
+           "leave out what cannot be read, and tell at the end what failed"));
 }
 
 void Frame_step4::connectControls() {
@@ -62,12 +78,38 @@ void Frame_step4::connectControls() {
     connect(chkShowDestination_, &QCheckBox::toggled, this,
             [&batch](bool ticked) { batch.chkShowDestination = ticked ? 1 : 0; });
 
+    connect(CmdKeepFailures_, &QPushButton::clicked, this, [&batch] { batch.KeepFailures(); });
+    connect(chkCareful_, &QCheckBox::toggled, this, [this](bool ticked) {
+        context_.batch.chkCareful = ticked ? 1 : 0;
+        showWhatCanBePressed();
+    });
+
+    context_.repaints.on("chkCareful", [this] {
+        const QSignalBlocker blocked(chkCareful_);
+        chkCareful_->setChecked(context_.batch.chkCareful != 0);
+        showWhatCanBePressed();
+    });
+    context_.repaints.on("failedPictures", [this] {
+        CmdKeepFailures_->setEnabled(!context_.batch.failedPictures.empty());
+    });
     context_.repaints.on("chkShowDestination", [this] {
         const QSignalBlocker blocked(chkShowDestination_);
         chkShowDestination_->setChecked(context_.batch.chkShowDestination != 0);
     });
-    context_.repaints.on("RTF", [this] { showOverview(); });
-    context_.repaints.on("pb", [this] { runHasBegun(); });
+    context_.repaints.on("RTF", [this] { overviewHasChanged(); });
+    context_.repaints.on("pb", [this] {
+        runHasBegun();
+        showWhatCanBePressed();
+    });
+
+    overviewTimer_.setSingleShot(true);
+    connect(&overviewTimer_, &QTimer::timeout, this, &Frame_step4::showOverview);
+}
+
+void Frame_step4::overviewHasChanged() {
+    constexpr int milliseconds = 40;
+    if (!context_.batch.runsCarefully()) return showOverview();
+    if (!overviewTimer_.isActive()) overviewTimer_.start(milliseconds);
 }
 
 void Frame_step4::showOverview() {
@@ -94,6 +136,21 @@ void Frame_step4::runAll() {
     context_.batch.CmdBatchAll();
     --runsUnderWay_;
     if (runsUnderWay_ == 0) outermostRunHasEnded();
+    showWhatCanBePressed();
+}
+
+void Frame_step4::showWhatCanBePressed() {
+    const bool may = context_.batch.mayBeginRun();
+    if (may == CmdBatchAll_->isEnabled()) return;
+    // The keyboard is not to land on "Stop", where the second of two hasty presses would end the
+    // run that the first has begun.
+    if (!may && window()->focusWidget() == CmdBatchAll_) {
+        focusReturns_ = true;
+        RTF_->setFocus();
+    }
+    CmdBatchAll_->setEnabled(may);
+    if (may && std::exchange(focusReturns_, false) && window()->focusWidget() == RTF_)
+        CmdBatchAll_->setFocus();
 }
 
 void Frame_step4::runHasBegun() {
@@ -109,10 +166,11 @@ void Frame_step4::outermostRunHasEnded() {
     context_.desktop.keepAwake(false);
     const bool inFront = QApplication::activeWindow() != nullptr;
     if (inFront || !window()->isVisible()) return;
-    const auto count = static_cast<int>(context_.batch.report.entries().size());
-    context_.desktop.notify(window()->windowTitle(), count == 1
-                                                         ? tr("1 picture processed")
-                                                         : tr("%1 pictures processed").arg(count));
+    const size_t count = context_.batch.report.entries().size();
+    const size_t failed = context_.batch.failedPictures.size();
+    QString text = count == 1 ? tr("1 picture processed") : tr("%1 pictures processed").arg(count);
+    if (failed > 0) text += tr(", %1 failed").arg(failed);
+    context_.desktop.notify(window()->windowTitle(), text);
 }
 
 void Frame_step4::layOut() {
@@ -137,19 +195,45 @@ void Frame_step4::layOutCommands() {
     const int buttonHeight = CmdBatchAll_->sizeHint().height() + 4;
     const int buttonWidth =
         std::max({CmdBatchAll_->sizeHint().width() + 16, CmdStop_->sizeHint().width(), 110});
-    CmdBatchAll_->setGeometry(margin, top, buttonWidth, buttonHeight);
-    CmdStop_->setGeometry(margin + buttonWidth + largeGap, top, buttonWidth, buttonHeight);
 
-    const QSize tick = chkShowDestination_->sizeHint();
-    const int beside = 2 * (buttonWidth + largeGap);
-    if (beside + tick.width() <= inner) {
-        chkShowDestination_->setGeometry(margin + beside, top, tick.width(), buttonHeight);
-        Frame_command_->resize(outer, top + buttonHeight + bottom);
-    } else {
-        const int below = top + buttonHeight + gap;
-        chkShowDestination_->setGeometry(margin, below, inner, tick.height());
-        Frame_command_->resize(outer, below + tick.height() + bottom);
-    }
+    struct Control {
+        QWidget* widget;
+        QSize size;
+    };
+    const std::vector<Control> buttons{
+        {CmdBatchAll_, {buttonWidth, buttonHeight}},
+        {CmdStop_, {buttonWidth, buttonHeight}},
+        {CmdKeepFailures_, {CmdKeepFailures_->sizeHint().width() + 16, buttonHeight}}};
+    std::vector<Control> ticks{{chkShowDestination_, chkShowDestination_->sizeHint()},
+                               {chkCareful_, chkCareful_->sizeHint()}};
+    const auto widthOf = [](const std::vector<Control>& controls) {
+        return std::accumulate(
+            controls.begin(), controls.end(), 0,
+            [](int sum, const Control& one) { return sum + one.size.width() + largeGap; });
+    };
+    QPoint at(margin, top);
+    int rowHeight = 0;
+    const auto beginRow = [&] {
+        at = {margin, at.y() + rowHeight + gap};
+        rowHeight = 0;
+    };
+    const auto place = [&](const std::vector<Control>& controls) {
+        for (const auto& [widget, size] : controls) {
+            const int taken = std::min(size.width(), inner);
+            if (at.x() > margin && at.x() + taken > margin + inner) beginRow();
+            widget->setGeometry(at.x(), at.y(), taken, size.height());
+            at.rx() += taken + largeGap;
+            rowHeight = std::max(rowHeight, size.height());
+        }
+    };
+    place(buttons);
+    if (widthOf(buttons) + widthOf(ticks) - largeGap <= inner)
+        for (Control& tick : ticks)
+            tick.size.setHeight(buttonHeight);
+    else
+        beginRow();
+    place(ticks);
+    Frame_command_->resize(outer, at.y() + rowHeight + bottom);
 }
 
 }  // namespace tessarine

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include <QTimer>
+
 #include "wizard/step.h"
 
 class QCheckBox;
@@ -25,6 +27,9 @@ class Frame_step4 : public Step {
     void addControls();
     void connectControls();
     void showOverview();
+    /// During a careful run many pictures may end at once: what has come is shown now and then.
+    void overviewHasChanged();
+    void showWhatCanBePressed();
     /// A run, or one inside another.
     void runAll();
     void runHasBegun();
@@ -38,10 +43,14 @@ class Frame_step4 : public Step {
     QPushButton* CmdBatchAll_;
     QPushButton* CmdStop_;
     QCheckBox* chkShowDestination_;
+    QCheckBox* chkCareful_;
+    QPushButton* CmdKeepFailures_;
+    QTimer overviewTimer_;
     std::string shownHead_;   ///< what RTF shows begins with this
     size_t shownLength_ = 0;  ///< bytes of the overview that RTF shows
     int runsUnderWay_ = 0;
-    bool awake_ = false;  ///< the system is kept from sleeping
+    bool focusReturns_ = false;  ///< to CmdBatchAll, once it can be pressed again
+    bool awake_ = false;         ///< the system is kept from sleeping
 };
 
 }  // namespace tessarine

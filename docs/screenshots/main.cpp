@@ -319,6 +319,24 @@ void photographRun(Photographer& photographer, fBatch& window, const Home& home)
     inTheRun.start(0);
     photographer.press("CmdBatchAll");
     photographer.take("step-4-finished");
+
+    const std::string torn = home.holiday() / "torn.jpg";
+    const std::string gone = home.holiday() / "gone.png";
+    for (const std::string& path : {torn, gone})
+        std::ofstream(path) << "no picture";
+    batch.DropOnBasket({torn, gone});
+    fs::remove(gone);
+    photographer.find<QAbstractButton>("chkCareful").setChecked(true);
+    QTimer inTheCarefulRun;
+    QObject::connect(&inTheCarefulRun, &QTimer::timeout, &window, [&] {
+        if (!batch.runsCarefully() || batch.pb.value < 4) return;
+        inTheCarefulRun.stop();
+        photographer.take("step-4-careful");
+    });
+    inTheCarefulRun.start(0);
+    batch.chkOverwrite = 1;
+    photographer.press("CmdBatchAll");
+    photographer.take("step-4-careful-finished");
 }
 
 void photograph(const std::string& out, const std::string& samples, QSize size) {

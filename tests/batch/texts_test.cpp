@@ -119,6 +119,16 @@ TEST(Texts, OnlyAsciiLettersBecomeSmall) {
     EXPECT_EQ(lowerCase("AbZ[@1\xC3\x84"), "abz[@1\xC3\x84");
 }
 
+TEST(Texts, OnOneLineWhatBreaksOrTurnsALineShowsAsItsBytes) {
+    EXPECT_EQ(onOneLine("/a/caf\u00E9 \xE9 \\.jpg"), "/a/caf\u00E9 \xE9 \\.jpg");
+    EXPECT_EQ(onOneLine("a\r\n\tb\x7F"), "a\\x0d\\x0a\\x09b\\x7f");
+    EXPECT_EQ(onOneLine("\u0085\u009F\u00A0"), "\\xc2\\x85\\xc2\\x9f\u00A0");
+    EXPECT_EQ(onOneLine("\u2027\u2028\u2029\u202E\u202F"),
+              "\u2027\\xe2\\x80\\xa8\\xe2\\x80\\xa9\\xe2\\x80\\xae\u202F");
+    EXPECT_EQ(onOneLine("\xC2"), "\xC2");
+    EXPECT_EQ(onOneLine(""), "");
+}
+
 TEST(Texts, ThePartsOfAPath) {
     EXPECT_EQ(extensionOf("/a/b.JPG"), "JPG");
     EXPECT_EQ(extensionOf("b.tar.gz"), "gz");

@@ -10,7 +10,7 @@ import subprocess
 import sys
 import time
 
-from person import PATIENCE, click, drag, eventually, hand, press, screen, write
+from person import Atspi, PATIENCE, click, drag, eventually, hand, press, screen, write
 
 PICTURES = 120
 SIZE = (900, 650)
@@ -212,6 +212,81 @@ def find_settings_again():
     window.close()
 
 
+def careful_run():
+    """A run that leaves out what cannot be read, names it, and keeps it as a list."""
+    careful = folder / "careful"
+    careful.mkdir()
+    broken, gone = pictures / "p002.ppm", pictures / "p005.ppm"
+    window = Window()
+    window.step(1)
+    press("ctrl+o")
+    window.file_dialog(folder / "basket.qpkl")
+    window.status(f"Basket: {PICTURES} file(s)")
+    window.step(2)
+    press("ctrl+o")
+    window.file_dialog(folder / "chain.qfk")
+    eventually(lambda: len(chain(window)) == 4, "the saved functions")
+    window.step(3)
+    press("alt+d", "ctrl+a")
+    write(str(careful))
+    broken.write_bytes(b"no picture")
+    gone.unlink()
+
+    window.step(4)
+    tick = window.frame.find("check box", "Careful run")
+    check(not tick.checked, "a careful run is not asked for at the start")
+    keep = window.frame.find("push button", "Keep list of failures")
+    check(not keep.state(Atspi.StateType.ENABLED), "there is no list to be kept yet")
+    click(tick, across=0.2)
+    eventually(lambda: tick.checked, "the tick")
+    press("alt+b")
+    eventually(lambda: len(list(careful.iterdir())) >= 3, "the first outputs", 60)
+    # The window is live meanwhile, and its changes are for another run.
+    window.step(3)
+    press("alt+g", "ctrl+a")
+    write("Other")
+    window.step(4)
+    overview = window.frame.find("text", "Fuctions Processing Overview")
+    eventually(lambda: "Processing Completed!" in overview.text, "the end of the careful run", 240)
+    lines = overview.text.splitlines()
+    check(f" {PICTURES - 2} saved, 0 kept, 2 failed of {PICTURES} pictures" in lines,
+          f"the counts in {lines[-8:]}")
+    check(lines[-3] == " Failures:" and lines[-2].startswith(f" {broken}: no picture can be read")
+          and lines[-1] == f" {gone}: No such file or directory", f"the failures in {lines[-3:]}")
+
+    click(keep)
+    window.file_dialog(folder / "failed.qpkl")
+    listed = eventually(lambda: (folder / "failed.qpkl").read_bytes(), "the list of failures")
+    check(listed == b"".join(bytes(path).ljust(150) for path in (broken, gone)),
+          f"the failures are listed, not {listed}")
+    window.step(1)
+    press("ctrl+o")
+    window.file_dialog(folder / "failed.qpkl")
+    window.dialog("INVALID FILE ASSOCIATIONS!")
+    press("Return")
+    window.status("Basket: 1 file(s)")
+    window.close()
+
+    again = folder / "careful again"
+    again.mkdir()
+    status = subprocess.run(
+        [prefix / "bin/tessarine-batch", "--quiet", "--pictures", folder / "basket.qpkl",
+         "--functions", folder / "chain.qfk", "--to", again, "--name", "Work", "--format", "bmp"],
+        check=False, stderr=subprocess.DEVNULL).returncode
+    check(status == 1, f"the runner ends with {status}")
+    names = sorted(path.name for path in careful.iterdir())
+    check(len(names) == PICTURES - 2, f"{len(names)} outputs of a careful run")
+    check(names == sorted(path.name for path in again.iterdir()), f"the same names as {names}")
+    for name in names:
+        check((careful / name).read_bytes() == (again / name).read_bytes(), f"{name} differs")
+    print(f"{len(names)} outputs of a careful run equal the runner's, byte for byte")
+
+    window = Window()
+    window.step(4)
+    check(not window.frame.find("check box", "Careful run").checked, "the tick is not stored")
+    window.close()
+
+
 def main():
     draw_pictures()
     window = Window()
@@ -225,6 +300,7 @@ def main():
         window.close()
         compare_with_the_runner()
         find_settings_again()
+        careful_run()
     except BaseException:
         subprocess.run(["import", "-window", "root", folder / "screen.png"], check=False)
         print(screen().tree(), file=sys.stderr)
