@@ -38,7 +38,10 @@ struct FunctionRecord {
 /// Bytes of one record of a picture list (qpkl): a path, padded with blanks or cut.
 inline constexpr size_t pictureRecordBytes = 150;
 
-/// Whether a picture list gives a path back as it is.
+/// The record of a picture list for a path. One that is too long for it, or has blanks at its ends
+/// or a 0 byte, does not read back.
+std::string pictureRecord(std::string_view path);
+/// Whether it does.
 bool fitsPictureList(const std::string& path);
 
 /// The records of a list's bytes.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -21,5 +23,12 @@ struct PictureInDanger {
 /// The first picture of a run that the run itself would replace, or make before it reads it. By
 /// whatever paths and links they are named, it is files that are compared.
 std::optional<PictureInDanger> pictureInDanger(const RunOrder& order);
+
+/// The same for tasks that are told one by one, since a basket may be larger than what it takes
+/// for all of them to lie in memory.
+/// \param taskAt  the task at a place, from 0; may be asked for more than once
+std::optional<PictureInDanger> pictureInDanger(size_t tasks,
+                                               const std::function<PictureTask(size_t)>& taskAt,
+                                               OnExists onExists);
 
 }  // namespace tessarine

@@ -63,9 +63,15 @@ void checkCounts(const cBatch& batch, bool windowMode) {
 }
 
 /// Refuses a run that would replace a picture of its own, or read as a picture what it has written
-/// itself.
-void protectPictures(const cBatch& batch) {
-    const std::optional<PictureInDanger> found = pictureInDanger(batch.orderOfBasket());
+/// itself. It goes by the whole basket, whichever part of it is to be done here.
+void protectPictures(const cBatch& batch, OnExists onExists, const std::string& extension) {
+    const auto taskAt = [&](size_t at) {
+        const auto number = static_cast<int32_t>(at + 1);
+        return PictureTask{number, batch.lvSelected[at].Tag,
+                           batch.outputName(batch.txtDestination, number, extension)};
+    };
+    const std::optional<PictureInDanger> found =
+        pictureInDanger(batch.lvSelected.size(), taskAt, onExists);
     if (!found) return;
     switch (found->danger) {
         case PictureInDanger::Danger::replaced:
@@ -81,37 +87,51 @@ void protectPictures(const cBatch& batch) {
     }
 }
 
-/// Refuses a report that would be written over a picture, a list or an output of the run.
-void protectFromReport(const cBatch& batch, const CommandLine& line, const std::string& extension) {
-    if (line.report.empty() || line.report == "-") return;
+/// Refuses to write what the run tells, the value of `option`, over a picture, a list or an output
+/// of the run.
+void protectFrom(const std::string& option, const std::string& file, const cBatch& batch,
+                 const CommandLine& line, const std::string& extension) {
+    if (file.empty()) return;
     const auto refuse = [&](const std::string& what) {
-        refuseStart(fmt::format("--report: '{}' is {} of this run; expected another file",
-                                line.report, what));
+        refuseStart(
+            fmt::format("{}: '{}' is {} of this run; expected another file", option, file, what));
     };
     std::error_code ignored;
     const fs::path folder = fs::weakly_canonical(
-        fs::path(line.report).parent_path().empty() ? "." : fs::path(line.report).parent_path(),
-        ignored);
-    const std::string name = fs::path(line.report).filename();
+        fs::path(file).parent_path().empty() ? "." : fs::path(file).parent_path(), ignored);
+    const std::string name = fs::path(file).filename();
     const bool inDestination =
         identityOf(folder.string()) && identityOf(folder.string()) == identityOf(line.to);
     for (size_t i = 1; inDestination && i <= batch.lvSelected.size(); ++i)
         if (name == batch.outputName({}, static_cast<int32_t>(i), extension)) refuse("an output");
 
-    const auto report = identityOf(line.report);
-    if (!report || !fs::is_regular_file(line.report, ignored)) return;
+    const auto written = identityOf(file);
+    if (!written || !fs::is_regular_file(file, ignored)) return;
     for (size_t i = 1; i <= batch.lvSelected.size(); ++i)
         if (identityOf(batch.outputName(batch.txtDestination, static_cast<int32_t>(i),
-                                        extension)) == report)
+                                        extension)) == written)
             refuse("an output");
     for (const BasketItem& item : batch.lvSelected)
-        if (identityOf(item.Tag) == report) refuse("a picture");
+        if (identityOf(item.Tag) == written) refuse("a picture");
     for (const GivenPictures& source : line.pictures)
-        if (source.kind != GivenPictures::Kind::path && identityOf(source.value) == report)
+        if (source.kind != GivenPictures::Kind::path && identityOf(source.value) == written)
             refuse("a picture list");
     for (const FunctionSource& source : line.functions)
-        if (source.kind == FunctionSource::Kind::list && identityOf(source.value) == report)
+        if (source.kind == FunctionSource::Kind::list && identityOf(source.value) == written)
             refuse("a function list");
+}
+
+void protectFromReports(const cBatch& batch, const CommandLine& line,
+                        const std::string& extension) {
+    if (line.report != "-") protectFrom("--report", line.report, batch, line, extension);
+    protectFrom("--failed-list", line.failedList, batch, line, extension);
+    std::error_code ignored;
+    if (!line.failedList.empty() &&
+        (line.failedList == line.report || fs::equivalent(line.failedList, line.report, ignored)))
+        refuseStart(
+            fmt::format("--failed-list: '{}' is the report of this run; expected another "
+                        "file",
+                        line.failedList));
 }
 
 }  // namespace
@@ -123,7 +143,7 @@ void prepareRun(cBatch& batch, const CommandLine& line) {
     // random numbers, whichever named its functions.
     batch.cFilter.random = RandomGenerator();
     setDestination(batch, line.to);
-    batch.chkOverwrite = line.overwrite ? 1 : 0;
+    batch.chkOverwrite = line.onExists == OnExists::overwrite ? 1 : 0;
     batch.lvSelected = collectPictures(line);
     if (batch.lvSelected.empty())
         refuseStart(
@@ -131,8 +151,8 @@ void prepareRun(cBatch& batch, const CommandLine& line) {
     const std::string extension = batch.formatExtension();
     setName(batch, line.name, extension);
     checkCounts(batch, line.windowMode);
-    if (!line.windowMode) protectPictures(batch);
-    protectFromReport(batch, line, extension);
+    if (!line.windowMode) protectPictures(batch, line.onExists, extension);
+    protectFromReports(batch, line, extension);
 }
 
 }  // namespace tessarine
