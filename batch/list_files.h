@@ -41,7 +41,7 @@ inline constexpr size_t pictureRecordBytes = 150;
 /// The record of a picture list for a path. One that is too long for it, or has blanks at its ends
 /// or a 0 byte, does not read back.
 std::string pictureRecord(std::string_view path);
-/// Whether a picture list gives a path back as it is.
+/// Whether it does.
 bool fitsPictureList(const std::string& path);
 
 /// The records of a list's bytes.

@@ -2,8 +2,8 @@
 
 #include <filesystem>
 #include <map>
-#include <system_error>
 #include <utility>
+#include <vector>
 
 #include "batch/file_identity.h"
 
@@ -33,43 +33,43 @@ class Places {
     std::map<std::string, std::optional<FileIdentity>> folders_;
 };
 
-/// The run's outputs by their places, and which task makes each.
-std::map<Place, size_t> makersOf(const RunOrder& order, Places& places) {
-    std::map<Place, size_t> makers;
-    for (size_t at = 0; at < order.tasks.size(); ++at)
-        if (auto place = places.of(order.tasks[at].output)) makers.emplace(std::move(*place), at);
-    return makers;
-}
-
 }  // namespace
 
 std::optional<PictureInDanger> pictureInDanger(const RunOrder& order) {
     using enum PictureInDanger::Danger;
+    const std::vector<PictureTask>& tasks = order.tasks;
     const bool overwrite = order.onExists == OnExists::overwrite;
-    std::map<FileIdentity, const PictureTask*> outputs;  // that are there
-    for (const PictureTask& task : order.tasks) {
-        if (!overwrite) break;
-        if (const auto identity = identityOf(task.output)) outputs.emplace(*identity, &task);
-    }
+    std::map<FileIdentity, size_t> outputs;  // those that are there and would be replaced
+    for (size_t at = 0; overwrite && at < tasks.size(); ++at)
+        if (const auto identity = identityOf(tasks[at].output)) outputs.emplace(*identity, at);
+
     Places places;
-    std::optional<std::map<Place, size_t>> makers;  // only where a picture is missing
-    for (size_t at = 0; at < order.tasks.size(); ++at) {
-        const std::string& input = order.tasks[at].input;
+    std::multimap<Place, size_t> missing;  // pictures that may come to be by this very run
+    std::optional<PictureInDanger> found;
+    for (size_t at = 0; !found && at < tasks.size(); ++at) {
+        const std::string& input = tasks[at].input;
         if (const auto identity = identityOf(input)) {
-            const auto found = outputs.find(*identity);
-            if (found != outputs.end())
-                return PictureInDanger{replaced, input, found->second->output};
-            continue;
+            const auto replacing = outputs.find(*identity);
+            if (replacing != outputs.end())
+                found = PictureInDanger{replaced, input, tasks[replacing->second].output};
+        } else if (auto place = places.of(behindLinks(input))) {
+            missing.emplace(std::move(*place), at);
         }
-        // It may come to be by this very run. Without leave to overwrite, its own output at least
-        // comes too late to be read.
-        if (!makers) makers = makersOf(order, places);
-        const std::optional<Place> place = places.of(fs::path(behindLinks(input)));
-        const auto found = place ? makers->find(*place) : makers->end();
-        if (found == makers->end() || (found->second == at && !overwrite)) continue;
-        return PictureInDanger{made, input, order.tasks[found->second].output};
     }
-    return std::nullopt;
+    size_t first = tasks.size();
+    for (size_t maker = 0; !missing.empty() && maker < tasks.size(); ++maker) {
+        const std::string& output = tasks[maker].output;
+        const std::optional<Place> place = places.of(output);
+        if (!place) continue;
+        const auto [begin, end] = missing.equal_range(*place);
+        for (auto one = begin; one != end; ++one) {
+            // Without leave to overwrite, its own output at least comes too late to be read.
+            if (one->second >= first || (one->second == maker && !overwrite)) continue;
+            first = one->second;
+            found = PictureInDanger{made, tasks[first].input, output};
+        }
+    }
+    return found;
 }
 
 }  // namespace tessarine

@@ -31,12 +31,12 @@ void FailedList::add(const std::string& picture) {
     // Whoever reads the list may stand in another folder.
     std::error_code failure;
     const std::string path = std::filesystem::absolute(picture, failure);
-    const std::string record = pictureRecord(path);
-    if (failure || parsePictureList(record).front() != path)
+    if (failure || !fitsPictureList(path))
         return complain(
             fmt::format("--failed-list: '{}' is not in it; a picture list holds paths "
                         "of at most {} bytes without blanks at their ends",
                         path, pictureRecordBytes));
+    const std::string record = pictureRecord(path);
     const bool taken = std::fwrite(record.data(), 1, record.size(), file_) == record.size() &&
                        std::fflush(file_) == 0;
     whole_ = whole_ && taken;
