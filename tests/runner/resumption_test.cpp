@@ -1,4 +1,6 @@
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include <gmock/gmock.h>
 
@@ -86,6 +88,17 @@ TEST_F(ResumptionTest, ASourceThatChangesUnderWayIsDoneAgain) {
     process(Status::saved, [&] {
         writeFile(output, "made anew");
         fs::remove(input);
+    });
+    EXPECT_EQ(judged(), Earlier::stale);
+}
+
+TEST_F(ResumptionTest, ASettledSourceThatChangesUnderWayIsDoneAgainEvenWithItsOldTime) {
+    const fs::file_time_type time = fs::last_write_time(input);
+    std::this_thread::sleep_for(std::chrono::milliseconds(2100));
+    process(Status::saved, [&] {
+        writeFile(output, "made");
+        writeFile(input, "the PICTURE");
+        fs::last_write_time(input, time);
     });
     EXPECT_EQ(judged(), Earlier::stale);
 }
