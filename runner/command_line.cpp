@@ -92,7 +92,14 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
                    "A row of --list-formats, by number, text or short name; default jpg-good")
         ->type_name("ROW");
     app.add_flag("--overwrite", line.overwrite, "Replace outputs that exist");
-    for (const char* name : {"--to", "--name", "--format", "--overwrite"})
+    app.add_flag("--auto-orient", line.metadata.autoOrient,
+                 "Turn pictures upright as their EXIF says, before the functions");
+    app.add_flag("--keep-metadata", line.metadata.keep,
+                 "Keep EXIF, IPTC, XMP, the colour profile and the file's time");
+    app.add_flag("--strip-location", line.metadata.stripLocation,
+                 "With --keep-metadata: all but coordinates and names of places");
+    for (const char* name : {"--to", "--name", "--format", "--overwrite", "--auto-orient",
+                             "--keep-metadata", "--strip-location"})
         app.get_option(name)->group("Saving");
 
     app.add_option("--mode", mode, "Each picture by itself (default), or the window's run")
@@ -166,6 +173,12 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
             line.functions.push_back({FunctionSource::Kind::apply, next(applied)});
     }
     line.windowMode = mode == "window";
+    for (const char* name : {"--auto-orient", "--keep-metadata", "--strip-location"})
+        if (line.windowMode && app.count(name) > 0)
+            throw Refusal(ExitStatus::commandLine,
+                          fmt::format("{}: the window's run has none of this; expected --mode "
+                                      "independent",
+                                      name));
     return line;
 }
 

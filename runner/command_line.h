@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "batch/picture_task.h"
+
 namespace tessarine {
 
 /// One place where pictures come from, in the order of the command line.
@@ -43,6 +45,7 @@ struct CommandLine {
     std::string name = "Sample";
     std::string format = "jpg-good";
     bool overwrite = false;
+    MetadataWishes metadata;
 
     bool windowMode = false;
     int jobs = 0;                    ///< pictures in flight; 0 for as many as the machine suggests

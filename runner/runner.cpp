@@ -104,7 +104,9 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
         batch.CmdBatchAll();
     } else {
         removeLeftDrafts(batch.txtDestination);
-        batch.BatchEach();
+        RunOrder order = batch.orderOfBasket();
+        order.metadata = line.metadata;
+        batch.BatchEach(order);
         syncFolder(batch.txtDestination);
     }
     const int64_t ms = millisecondsSince(start);
