@@ -38,7 +38,7 @@ struct ReadRequest {
     uint64_t memoryBytes = 0;  ///< ceiling of address space
     uint32_t companions = 0;   ///< bit i: companion i of companionPaths() is passed
     std::string extension;
-    BlockRef metadata;  ///< where the picture's metadata goes; id 0 where it is not wanted
+    BlockRef metadata{};  ///< where the picture's metadata goes; id 0 where it is not wanted
 };
 
 /// Write the picture in a block. Descriptors: the output, the block, then the block with metadata,
@@ -52,7 +52,7 @@ struct WriteRequest {
     int16_t formatIndex = 0;
     BlockRef block;
     std::string extension;
-    BlockRef metadata;
+    BlockRef metadata{};
     uint32_t metadataBytes = 0;  ///< of that block
     bool isTurned = false;       ///< as in MetadataToAdd
     bool withoutLocation = false;

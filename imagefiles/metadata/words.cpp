@@ -75,7 +75,9 @@ Exiv2::XmpData xmpIn(const ByteVector& xmp) {
 
 Exiv2::IptcData iptcIn(const ByteVector& iptc) {
     Exiv2::IptcData data;
-    if (Exiv2::IptcParser::decode(data, iptc.data(), static_cast<uint32_t>(iptc.size())) != 0)
+    // Of sets that end early it tells nothing, and gives none.
+    if (Exiv2::IptcParser::decode(data, iptc.data(), static_cast<uint32_t>(iptc.size())) != 0 ||
+        data.empty())
         throwDamaged();
     return data;
 }
