@@ -315,7 +315,7 @@ void cBatch::BatchEach(const RunOrder& order) {
     stopRequested = false;
     report.clear();
     EachRun(*this, order).run();
-    pixelMemory().giveBack();
+    giveBackPixelMemory();
 }
 
 PictureReport cBatch::processAlone(const Alone& picture) {

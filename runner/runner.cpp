@@ -155,7 +155,7 @@ ExitStatus runAsAsked(int argc, const char* const* argv) {
                      (line->listFormats ? formatListing() : std::string()));
 
     CodecFiles files(helpersFor(*line));
-    const UsePixelMemory shared(files.memory());
+    const HandOverMemory shared(files.memory());
     TerminalPlatform platform;
     cBatch batch(platform, files);
     prepareRun(batch, *line);
