@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -12,9 +13,10 @@ namespace tessarine {
 
 namespace {
 
-Exiv2::Image::AutoPtr opened(Bytes file) {
-    Exiv2::Image::AutoPtr image =
-        Exiv2::ImageFactory::open(file.data(), static_cast<long>(file.size()));
+/// In a pointer that the language still has.
+std::unique_ptr<Exiv2::Image> opened(Bytes file) {
+    std::unique_ptr<Exiv2::Image> image(
+        Exiv2::ImageFactory::open(file.data(), static_cast<long>(file.size())).release());
     image->readMetadata();
     return image;
 }
@@ -106,7 +108,7 @@ MetadataBlocks blocksByLibrary(Bytes file, int kind) {
     MetadataBlocks blocks;
     if (Exiv2::ImageFactory::getType(file.data(), static_cast<long>(file.size())) != kind)
         return blocks;
-    const Exiv2::Image::AutoPtr image = opened(file);
+    const std::unique_ptr<Exiv2::Image> image = opened(file);
     blocks.exif = exifBlock(image->exifData(), image->byteOrder());
     if (!image->iptcData().empty())
         blocks.iptc = bytesOf(Exiv2::IptcParser::encode(image->iptcData()));
@@ -122,7 +124,7 @@ ByteVector tiffWith(Bytes file, const MetadataBlocks& blocks) {
         Exiv2::ExifParser::decode(exif, blocks.exif.data(),
                                   static_cast<uint32_t>(blocks.exif.size()));
     const ByteVector source = withResolution(file, exif);
-    const Exiv2::Image::AutoPtr image = opened(source);
+    const std::unique_ptr<Exiv2::Image> image = opened(source);
     Exiv2::ExifData& target = image->exifData();
     for (const Exiv2::Exifdatum& datum : exif) {
         if (tellsOfStorage(datum)) continue;
