@@ -32,12 +32,23 @@ enum class OnExists {
     fail,       ///< nothing; the picture counts as failed, with the class "exists"
 };
 
+/// What becomes of that which picture files say beyond their pixels. By itself nothing of it is
+/// looked at.
+struct MetadataWishes {
+    bool autoOrient = false;  ///< pictures that lie otherwise are turned upright before the chain
+    bool keep = false;        ///< outputs say what their pictures said, file times included
+    bool stripLocation = false;  ///< but for places
+
+    bool areNone() const { return !autoOrient && !keep; }
+};
+
 /// What a run with each picture by itself is to do, and how.
 struct RunOrder {
     std::vector<PictureTask> tasks;  ///< in the order in which they are begun and reported
     OnExists onExists = OnExists::keep;
     /// Behind so many failed pictures no further one is begun.
     size_t mostFailures = std::numeric_limits<size_t>::max();
+    MetadataWishes metadata;
     /// Called with the place of a task that is about to be read; may be empty. Both are called on
     /// the thread of the run.
     std::function<void(size_t place)> onBegin;

@@ -12,6 +12,7 @@
 
 #include "batch/batch.h"
 #include "batch/job_threads.h"
+#include "batch/keeping_files.h"
 #include "batch/shortage_watch.h"
 #include "batch/texts.h"
 #include "imagefiles/disk.h"
@@ -170,6 +171,7 @@ struct cBatch::Alone {
     std::string extension;
     int16_t formatIndex = 0;
     OnExists onExists = OnExists::keep;
+    KeepingFiles* keeping = nullptr;  ///< which it is read and written through, if any
 };
 
 std::unique_ptr<cBatch> cBatch::workshopFor(const Recipe& recipe, int32_t number,
@@ -215,7 +217,8 @@ class cBatch::EachRun {
     /// What a picture in flight has of its own.
     struct Workshop {
         std::unique_ptr<PictureFiles> files;
-        std::unique_ptr<cBatch> program;  ///< reads and writes through them
+        std::unique_ptr<KeepingFiles> keeping;  ///< on top of them
+        std::unique_ptr<cBatch> program;        ///< reads and writes through them
     };
 
     void begin(size_t place) {
@@ -242,8 +245,12 @@ class cBatch::EachRun {
         auto workshop = std::make_shared<Workshop>();
         try {
             if (!isAlone_) workshop->files = owner_.files_.onePicture();
-            workshop->program = workshopFor(recipe_, task.number, platform_,
-                                            isAlone_ ? owner_.files_ : *workshop->files);
+            PictureFiles* files = isAlone_ ? &owner_.files_ : workshop->files.get();
+            if (!order_.metadata.areNone()) {
+                workshop->keeping = std::make_unique<KeepingFiles>(*files, order_.metadata);
+                files = picture.keeping = workshop->keeping.get();
+            }
+            workshop->program = workshopFor(recipe_, task.number, platform_, *files);
         } catch (const std::bad_alloc&) {
             return tell(place, shortOfMemory(entry));
         } catch (const MemoryFailed&) {
@@ -365,6 +372,11 @@ PictureReport cBatch::processAlone(const Alone& picture) {
     if (written.error != FileError::none)
         return failed(entry, std::string(errorClass(written.error)), written.message);
     if (!file.finish()) return failed(entry, cannotWrite, file.failure());
+    if (picture.keeping != nullptr) {
+        const std::optional<timespec>& time = picture.keeping->fileTime();
+        if (time && !draft.setTime(*time)) picture.keeping->leaveOut("the file's time");
+        entry.message = picture.keeping->leftOut();
+    }
     switch (draft.publish(picture.onExists == OnExists::overwrite)) {
         case Draft::End::published:
             entry.status = PictureReport::Status::saved;

@@ -16,9 +16,10 @@ struct PictureReport {
     std::string input;
     std::string output;
     Status status = Status::failed;
-    std::string error;    ///< a class of errorClass(); empty for none
-    std::string message;  ///< in words; empty for none
-    int32_t width = 0;    ///< pixels as read; 0 where nothing was
+    std::string error;  ///< a class of errorClass(); empty for none
+    /// In words; empty for none. Of a saved picture: what was left out of its metadata.
+    std::string message;
+    int32_t width = 0;  ///< pixels as read, and turned upright if that was wished; 0 for nothing
     int32_t height = 0;
     int32_t depth = 0;  ///< bits per pixel of the file
     int64_t ms = 0;     ///< time from reading to written

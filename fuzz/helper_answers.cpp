@@ -41,7 +41,7 @@ class SaidAll : public Helper {
     }
     static Packet packetFrom(Input& input) {
         const auto number = static_cast<uint32_t>(input.below(4));
-        switch (input.below(6)) {
+        switch (input.below(8)) {
             case 0:
                 return packetOf(ToProgram(NeedBlock{number, input.i16(), input.i16()}));
             case 1:
@@ -58,6 +58,14 @@ class SaidAll : public Helper {
             case 4:
                 return packetOf(ToProgram(
                     Ready{static_cast<uint32_t>(input.below(3)), textOf(input.take(16))}));
+            case 6: {
+                ReadDone done{
+                    number, static_cast<FileError>(input.below(6)), input.i16(), input.i16(),
+                    24,     static_cast<uint32_t>(input.below(8)),  "a part"};
+                done.orientation = input.u8();
+                done.metadataBytes = static_cast<uint32_t>(input.i32());
+                return packetOf(ToProgram(done));
+            }
             default:
                 break;
         }
@@ -85,7 +93,9 @@ struct MemoryFile {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const MemoryFile picture;
     Input input(data, size);
-    const bool writes = input.flag();
+    const uint8_t how = input.u8();
+    const bool writes = (how & 1) != 0;
+    const bool wantsMetadata = (how & 2) != 0;
     const std::string extension = input.flag() ? "png" : "wmf";
     constexpr uint64_t memory = uint64_t{1} << 24;
 
@@ -95,7 +105,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     options.onNotice = [](const std::string& text) { expect(!text.empty()); };
     options.number = [number = 0U]() mutable { return ++number; };
     CodecFiles files(options);
-    const ReadOutcome read = files.read(picture.path, extension);
+    const ReadOutcome read = wantsMetadata ? files.readWithMetadata(picture.path, extension)
+                                           : files.read(picture.path, extension);
+    const FoundMetadata& metadata = read.metadata;
+    expect(metadata.orientation >= 1 && metadata.orientation <= 8);
+    expect(metadata.packed.size() <= mostMetadataBytes && metadata.leftOut.size() < 1000);
+    expect(wantsMetadata || (metadata.orientation == 1 && metadata.packed.empty()));
     if (read.error == FileError::none) {
         expect(read.bitmap && read.bitmap->isValid() && read.depth >= 0);
         expect(read.bitmap->pixels().byteCount() <= memory);
@@ -108,8 +123,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     OutputFile output;
     expect(output.adopt(::memfd_create("output", MFD_CLOEXEC), "output"));
+    const Bitmap bitmap = read.bitmap ? *read.bitmap : Bitmap(3, 3);
     const WriteOutcome written =
-        files.write(read.bitmap ? *read.bitmap : Bitmap(3, 3), "png", 9, output);
+        wantsMetadata ? files.writeWithMetadata(bitmap, "png", 9, {{1, 2, 3}, true, true}, output)
+                      : files.write(bitmap, "png", 9, output);
     // Nobody writes anything here, so that every word of a success is a lie.
     expect(written.error != FileError::none && !written.message.empty());
     return 0;

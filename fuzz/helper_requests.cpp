@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "expect.h"
+#include "imagefiles/encode.h"
 #include "imagefiles/worker/serve.h"
 #include "input.h"
 
@@ -71,6 +72,23 @@ Descriptor anyPicture(Input& input) {
     return memoryFile(bytes);
 }
 
+/// A JPEG file that says how it lies.
+Descriptor photograph() {
+    static const std::string bytes = [] {
+        OutputFile file;
+        expect(file.adopt(memfd_create("fuzz", MFD_CLOEXEC), "fuzz"));
+        expect(encodePicture(Bitmap(80, 60), "jpg", 6, file).error == FileError::none);
+        std::string made(static_cast<size_t>(file.tell()), 0);
+        expect(file.seek(0) && file.read(made.data(), made.size()) == made.size());
+        constexpr std::string_view exif(
+            "\xFF\xE1\x00\x22"
+            "Exif\0\0II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x06\0\0\0\0\0\0\0",
+            36);
+        return made.insert(2, exif);
+    }();
+    return memoryFile(bytes);
+}
+
 /// What the fuzzer sent, to judge the answers by.
 struct Sent {
     std::set<uint32_t> numbers;
@@ -82,7 +100,7 @@ void sendOne(Input& input, int socket, Sent& sent) {
     std::vector<Descriptor> own;
     std::vector<int> descriptors;
     ToHelper message;
-    switch (input.below(4)) {
+    switch (input.below(6)) {
         case 0: {
             ReadRequest request{input.u8(), 0, 0, 0, anyExtension(input)};
             request.memoryBytes = uint64_t{1} << input.below(40);
@@ -105,6 +123,33 @@ void sendOne(Input& input, int socket, Sent& sent) {
             request.extension = anyExtension(input);
             own.push_back(memoryFile(""));
             descriptors = {own.back().get(), anyBlock(input)};
+            sent.numbers.insert(request.number);
+            message = request;
+            break;
+        }
+        case 4: {
+            ReadRequest request{input.u8(), 0, uint64_t{1} << 30, 0, "jpg"};
+            request.metadata = anyBlockRef(input);
+            own.push_back(photograph());
+            descriptors = {own.back().get(), anyBlock(input)};
+            sent.numbers.insert(request.number);
+            message = request;
+            break;
+        }
+        case 5: {
+            WriteRequest request;
+            request.number = input.u8();
+            request.memoryBytes = uint64_t{1} << 30;
+            request.width = request.height = 20;
+            request.formatIndex = 9;
+            request.extension = "png";
+            request.block = {1, 1 << 18};
+            request.metadata = anyBlockRef(input);
+            request.metadataBytes = static_cast<uint32_t>(input.i32());
+            request.isTurned = input.flag();
+            request.withoutLocation = input.flag();
+            own.push_back(memoryFile(""));
+            descriptors = {own.back().get(), anyBlock(input), anyBlock(input)};
             sent.numbers.insert(request.number);
             message = request;
             break;
@@ -138,6 +183,7 @@ void judge(const Received& received, const Sent& sent) {
             expect((sent.blocks.count(read->blockId) != 0 ||
                     (read->blockId == 0 && sent.looks.count(read->number) != 0)) &&
                    read->width > 0 && read->height > 0);
+        expect(read->orientation >= 1 && read->orientation <= 8);
     } else {
         expect(std::holds_alternative<WriteDone>(*answer));
     }
@@ -156,6 +202,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Input input(data, size);
     Input first(nullptr, 0);
     static_cast<void>(anyBlock(first));  // made before descriptors are counted
+    photograph();
     const int next = nextDescriptor();
     {
         int ends[2];

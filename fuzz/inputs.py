@@ -53,6 +53,14 @@ def helper_answers():
                                                                   read_done(0, 999, 999, 1)))
     write("helper_answers", "died", ask + helper(need(8, 8), how=2, status=11) + helper(*good))
     write("helper_answers", "never-ready", ask + helper(*good, ready=False) * 3)
+    def with_metadata(orientation, count, block=1):
+        return struct.pack("<BBBhhBBi", 1, 6, 0, 8, 8, block, orientation, count)
+
+    both = b"\3\1"
+    write("helper_answers", "metadata", both + helper(need(8, 8), with_metadata(6, 100)))
+    write("helper_answers", "metadata-unasked", ask + helper(need(8, 8), with_metadata(6, 100)))
+    write("helper_answers", "metadata-without-end", both + helper(need(8, 8),
+                                                                  with_metadata(1, -1)))
     write("helper_answers", "many-blocks", ask + helper(*[need(2, 2)] * 20))
 
 
@@ -362,6 +370,13 @@ def helper_requests():
     def write_picture(number, width, height, row, extension, block=1, size=0, file=0, odd=9):
         return bytes([1, number, 1, width, 1, height, row + 1, block, size, extension, file, odd])
 
+    def photograph(number, block=1, size=0, file=0, odd=9):
+        return bytes([4, number, block, size, file, odd])
+
+    def write_with_metadata(number, count, block=2, size=0, file=0, odd=9):
+        return (bytes([5, number, block, size]) + struct.pack("<i", count)
+                + bytes([1, 1, file, 0, odd]))
+
     name = "helper_requests"
     ppm, nonsense, bmp, png = 0, 2, 4, 5
     write(name, "read", requests(read(1, ppm, 100, 90), grant(1)))
@@ -381,6 +396,10 @@ def helper_requests():
     write(name, "write-too-large", requests(write_picture(1, 199, 199, 8, bmp, 1, 1, 2)))
     write(name, "read-and-write", requests(read(1, ppm, 100, 90), grant(1),
                                            write_picture(2, 100, 90, 8, bmp)))
+    write(name, "metadata", requests(photograph(1), grant(1), write_with_metadata(2, 100)))
+    write(name, "metadata-small-block", requests(photograph(1, 1, 3, 3), grant(1)))
+    write(name, "metadata-beyond-its-block", requests(write_with_metadata(1, 1 << 20)))
+    write(name, "metadata-unsealed-block", requests(photograph(1, 1, 0, 4), grant(1)))
     write(name, "file-missing", requests(read(1, ppm, 100, 90, odd=1)))
     write(name, "packet-cut", requests(read(1, ppm, 100, 90, odd=2) + b"\x04"))
 
@@ -408,7 +427,7 @@ def plans():
               '"preview":[200,174]}')
     chain = '{"rows":[%s],"degrees":-5,"invert":"g","kill":"","before":%s}' % (row, before)
     settings = ('{"tessarine-plan":1,"version":"0.1.0","to":"/tmp/","format":"bmp",'
-                '"onExists":"keep","functions":%s}\n' % chain)
+                '"onExists":"keep","metadata":{"autoOrient":false,"keep":true,"stripLocation":true},"functions":%s}\n' % chain)
     picture = '{"number":%d,"input":"/none/%d.png","output":"/tmp/%s","files":[null]}\n'
     end = '{"summary":{"pictures":%d,"conflicts":%d}}\n'
     write("plans", "two", settings + picture % (1, 1, "1.bmp") + picture % (2, 2, "a/b/2.bmp")
@@ -421,6 +440,66 @@ def plans():
         "null", '{"bytes":1,"modified":2}') + end % (1, 0))
 
 
+def metadata():
+    def directory(*entries, after=0):
+        return struct.pack("<H", len(entries)) + b"".join(entries) + struct.pack("<I", after)
+
+    def entry(tag, kind, count, value):
+        return struct.pack("<HHI", tag, kind, count) + value.ljust(4, b"\0")
+
+    def short(tag, number):
+        return entry(tag, 3, 1, struct.pack("<H", number))
+
+    def place(tag, number, kind=4, count=1):
+        return entry(tag, kind, count, struct.pack("<I", number))
+
+    # The first directory at 8, then 64 bytes a piece: photo, GPS, thumbnail.
+    exif = (b"II*\0" + struct.pack("<I", 8)
+            + directory(short(0x112, 6), place(0x8769, 64), place(0x8825, 128), after=192)).ljust(64)
+    exif += directory(place(0xA002, 400), place(0xA003, 300),
+                      entry(0x927C, 7, 4, b"what"), place(0x9214, 5, 3, 2)).ljust(64, b"\0")
+    exif += directory(entry(1, 2, 2, b"N"), place(2, 160, 5, 1)).ljust(64, b"\0")
+    exif += directory(short(0x103, 6), place(0x201, 236), place(0x202, 8)) + b"\0\0picture!"
+    iptc = b"\x1c\2\5\0\7A title\x1c\2\x5a\0\4City"
+    xmp = (b'<x:xmpmeta xmlns:x="adobe:ns:meta/"><rdf:RDF xmlns:rdf="http://www.w3.org/1999/02/22-'
+           b'rdf-syntax-ns#"><rdf:Description rdf:about="" xmlns:tiff="http://ns.adobe.com/tiff/1.0/"'
+           b' tiff:Orientation="6" xmlns:p="http://ns.adobe.com/photoshop/1.0/" p:City="Here"/>'
+           b'</rdf:RDF></x:xmpmeta>')
+    icc = (struct.pack(">I", 140) + b"x" * 12 + b"RGB " + b"y" * 16 + b"acsp").ljust(140, b"z")
+
+    def segment(kind, data):
+        return b"\xff" + bytes([kind]) + struct.pack(">H", len(data) + 2) + data
+
+    def resource(number, data):
+        return (b"8BIM" + struct.pack(">HHI", number, 0, len(data)) + data
+                + b"\0" * (len(data) % 2))
+
+    def chunk(kind, data):
+        return (struct.pack(">I", len(data)) + kind + data
+                + struct.pack(">I", zlib.crc32(kind + data)))
+
+    jpeg = (b"\xff\xd8" + segment(0xE1, b"Exif\0\0" + exif)
+            + segment(0xE1, b"http://ns.adobe.com/xap/1.0/\0" + xmp)
+            + segment(0xED, b"Photoshop 3.0\0" + resource(0x404, iptc))
+            + segment(0xE2, b"ICC_PROFILE\0\1\2" + icc[:90])
+            + segment(0xE2, b"ICC_PROFILE\0\2\2" + icc[90:]) + b"\xff\xda")
+    resources = (resource(0x404, iptc) + resource(0x40F, icc) + resource(0x422, exif)
+                 + resource(0x424, xmp))
+    psd = b"8BPS".ljust(26, b"\0") + struct.pack(">II", 0, len(resources)) + resources
+    png = (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", 1, 1, 8, 2, 0, 0, 0))
+           + chunk(b"iCCP", b"p\0\0" + zlib.compress(icc)) + chunk(b"eXIf", exif)
+           + chunk(b"iTXt", b"XML:com.adobe.xmp\0\0\0\0\0" + xmp)
+           + chunk(b"IDAT", zlib.compress(b"\0abc")) + chunk(b"IEND", b""))
+    tiff = (b"II*\0" + struct.pack("<I", 8)
+            + directory(short(0x100, 1), short(0x101, 1), short(0x112, 3), place(0x2BC, 100, 7,
+                                                                               len(xmp)))
+            ).ljust(100, b"\0") + xmp
+    for kind, (name, file) in enumerate((("jpeg", jpeg), ("png", png), ("tiff", tiff),
+                                         ("psd", psd))):
+        for to in range(4):
+            write("metadata", f"{name}-{to}", bytes([kind, to, 3 - to]) + file)
+
+
 for make in (function_lists, picture_lists, settings, regions, apply, filters, decoders, metafiles,
-             helper_answers, helper_requests, journals, plans):
+             helper_answers, helper_requests, journals, metadata, plans):
     make()

@@ -139,6 +139,11 @@ int Draft::takeTarget(bool replaceTarget) {
     return 0;
 }
 
+bool Draft::setTime(const timespec& time) {
+    const timespec times[2] = {{0, UTIME_OMIT}, time};
+    return isOpen() && ::futimens(file_, times) == 0;
+}
+
 Draft::End Draft::publish(bool replaceTarget) {
     if (!isOpen()) return End::failed;
     struct stat target {};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <ctime>
 #include <string>
 
 #include "imagefiles/output_file.h"
@@ -39,6 +40,9 @@ class Draft {
     /// What the names of this machine's hidden drafts begin with.
     static std::string namePrefix();
 
+    /// Has the file say that it was changed last at a time. When all writing is done.
+    /// \return whether the file system takes that
+    bool setTime(const timespec& time);
     /// Has the file's bytes reach the disk and gives it the target's name, in one step. A file
     /// that is replaced hands its permission bits on. A link is replaced, never followed; folders,
     /// pipes and devices are not replaced. Once, and when all writing is done.

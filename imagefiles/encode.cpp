@@ -65,4 +65,13 @@ WriteOutcome encodePicture(const Bitmap& picture, const std::string& extension, 
     return {FileError::tooLarge, "not enough memory to save the picture"};
 }
 
+WriteOutcome encodePicture(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
+                           const MetadataToAdd& metadata, OutputFile& file) {
+    WriteOutcome outcome = encodePicture(picture, extension, formatIndex, file);
+    if (outcome.error != FileError::none) return outcome;
+    outcome.leftOut = addMetadata(metadata, extension, picture.width(), picture.height(), file);
+    if (!file.failure().empty()) outcome = {FileError::cannotWrite, file.failure()};
+    return outcome;
+}
+
 }  // namespace tessarine

@@ -14,4 +14,8 @@ namespace tessarine {
 WriteOutcome encodePicture(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
                            OutputFile& file);
 
+/// The same with metadata, as addMetadata() adds it. The file begins at its first byte.
+WriteOutcome encodePicture(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
+                           const MetadataToAdd& metadata, OutputFile& file);
+
 }  // namespace tessarine

@@ -24,6 +24,27 @@ std::vector<uint8_t> bytesOf(const std::string& path) {
 class LocalFiles : public PictureFiles {
   public:
     ReadOutcome read(const std::string& path, const std::string& extension) override {
+        return read(path, extension, false);
+    }
+
+    WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
+                       OutputFile& file) override {
+        return encodePicture(picture, extension, formatIndex, file);
+    }
+
+    ReadOutcome readWithMetadata(const std::string& path, const std::string& extension) override {
+        return read(path, extension, true);
+    }
+
+    WriteOutcome writeWithMetadata(const Bitmap& picture, const std::string& extension,
+                                   int16_t formatIndex, const MetadataToAdd& metadata,
+                                   OutputFile& file) override {
+        return encodePicture(picture, extension, formatIndex, metadata, file);
+    }
+
+  private:
+    static ReadOutcome read(const std::string& path, const std::string& extension,
+                            bool withMetadata) {
         try {
             const std::vector<uint8_t> file = bytesOf(path);
             std::vector<std::vector<uint8_t>> beside;
@@ -34,6 +55,7 @@ class LocalFiles : public PictureFiles {
             const PictureSource source{file, {beside.begin(), beside.end()}};
             ReadOutcome outcome = decodePicture(source, extension);
             if (outcome.bitmap) outcome.bitmap = Bitmap(std::move(*outcome.bitmap).takePixels());
+            if (outcome.bitmap && withMetadata) outcome.metadata = metadataIn(file, extension);
             return outcome;
         } catch (const FileRefused& failure) {
             ReadOutcome outcome;
@@ -46,11 +68,6 @@ class LocalFiles : public PictureFiles {
             outcome.message = "memory does not suffice for the file";
             return outcome;
         }
-    }
-
-    WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
-                       OutputFile& file) override {
-        return encodePicture(picture, extension, formatIndex, file);
     }
 };
 

@@ -58,6 +58,14 @@ bool OutputFile::seek(int64_t offset, int origin) {
 
 int64_t OutputFile::tell() const { return isOpen() ? ftello(file_) : -1; }
 
+bool OutputFile::cutHere() {
+    if (!isOpen()) return false;
+    const int64_t size = tell();
+    if (size >= 0 && std::fflush(file_) == 0 && ::ftruncate(fileno(file_), size) == 0) return true;
+    fail("cannot write the file");
+    return false;
+}
+
 bool OutputFile::finish() {
     if (!isOpen()) return false;
     // Closing writes what is still buffered: a full disk may show here for the first time.

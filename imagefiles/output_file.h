@@ -37,6 +37,8 @@ class OutputFile {
     size_t read(void* bytes, size_t count);
     bool seek(int64_t offset, int origin = SEEK_SET);
     int64_t tell() const;
+    /// What lies behind the place where it stands goes.
+    bool cutHere();
 
     /// Closes the file. Where anything failed, one that was made here is removed.
     /// \return whether all of it stands on the disk as far as the system says

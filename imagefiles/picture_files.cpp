@@ -36,6 +36,14 @@ class Forwarding : public PictureFiles {
                        OutputFile& file) override {
         return files_.write(picture, extension, formatIndex, file);
     }
+    ReadOutcome readWithMetadata(const std::string& path, const std::string& extension) override {
+        return files_.readWithMetadata(path, extension);
+    }
+    WriteOutcome writeWithMetadata(const Bitmap& picture, const std::string& extension,
+                                   int16_t formatIndex, const MetadataToAdd& metadata,
+                                   OutputFile& file) override {
+        return files_.writeWithMetadata(picture, extension, formatIndex, metadata, file);
+    }
 
   private:
     PictureFiles& files_;

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "imagefiles/metadata.h"
 #include "imagefiles/output_file.h"
 #include "imagefiles/picture.h"
 #include "pixels/failures.h"
@@ -43,6 +44,7 @@ struct ReadOutcome {
     int16_t depth = 0;  ///< bits per pixel of the file's own image
     FileError error = FileError::none;
     std::string message;
+    FoundMetadata metadata{};  ///< of readWithMetadata()
 };
 
 /// What came of a look at a picture file's header.
@@ -57,6 +59,8 @@ struct LookOutcome {
 struct WriteOutcome {
     FileError error = FileError::none;
     std::string message;
+    /// What writeWithMetadata() left out of the metadata and why, in words; empty for nothing.
+    std::string leftOut{};
 };
 
 /// A file, and the extension by which it is read.
@@ -95,6 +99,20 @@ class PictureFiles {
     /// \param extension  of the row; decides the route
     virtual WriteOutcome write(const Bitmap& picture, const std::string& extension,
                                int16_t formatIndex, OutputFile& file) = 0;
+
+    /// The same as read(), with what the file says beyond its pixels. Damage to that alone is no
+    /// error. Who knows of none finds none.
+    virtual ReadOutcome readWithMetadata(const std::string& path, const std::string& extension) {
+        return read(path, extension);
+    }
+    /// The same as write(), with what is to be said beyond the pixels, in so far as the format
+    /// holds any of it.
+    virtual WriteOutcome writeWithMetadata(const Bitmap& picture, const std::string& extension,
+                                           int16_t formatIndex, const MetadataToAdd& metadata,
+                                           OutputFile& file) {
+        static_cast<void>(metadata);
+        return write(picture, extension, formatIndex, file);
+    }
 };
 
 /// Reads and writes in this process: for pictures of our own making, and for measuring against.

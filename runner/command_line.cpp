@@ -70,15 +70,36 @@ void refuseInWindowMode(const CommandLine& line, bool failFast) {
     refuseOne(line.keepNames, "--keep-names");
     refuseOne(!line.resume.empty(), "--resume");
     refuseOne(!line.plan.empty(), "--plan");
+    refuseOne(line.metadata.autoOrient, "--auto-orient");
+    refuseOne(line.metadata.keep, "--keep-metadata");
+    refuseOne(line.metadata.stripLocation, "--strip-location");
 }
 
 /// What a plan tells is not told a second time.
 void refuseBesidePlan(const CLI::App& app) {
-    for (const char* name :
-         {"PATH",        "--recursive", "--pictures",   "--from",      "-0",
-          "--functions", "--apply",     "--degrees",    "--invert",    "--kill",
-          "--to",        "--name",      "--format",     "--on-exists", "--overwrite",
-          "--keep-tree", "--below",     "--keep-names", "--mode",      "--plan"})
+    for (const char* name : {"PATH",
+                             "--recursive",
+                             "--pictures",
+                             "--from",
+                             "-0",
+                             "--functions",
+                             "--apply",
+                             "--degrees",
+                             "--invert",
+                             "--kill",
+                             "--to",
+                             "--name",
+                             "--format",
+                             "--on-exists",
+                             "--overwrite",
+                             "--keep-tree",
+                             "--below",
+                             "--keep-names",
+                             "--auto-orient",
+                             "--keep-metadata",
+                             "--strip-location",
+                             "--mode",
+                             "--plan"})
         if (app.get_option(name)->count() > 0)
             refuse(
                 fmt::format("{} does not go with --from-plan, since the plan tells what is done; "
@@ -159,8 +180,15 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
         ->type_name("FOLDER");
     app.add_flag("--keep-names", line.keepNames,
                  "Save under the pictures' own names instead of NAME<number>");
-    for (const char* name : {"--to", "--name", "--format", "--on-exists", "--overwrite",
-                             "--keep-tree", "--below", "--keep-names"})
+    app.add_flag("--auto-orient", line.metadata.autoOrient,
+                 "Turn pictures upright as their EXIF says, before the functions");
+    app.add_flag("--keep-metadata", line.metadata.keep,
+                 "Keep EXIF, IPTC, XMP, the colour profile and the file's time");
+    app.add_flag("--strip-location", line.metadata.stripLocation,
+                 "With --keep-metadata: all but coordinates and names of places");
+    for (const char* name :
+         {"--to", "--name", "--format", "--on-exists", "--overwrite", "--keep-tree", "--below",
+          "--keep-names", "--auto-orient", "--keep-metadata", "--strip-location"})
         app.get_option(name)->group("Saving");
 
     app.add_option("--mode", mode, "Each picture by itself (default), or the window's run")

@@ -49,6 +49,7 @@ struct CommandLine {
     bool keepTree = false;   ///< outputs lie in folders as their inputs do
     std::string below;       ///< with keepTree, the folder that all inputs lie below; may be empty
     bool keepNames = false;  ///< outputs are named like their inputs
+    MetadataWishes metadata;
 
     bool windowMode = false;
     std::optional<Shard> shard;         ///< nothing for the whole basket

@@ -143,6 +143,7 @@ Json settingsOf(const CommandLine& line, const cBatch& batch, const OutputNames&
             {"name", line.keepNames ? Json() : jsonOfText(line.name)},
             {"keepTree", line.keepTree},
             {"keepNames", line.keepNames},
+            {"metadata", metadataAsJson(line.metadata)},
             {"functions", chainAsJson(batch)}};
 }
 
@@ -200,6 +201,7 @@ void takeSettings(const Json& json, cBatch& batch, CommandLine& line) {
     }
     takeChain(batch, json.at("functions"));
     line.to = textOfJson(json.at("to"));
+    line.metadata = metadataOfJson(json.at("metadata"));
     line.onExists = wishOf(json.at("onExists").get<std::string>());
     batch.chkOverwrite = line.onExists == OnExists::overwrite ? 1 : 0;
 }

@@ -106,9 +106,21 @@ void takeChain(cBatch& batch, const Json& json) {
         batch.iDst.setSize(width, height);
 }
 
-Recipe::Recipe(const cBatch& batch)
+Json metadataAsJson(const MetadataWishes& wishes) {
+    return {{"autoOrient", wishes.autoOrient},
+            {"keep", wishes.keep},
+            {"stripLocation", wishes.stripLocation}};
+}
+
+MetadataWishes metadataOfJson(const Json& json) {
+    return {json.at("autoOrient").get<bool>(), json.at("keep").get<bool>(),
+            json.at("stripLocation").get<bool>()};
+}
+
+Recipe::Recipe(const cBatch& batch, const MetadataWishes& metadata)
     : hash_(hashOfText(oneLine({{"version", TESSARINE_VERSION},
                                 {"format", batch.cboFormat.index},
+                                {"metadata", metadataAsJson(metadata)},
                                 {"chain", chainAsJson(batch)}}))),
       drawsRandomNumbers_(std::any_of(batch.Ltray.begin(), batch.Ltray.end(), drawsRandomNumbers)) {
 }

@@ -15,11 +15,15 @@ nlohmann::ordered_json chainAsJson(const cBatch& batch);
 /// \throws nlohmann::json::exception, StatementFailed where this is no chain
 void takeChain(cBatch& batch, const nlohmann::ordered_json& json);
 
-/// What shapes the outputs of a run besides their sources: the chain, the format, and the
-/// program's version.
+nlohmann::ordered_json metadataAsJson(const MetadataWishes& wishes);
+/// \throws nlohmann::json::exception
+MetadataWishes metadataOfJson(const nlohmann::ordered_json& json);
+
+/// What shapes the outputs of a run besides their sources: the chain, the format, what is kept of
+/// metadata, and the program's version.
 class Recipe {
   public:
-    explicit Recipe(const cBatch& batch);
+    Recipe(const cBatch& batch, const MetadataWishes& metadata);
 
     /// Two pictures of the same content with the same key become the same output. The number takes
     /// part where a function draws random numbers, which hang on it, and the extension always: a

@@ -89,7 +89,7 @@ void protectPictures(const cBatch& batch, const RunOrder& order) {
 
 Resumption::Resumption(const std::string& journal, Journal::Use use, const cBatch& batch,
                        RunOrder& order)
-    : journal_(journal, use), recipe_(batch), order_(order) {
+    : journal_(journal, use), recipe_(batch, order.metadata), order_(order) {
     std::unordered_map<std::string, size_t> places;
     for (size_t place = 0; place < order.tasks.size(); ++place)
         places.emplace(names_.of(order.tasks[place].output), place);

@@ -28,6 +28,7 @@ const char* noteOnExisting(OnExists wish) {
 RunOrder orderOf(const OutputNames& outputs, const CommandLine& line) {
     RunOrder order;
     order.onExists = line.onExists;
+    order.metadata = line.metadata;
     if (line.maxFailures) order.mostFailures = *line.maxFailures;
     const Shard shard = line.shard.value_or(Shard());
     const std::vector<size_t> places = shard.placesIn(outputs.count());

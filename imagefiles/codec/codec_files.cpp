@@ -69,17 +69,29 @@ class CodecFiles::OnePicture : public PictureFiles {
     explicit OnePicture(CodecFiles& files) : files_(files), place_(files.admission_) {}
 
     ReadOutcome read(const std::string& path, const std::string& extension) override {
-        const auto admit = [&](uint64_t pixels) {
-            return place_.admit(Admission::bytesFor(pixels));
-        };
-        return files_.read({path, extension}, admit, {});
+        return read(path, extension, false);
     }
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
                        OutputFile& file) override {
         return files_.write(picture, extension, formatIndex, file, {});
     }
+    ReadOutcome readWithMetadata(const std::string& path, const std::string& extension) override {
+        return read(path, extension, true);
+    }
+    WriteOutcome writeWithMetadata(const Bitmap& picture, const std::string& extension,
+                                   int16_t formatIndex, const MetadataToAdd& metadata,
+                                   OutputFile& file) override {
+        return files_.write(picture, extension, formatIndex, file, {}, &metadata);
+    }
 
   private:
+    ReadOutcome read(const std::string& path, const std::string& extension, bool wantsMetadata) {
+        const auto admit = [&](uint64_t pixels) {
+            return place_.admit(Admission::bytesFor(pixels));
+        };
+        return files_.read({path, extension}, admit, {}, nullptr, wantsMetadata);
+    }
+
     CodecFiles& files_;
     Admission::Place place_;
 };
@@ -225,16 +237,20 @@ ReadOutcome CodecFiles::read(const std::string& path, const std::string& extensi
     return read({path, extension}, admit, {options_.onWaiting, {}});
 }
 
+ReadOutcome CodecFiles::readWithMetadata(const std::string& path, const std::string& extension) {
+    return read({path, extension}, {}, {options_.onWaiting, {}}, nullptr, true);
+}
+
 ReadOutcome CodecFiles::read(const ExpectedFile& file,
                              const std::function<bool(uint64_t pixels)>& admit,
-                             const Waiting& waiting, FileMarks* marks) {
+                             const Waiting& waiting, FileMarks* marks, bool wantsMetadata) {
     const auto& [path, extension] = file;
     ReadOutcome outcome;
     try {
         OpenedPicture opened = openPicture(path, extension);
         if (marks != nullptr) *marks = marksOf(opened, companionPaths(path, extension).size());
         ReadingRequest request(pool_, options_.wishes, std::move(opened.files), opened.companions,
-                               extension, admit);
+                               extension, admit, wantsMetadata);
         Failure failure = ask(kindFor(extension), request, waiting);
         if (failure.error == FileError::none) return request.takeOutcome();
         outcome.error = failure.error;
@@ -270,14 +286,21 @@ WriteOutcome CodecFiles::write(const Bitmap& picture, const std::string& extensi
     return write(picture, extension, formatIndex, file, {options_.onWaiting, {}});
 }
 
+WriteOutcome CodecFiles::writeWithMetadata(const Bitmap& picture, const std::string& extension,
+                                           int16_t formatIndex, const MetadataToAdd& metadata,
+                                           OutputFile& file) {
+    return write(picture, extension, formatIndex, file, {options_.onWaiting, {}}, &metadata);
+}
+
 WriteOutcome CodecFiles::write(const Bitmap& picture, const std::string& extension,
-                               int16_t formatIndex, OutputFile& file, const Waiting& waiting) {
+                               int16_t formatIndex, OutputFile& file, const Waiting& waiting,
+                               const MetadataToAdd* metadata) {
     if (!picture.isValid() || !file.isOpen())
         return {FileError::cannotWrite,
                 file.failure().empty() ? "there is no picture to write" : file.failure()};
     try {
         WritingRequest request(pool_, options_.wishes, picture.pixels(), extension, formatIndex,
-                               file.descriptor());
+                               file.descriptor(), metadata);
         Failure failure = ask(HelperKind::files, request, waiting);
         if (failure.error != FileError::none) return {failure.error, std::move(failure.message)};
         WriteOutcome outcome = request.takeOutcome();

@@ -75,6 +75,11 @@ class CodecFiles : public PictureFiles {
     ReadOutcome read(const std::string& path, const std::string& extension) override;
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
                        OutputFile& file) override;
+    /// Reads at once, whatever was read ahead.
+    ReadOutcome readWithMetadata(const std::string& path, const std::string& extension) override;
+    WriteOutcome writeWithMetadata(const Bitmap& picture, const std::string& extension,
+                                   int16_t formatIndex, const MetadataToAdd& metadata,
+                                   OutputFile& file) override;
 
     /// The size that a picture file's header promises. No pixels are decoded, and a few hundred
     /// kilobytes read, unless the size stands farther behind or nowhere but in the pixels. Nothing
@@ -105,11 +110,13 @@ class CodecFiles : public PictureFiles {
     /// \param admit  asked before memory is granted
     /// \param marks  filled where it is wanted
     ReadOutcome read(const ExpectedFile& file, const std::function<bool(uint64_t pixels)>& admit,
-                     const Waiting& waiting, FileMarks* marks = nullptr);
+                     const Waiting& waiting, FileMarks* marks = nullptr,
+                     bool wantsMetadata = false);
     ReadOutcome readAhead(const ExpectedFile& file, Admission::Place& place,
                           const std::function<bool()>& isOff, FileMarks& marks);
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
-                       OutputFile& file, const Waiting& waiting);
+                       OutputFile& file, const Waiting& waiting,
+                       const MetadataToAdd* metadata = nullptr);
     /// A helper that is kept, or was started for later; nullptr where there is none.
     std::unique_ptr<HelperLink> takeKept(HelperKind kind);
     std::unique_ptr<HelperLink> acquire(HelperKind kind, const Waiting& waiting);

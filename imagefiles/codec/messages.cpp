@@ -26,6 +26,7 @@ class Writer {
         return *this;
     }
     Writer& real(double value) { return number(std::bit_cast<uint64_t>(value)); }
+    Writer& flag(bool value) { return number(static_cast<uint8_t>(value)); }
     Writer& block(const BlockRef& block) { return number(block.id).number(block.bytes); }
     /// A text is always a packet's last field and ends with it.
     Packet text(const std::string& text) {
@@ -74,6 +75,12 @@ class Reader {
         number(value.id);
         number(value.bytes);
     }
+    void flag(bool& value) {
+        uint8_t raw = 0;
+        number(raw);
+        if (raw > 1) refuse("this is neither yes nor no");
+        value = raw != 0;
+    }
     void text(std::string& value) {
         const Bytes rest = bytes_.rest();
         if (rest.size() > longestText) refuse("the text is too long");
@@ -109,6 +116,7 @@ Packet packetOf(const ToHelper& message) {
             .real(m->seconds)
             .number(m->memoryBytes)
             .number(m->companions)
+            .block(m->metadata)
             .number(static_cast<uint8_t>(m->sizeOnly))
             .text(m->extension);
     if (const auto* m = std::get_if<WriteRequest>(&message))
@@ -120,6 +128,10 @@ Packet packetOf(const ToHelper& message) {
             .number(m->height)
             .number(m->formatIndex)
             .block(m->block)
+            .block(m->metadata)
+            .number(m->metadataBytes)
+            .flag(m->isTurned)
+            .flag(m->withoutLocation)
             .text(m->extension);
     const auto& m = std::get<BlockGrant>(message);
     return Writer(Kind::grant).number(m.number).block(m.block).end();
@@ -138,6 +150,8 @@ Packet packetOf(const ToProgram& message) {
             .number(m->height)
             .number(m->depth)
             .number(m->blockId)
+            .number(m->orientation)
+            .number(m->metadataBytes)
             .text(m->message);
     const auto& m = std::get<WriteDone>(message);
     return Writer(Kind::writeDone)
@@ -154,6 +168,7 @@ std::optional<ToHelper> messageToHelper(Bytes packet) {
             reader.seconds(m.seconds);
             reader.number(m.memoryBytes);
             reader.number(m.companions);
+            reader.block(m.metadata);
             reader.truth(m.sizeOnly);
             reader.text(m.extension);
             return m;
@@ -167,6 +182,10 @@ std::optional<ToHelper> messageToHelper(Bytes packet) {
             reader.number(m.height);
             reader.number(m.formatIndex);
             reader.block(m.block);
+            reader.block(m.metadata);
+            reader.number(m.metadataBytes);
+            reader.flag(m.isTurned);
+            reader.flag(m.withoutLocation);
             reader.text(m.extension);
             return m;
         }
@@ -205,6 +224,8 @@ std::optional<ToProgram> messageToProgram(Bytes packet) {
             reader.number(m.height);
             reader.number(m.depth);
             reader.number(m.blockId);
+            reader.number(m.orientation);
+            reader.number(m.metadataBytes);
             reader.text(m.message);
             return m;
         }

@@ -30,18 +30,21 @@ struct BlockRef {
 
 // ---- From the program to its helper ----
 
-/// Read a picture. Descriptors: the file, then each companion whose bit is set.
+/// Read a picture. Descriptors: the file, then each companion whose bit is set, then the block for
+/// metadata, if its id is not 0.
 struct ReadRequest {
     uint32_t number = 0;       ///< of the request; each answer repeats it
     double seconds = 0;        ///< wished limit of processor time; 0 for one in proportion
     uint64_t memoryBytes = 0;  ///< ceiling of address space
     uint32_t companions = 0;   ///< bit i: companion i of companionPaths() is passed
     std::string extension;
+    BlockRef metadata{};  ///< where the picture's metadata goes; id 0 where it is not wanted
     /// Only the size is asked for: no block is, and ReadDone tells width and height alone.
     bool sizeOnly = false;
 };
 
-/// Write the picture in a block. Descriptors: the output, the block.
+/// Write the picture in a block. Descriptors: the output, the block, then the block with metadata,
+/// if its id is not 0.
 struct WriteRequest {
     uint32_t number = 0;
     double seconds = 0;
@@ -51,6 +54,10 @@ struct WriteRequest {
     int16_t formatIndex = 0;
     BlockRef block;
     std::string extension;
+    BlockRef metadata{};
+    uint32_t metadataBytes = 0;  ///< of that block
+    bool isTurned = false;       ///< as in MetadataToAdd
+    bool withoutLocation = false;
 };
 
 /// The answer to NeedBlock. Descriptors: the block, if its id is not 0; 0 says that the picture is
@@ -77,7 +84,7 @@ struct NeedBlock {
 };
 
 /// The end of a reading. With error none, `block` holds the picture as a PixelBuffer of width by
-/// height holds it, margin included.
+/// height holds it, margin included, and the message tells what of the metadata was left out.
 struct ReadDone {
     uint32_t number = 0;
     FileError error = FileError::none;
@@ -86,12 +93,14 @@ struct ReadDone {
     int16_t depth = 0;
     uint32_t blockId = 0;
     std::string message;
+    uint8_t orientation = 1;     ///< as in FoundMetadata; 1 where no metadata is wanted
+    uint32_t metadataBytes = 0;  ///< in the block for metadata
 };
 
 /// What a helper's messages call the file that it writes: it is told no names.
 constexpr const char* nameOfOutput = "for the picture";
 
-/// The end of a writing.
+/// The end of a writing. With error none, the message tells what of the metadata was left out.
 struct WriteDone {
     uint32_t number = 0;
     FileError error = FileError::none;

@@ -96,22 +96,34 @@ std::chrono::duration<double> patienceFor(uint64_t pixels, const LimitWishes& wi
 
 ReadingRequest::ReadingRequest(BlockPool& pool, const LimitWishes& wishes,
                                std::vector<Descriptor> files, uint32_t companions,
-                               std::string extension, Admit admit)
+                               std::string extension, Admit admit, bool wantsMetadata)
     : pool_(pool),
       wishes_(wishes),
       files_(std::move(files)),
       companions_(companions),
       extension_(std::move(extension)),
       admit_(std::move(admit)),
-      pixels_(pixelsThatMayBeIn(files_.front().get())) {}
+      wantsMetadata_(wantsMetadata),
+      pixels_(pixelsThatMayBeIn(files_.front().get())) {
+    // Untouched pages of it take no memory.
+    if (wantsMetadata) attempt([&] { metadata_ = pool_.take(mostMetadataBytes); });
+}
 
 ToHelper ReadingRequest::begin(uint32_t number) {
     number_ = number;
-    return ReadRequest{number, wishes_.seconds.value_or(0), memoryCeiling(wishes_), companions_,
-                       extension_};
+    return ReadRequest{number,
+                       wishes_.seconds.value_or(0),
+                       memoryCeiling(wishes_),
+                       companions_,
+                       extension_,
+                       metadata_ ? metadata_->ref() : BlockRef{}};
 }
 
-std::vector<int> ReadingRequest::descriptors() const { return numbersOf(files_); }
+std::vector<int> ReadingRequest::descriptors() const {
+    std::vector<int> numbers = numbersOf(files_);
+    if (metadata_) numbers.push_back(metadata_->descriptor());
+    return numbers;
+}
 
 std::chrono::duration<double> ReadingRequest::patience() const {
     return patienceFor(pixels_, wishes_);
@@ -182,11 +194,31 @@ void ReadingRequest::finish(const ReadDone& answer) {
         throw HelperLied("it told a size that its picture cannot have");
     if (answer.depth < 0 || answer.depth > mostDepth)
         throw HelperLied("it told a depth that no picture has");
+    outcome_.metadata = metadataOf(answer);
     std::shared_ptr<Block> block = std::move(found->second);
     granted_.clear();
     outcome_.depth = answer.depth;
     // A bitmap sees to it that its margin is black, whatever was put there.
     outcome_.bitmap = Bitmap(pictureIn(std::move(block), answer.width, answer.height));
+}
+
+FoundMetadata ReadingRequest::metadataOf(const ReadDone& answer) const {
+    FoundMetadata found;
+    if (wantsMetadata_ && !metadata_)
+        found.leftOut = "all of it, for which memory does not suffice";
+    const uint64_t most = metadata_ ? std::min<uint64_t>(mostMetadataBytes, metadata_->bytes()) : 0;
+    if (answer.metadataBytes > most)
+        throw HelperLied("it told of more metadata than there is room");
+    if (answer.orientation < 1 || answer.orientation > 8 || (!metadata_ && answer.orientation != 1))
+        throw HelperLied("it told how the picture lies as no picture does");
+    if (!metadata_) return found;
+    // From here on it stays as it is, whatever the helper does to the block. Nobody here looks
+    // into it.
+    const auto* const bytes = reinterpret_cast<const uint8_t*>(metadata_->pixels());
+    found.orientation = answer.orientation;
+    found.packed.assign(bytes, bytes + answer.metadataBytes);
+    found.leftOut = printable(answer.message);
+    return found;
 }
 
 // ---- Looking ----
@@ -201,7 +233,8 @@ LookingRequest::LookingRequest(const LimitWishes& wishes, std::vector<Descriptor
 ToHelper LookingRequest::begin(uint32_t number) {
     number_ = number;
     return ReadRequest{
-        number, wishes_.seconds.value_or(0), memoryCeiling(wishes_), companions_, extension_, true};
+        number, wishes_.seconds.value_or(0), memoryCeiling(wishes_), companions_, extension_, {},
+        true};
 }
 
 std::vector<int> LookingRequest::descriptors() const { return numbersOf(files_); }
@@ -233,7 +266,7 @@ bool LookingRequest::hear(const ToProgram& message, int) {
 
 WritingRequest::WritingRequest(BlockPool& pool, const LimitWishes& wishes,
                                const PixelBuffer& picture, std::string extension,
-                               int16_t formatIndex, int output)
+                               int16_t formatIndex, int output, const MetadataToAdd* metadata)
     : wishes_(wishes),
       width_(picture.width()),
       height_(picture.height()),
@@ -241,9 +274,22 @@ WritingRequest::WritingRequest(BlockPool& pool, const LimitWishes& wishes,
       extension_(std::move(extension)),
       formatIndex_(formatIndex),
       output_(output) {
-    if (block_ != nullptr) return;
-    block_ = pool.take(picture.byteCount());
-    std::memcpy(block_->pixels(), picture.block(), picture.byteCount());
+    if (block_ == nullptr) {
+        block_ = pool.take(picture.byteCount());
+        std::memcpy(block_->pixels(), picture.block(), picture.byteCount());
+    }
+    if (metadata == nullptr || metadata->packed.empty()) return;
+    metadata_ = pool.take(metadata->packed.size());
+    std::memcpy(metadata_->pixels(), metadata->packed.data(), metadata->packed.size());
+    metadataBytes_ = static_cast<uint32_t>(metadata->packed.size());
+    isTurned_ = metadata->isTurned;
+    withoutLocation_ = metadata->withoutLocation;
+}
+
+std::vector<int> WritingRequest::descriptors() const {
+    std::vector<int> numbers{output_, block_->descriptor()};
+    if (metadata_) numbers.push_back(metadata_->descriptor());
+    return numbers;
 }
 
 ToHelper WritingRequest::begin(uint32_t number) {
@@ -255,7 +301,11 @@ ToHelper WritingRequest::begin(uint32_t number) {
                         height_,
                         formatIndex_,
                         block_->ref(),
-                        extension_};
+                        extension_,
+                        metadata_ ? metadata_->ref() : BlockRef{},
+                        metadataBytes_,
+                        isTurned_,
+                        withoutLocation_};
 }
 
 std::chrono::duration<double> WritingRequest::patience() const {
@@ -270,6 +320,7 @@ bool WritingRequest::hear(const ToProgram& message, int) {
         struct stat status {};
         if (::fstat(output_, &status) == 0 && status.st_size == 0)
             throw HelperLied("it said that it wrote, and wrote nothing");
+        if (metadata_) outcome_.leftOut = printable(answer->message);
         return true;
     }
     if (answer->error == FileError::codecDied || answer->error == FileError::unreadable)

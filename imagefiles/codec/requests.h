@@ -65,8 +65,10 @@ class ReadingRequest : public HelperRequest {
     /// \param files      the open file, and the open companions behind it
     /// \param companions bit i for companion i
     /// \param admit      asked before a block is granted; may be empty
+    /// \param wantsMetadata  where there is no memory for it, the outcome tells so
     ReadingRequest(BlockPool& pool, const LimitWishes& wishes, std::vector<Descriptor> files,
-                   uint32_t companions, std::string extension, Admit admit = {});
+                   uint32_t companions, std::string extension, Admit admit = {},
+                   bool wantsMetadata = false);
 
     ToHelper begin(uint32_t number) override;
     std::vector<int> descriptors() const override;
@@ -78,6 +80,7 @@ class ReadingRequest : public HelperRequest {
   private:
     void grant(const NeedBlock& wanted, int socket);
     void finish(const ReadDone& answer);
+    FoundMetadata metadataOf(const ReadDone& answer) const;
 
     BlockPool& pool_;
     LimitWishes wishes_;
@@ -85,6 +88,8 @@ class ReadingRequest : public HelperRequest {
     uint32_t companions_;
     std::string extension_;
     Admit admit_;
+    bool wantsMetadata_;
+    std::shared_ptr<Block> metadata_;  ///< nullptr where none is wanted, or memory is short
     uint32_t number_ = 0;
     uint64_t pixels_ = 0;  ///< of the picture, as far as is known
     int asked_ = 0;
@@ -120,13 +125,15 @@ class LookingRequest : public HelperRequest {
 /// The writing of a picture.
 class WritingRequest : public HelperRequest {
   public:
-    /// \param output  the open output, whoever owns it
+    /// \param output    the open output, whoever owns it
+    /// \param metadata  nullptr for none; needed until the construction's end
     /// \throws StatementFailed where there is no memory to hand the picture over in
     WritingRequest(BlockPool& pool, const LimitWishes& wishes, const PixelBuffer& picture,
-                   std::string extension, int16_t formatIndex, int output);
+                   std::string extension, int16_t formatIndex, int output,
+                   const MetadataToAdd* metadata = nullptr);
 
     ToHelper begin(uint32_t number) override;
-    std::vector<int> descriptors() const override { return {output_, block_->descriptor()}; }
+    std::vector<int> descriptors() const override;
     bool hear(const ToProgram& message, int socket) override;
     std::chrono::duration<double> patience() const override;
 
@@ -140,6 +147,10 @@ class WritingRequest : public HelperRequest {
     std::string extension_;
     int16_t formatIndex_;
     int output_;
+    std::shared_ptr<Block> metadata_;  ///< nullptr for none
+    uint32_t metadataBytes_ = 0;
+    bool isTurned_ = false;
+    bool withoutLocation_ = false;
     uint32_t number_ = 0;
     WriteOutcome outcome_;
 };

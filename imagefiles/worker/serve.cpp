@@ -260,7 +260,13 @@ class Session {
         const size_t known = companionPaths("", request.extension).size();
         const auto passed = static_cast<size_t>(std::popcount(request.companions));
         if (known < 32 && request.companions >> known != 0) return ServiceEnd::refused;
-        if (files.size() != 1 + passed) return ServiceEnd::refused;
+        const bool wantsMetadata = request.metadata.id != 0;
+        if (files.size() != 1 + passed + (wantsMetadata ? 1 : 0)) return ServiceEnd::refused;
+        Descriptor metadata;
+        if (wantsMetadata) {
+            metadata = std::move(files.back());
+            files.pop_back();
+        }
 
         Target target(socket_, cache_, service_.limits, request);
         ReadOutcome outcome;
@@ -295,6 +301,9 @@ class Session {
             done.height = outcome.bitmap->height();
             done.depth = outcome.depth;
             done.blockId = target.blockId();
+            done.message.clear();
+            if (wantsMetadata && !handOver(outcome.metadata, request, metadata, done))
+                return ServiceEnd::refused;
         }
         outcome.bitmap.reset();
         if (!answer(done)) return ServiceEnd::closed;
@@ -322,6 +331,24 @@ class Session {
         if (outcome.error != FileError::none) return {};
         return {static_cast<uint64_t>(outcome.bitmap->width()),
                 static_cast<uint64_t>(outcome.bitmap->height())};
+    }
+
+    /// Puts metadata where the program wants it. \return false for a block that is none
+    bool handOver(const FoundMetadata& found, const ReadRequest& request,
+                  const Descriptor& descriptor, ReadDone& done) {
+        done.orientation = found.orientation;
+        done.message = found.leftOut;
+        if (found.packed.empty()) return true;
+        const BlockCache::Result mapped =
+            cache_.map(request.metadata, descriptor.get(), found.packed.size());
+        if (mapped.end == BlockCache::End::noMemory) {
+            done.message = "all of it, for which memory does not suffice";
+            return true;
+        }
+        if (mapped.end == BlockCache::End::refused) return false;
+        std::memcpy(mapped.block->pixels(), found.packed.data(), found.packed.size());
+        done.metadataBytes = static_cast<uint32_t>(found.packed.size());
+        return true;
     }
 
     /// \return whether the request has been answered already
@@ -353,19 +380,29 @@ class Session {
             outcome.error = FileError::unreadable;
         if (outcome.error == FileError::none && !target.holds(*outcome.bitmap))
             target.take(*outcome.bitmap);
+        if (outcome.error == FileError::none && request.metadata.id != 0)
+            outcome.metadata = metadataIn(
+                source.file, request.extension,
+                static_cast<size_t>(std::min<uint64_t>(request.metadata.bytes, mostMetadataBytes)));
         return false;
     }
 
     std::optional<ServiceEnd> write(const WriteRequest& request, std::vector<Descriptor> files) {
         const uint64_t bytes = blockBytesFor(request.width, request.height);
-        if (files.size() != 2 || bytes == 0) return ServiceEnd::refused;
+        const bool hasMetadata = request.metadata.id != 0;
+        if (files.size() != (hasMetadata ? 3u : 2u) || bytes == 0) return ServiceEnd::refused;
         const auto pixels =
             static_cast<uint64_t>(request.width) * static_cast<uint64_t>(request.height);
         memoryWasRefused();
         service_.limits.set(pixels, request.seconds, request.memoryBytes);
         const BlockCache::Result mapped = cache_.map(request.block, files[1].get(), bytes);
         if (mapped.end == BlockCache::End::refused) return ServiceEnd::refused;
-        files.pop_back();
+        BlockCache::Result metadata;
+        if (hasMetadata && mapped.end == BlockCache::End::mapped) {
+            metadata = cache_.map(request.metadata, files[2].get(), request.metadataBytes);
+            if (metadata.end == BlockCache::End::refused) return ServiceEnd::refused;
+        }
+        files.resize(1);
 
         WriteOutcome outcome;
         if (mapped.end == BlockCache::End::noMemory) {
@@ -377,21 +414,31 @@ class Session {
             if (service_.interference != nullptr &&
                 service_.interference->atWriting(socket_, request, picture))
                 return std::nullopt;
-            outcome = encode(picture, request, std::move(files[0]));
+            Bytes packed;
+            if (metadata.block)
+                packed = {reinterpret_cast<const uint8_t*>(metadata.block->pixels()),
+                          request.metadataBytes};
+            outcome = encode(picture, request, packed, std::move(files[0]));
+            if (metadata.end == BlockCache::End::noMemory)
+                outcome.leftOut = "all of it, for which memory does not suffice";
         }
-        if (!answer(WriteDone{request.number, outcome.error, outcome.message}))
-            return ServiceEnd::closed;
+        const std::string& told =
+            outcome.error == FileError::none ? outcome.leftOut : outcome.message;
+        if (!answer(WriteDone{request.number, outcome.error, told})) return ServiceEnd::closed;
         return std::nullopt;
     }
 
-    WriteOutcome encode(const PixelBuffer& picture, const WriteRequest& request, Descriptor file) {
+    static WriteOutcome encode(const PixelBuffer& picture, const WriteRequest& request,
+                               Bytes metadata, Descriptor file) {
         WriteOutcome outcome;
         try {
+            const MetadataToAdd toAdd{
+                {metadata.begin(), metadata.end()}, request.isTurned, request.withoutLocation};
             OutputFile output;
             if (!output.adopt(file.release(), nameOfOutput))
                 return {FileError::cannotWrite, output.failure()};
             outcome = encodePicture(Bitmap::inForm(picture), request.extension, request.formatIndex,
-                                    output);
+                                    toAdd, output);
             if (outcome.error != FileError::none) {
                 output.discard();
             } else if (!output.finish()) {

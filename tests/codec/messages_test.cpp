@@ -11,12 +11,23 @@ namespace {
 
 const std::vector<ToHelper>& requests() {
     static const std::vector<ToHelper> all{
-        ReadRequest{7, 2.5, uint64_t{3} << 33, 5, "PsD"},
+        ReadRequest{7, 2.5, uint64_t{3} << 33, 5, "PsD", {12, 13}},
         ReadRequest{0xFFFFFFFF, 0, 0, 0, ""},
-        WriteRequest{8, 0.25, 1, 640, -480, -3, {9, uint64_t{1} << 39}, "jpg"},
+        WriteRequest{8,
+                     0.25,
+                     1,
+                     640,
+                     -480,
+                     -3,
+                     {9, uint64_t{1} << 39},
+                     "jpg",
+                     {14, 4096},
+                     4000,
+                     true,
+                     false},
         BlockGrant{10, {11, 4096}},
         BlockGrant{10, {}},
-        ReadRequest{8, 1, uint64_t{1} << 30, 1, "cut", true},
+        ReadRequest{8, 1, uint64_t{1} << 30, 1, "cut", {}, true},
     };
     return all;
 }
@@ -25,7 +36,7 @@ const std::vector<ToProgram>& answers() {
     static const std::vector<ToProgram> all{
         Ready{1, "no folder restriction"},
         NeedBlock{3, 1, 0x7FFFFFFF},
-        ReadDone{4, FileError::none, 20, 30, 24, 5, ""},
+        ReadDone{4, FileError::none, 20, 30, 24, 5, "", 6, 70000},
         ReadDone{4, FileError::timedOut, -1, 0, -32768, 0, "took its time"},
         WriteDone{6, FileError::cannotWrite, "no space left"},
     };
@@ -53,6 +64,7 @@ TEST(Messages, EveryRequestArrivesAsItWasSent) {
     EXPECT_EQ(reading.memoryBytes, uint64_t{3} << 33);
     EXPECT_EQ(reading.companions, 5u);
     EXPECT_EQ(reading.extension, "PsD");
+    EXPECT_EQ(reading.metadata, (BlockRef{12, 13}));
     EXPECT_FALSE(reading.sizeOnly);
     const auto looking = std::get<ReadRequest>(*read(requests()[5]));
     EXPECT_EQ(looking.extension, "cut");
@@ -66,6 +78,10 @@ TEST(Messages, EveryRequestArrivesAsItWasSent) {
     EXPECT_EQ(writing.formatIndex, -3);
     EXPECT_EQ(writing.block, (BlockRef{9, uint64_t{1} << 39}));
     EXPECT_EQ(writing.extension, "jpg");
+    EXPECT_EQ(writing.metadata, (BlockRef{14, 4096}));
+    EXPECT_EQ(writing.metadataBytes, 4000u);
+    EXPECT_TRUE(writing.isTurned);
+    EXPECT_FALSE(writing.withoutLocation);
     const auto grant = std::get<BlockGrant>(*read(requests()[3]));
     EXPECT_EQ(grant.number, 10u);
     EXPECT_EQ(grant.block, (BlockRef{11, 4096}));
@@ -94,6 +110,8 @@ TEST(Messages, EveryAnswerArrivesAsItWasSent) {
     const auto whole = std::get<ReadDone>(*read(answers()[2]));
     EXPECT_EQ(whole.blockId, 5u);
     EXPECT_EQ(whole.height, 30);
+    EXPECT_EQ(whole.orientation, 6);
+    EXPECT_EQ(whole.metadataBytes, 70000u);
     const auto written = std::get<WriteDone>(*read(answers()[4]));
     EXPECT_EQ(written.error, FileError::cannotWrite);
     EXPECT_EQ(written.message, "no space left");
@@ -138,6 +156,10 @@ TEST(Messages, ValuesThatDoNotExistAreRefused) {
     done[5] = static_cast<uint8_t>(FileError::cannotWrite) + 1;
     EXPECT_FALSE(messageToProgram(done));
     EXPECT_FALSE(messageToProgram({}));
+    // The last byte but the three of the extension is a flag.
+    Packet writing = packetOf(requests()[2]);
+    writing[writing.size() - 4] = 2;
+    EXPECT_FALSE(messageToHelper(writing));
     for (int kind = 0; kind < 256; ++kind) {
         if (kind >= 1 && kind <= 7) continue;
         Packet packet(64);

@@ -186,7 +186,7 @@ pixels/bad.h:1:#include "filters/lookup.h"'
         for program in "$@"; do
             loaded=$(readelf -d "$program" | grep -oE '\[lib[^]]*\]')
             [[ -n $loaded ]] || fail "$program loads nothing at all"
-            decoders=$(grep -E 'freeimage|libIL|rsvg|wmf|emf2svg|libtiff|libgif|imagequant|cairo' <<<"$loaded" || true)
+            decoders=$(grep -E 'freeimage|exiv2|libIL|rsvg|wmf|emf2svg|libtiff|libgif|imagequant|cairo' <<<"$loaded" || true)
             [[ -z $decoders ]] || fail "$program loads what its helper is there for: $decoders"
         done
         ;;

@@ -103,9 +103,13 @@ class Judge:
         names = self.scratch / "pictures"
         names.write_bytes(b"\0".join(os.fsencode(p) for p in pictures))
         report = self.scratch / "report"
-        command = [self.options.program, "--to", out, "--format", "bmp", "--from", names, "-0",
-                   "--quiet", "--report", report, "--timeout", str(self.options.timeout),
+        command = [self.options.program, "--to", out, "--from", names, "-0", "--quiet",
+                   "--report", report, "--timeout", str(self.options.timeout),
                    "--memory", str(self.options.memory)]
+        if self.options.metadata:
+            command += ["--format", "jpg-good", "--keep-metadata", "--auto-orient"]
+        else:
+            command += ["--format", "bmp"]
         ended = subprocess.run([str(word) for word in command], stderr=subprocess.PIPE,
                                env=os.environ | {"TMPDIR": str(temp)}, check=False)
         self.runs += 1
@@ -139,7 +143,8 @@ class Judge:
                 output = Path(line["output"])
                 expected_names.add(output.name)
                 data = output.read_bytes()
-                check_bmp(data, line, picture)
+                check = check_jpeg if self.options.metadata else check_bmp
+                check(data, line, picture)
                 results.append(("saved", "", hash(data)))
             else:
                 if line["error"] not in CLASSES or not line["message"]:
@@ -158,6 +163,18 @@ def check_bmp(data, line, picture):
     size, = struct.unpack_from("<I", data, 2)
     width, height = struct.unpack_from("<ii", data, 18)
     if size != len(data) or len(data) != 54 + (width * 3 + 3) // 4 * 4 * height:
+        raise Problem(f"the output of {picture} is not whole")
+    if (width, height) != (line["width"], line["height"]) or line["bytes"] != len(data):
+        raise Problem(f"the report tells another size than {width} x {height} of {picture}")
+
+
+def check_jpeg(data, line, picture):
+    """A whole JPEG of the size that the report tells, with whole segments."""
+    place = 2
+    while data[place] == 0xFF and data[place + 1] != 0xC0:
+        place += 2 + struct.unpack_from(">H", data, place + 2)[0]
+    height, width = struct.unpack_from(">HH", data, place + 5)
+    if data[:2] != b"\xff\xd8" or data[place] != 0xFF or data[-2:] != b"\xff\xd9":
         raise Problem(f"the output of {picture} is not whole")
     if (width, height) != (line["width"], line["height"]) or line["bytes"] != len(data):
         raise Problem(f"the report tells another size than {width} x {height} of {picture}")
@@ -201,6 +218,8 @@ def main():
     parser.add_argument("--seed", type=int, default=1, metavar="N")
     parser.add_argument("--timeout", type=float, default=10, metavar="SECONDS")
     parser.add_argument("--memory", type=int, default=1024, metavar="MIB")
+    parser.add_argument("--metadata", action="store_true",
+                        help="keep metadata, turn pictures upright, and write JPEG")
     parser.add_argument("--again", type=int, default=8, metavar="N",
                         help="run one in N parts twice and compare")
     options = parser.parse_args()

@@ -24,7 +24,7 @@ struct Program {
         batch.LSelectedFunctions = {{"Contrast", 1}, {"Negative", 2}};
     }
     std::string key(const PictureTask& task = {1, "/in/a.png", "/out/1.bmp"}) const {
-        return Recipe(batch).keyOf(task);
+        return Recipe(batch, {}).keyOf(task);
     }
 
     SilentPlatform platform;
@@ -130,7 +130,7 @@ TEST(Recipe, ComesBackFromJsonWithTheWholeChain) {
     cBatch batch(platform);
     batch.cboFormat.index = 10;
     takeChain(batch, json);
-    EXPECT_EQ(Recipe(batch).keyOf({1, "a.png", ""}), program.key({1, "a.png", ""}));
+    EXPECT_EQ(Recipe(batch, {}).keyOf({1, "a.png", ""}), program.key({1, "a.png", ""}));
     EXPECT_EQ(chainAsJson(batch), chainAsJson(program.batch));
     ASSERT_EQ(batch.LSelectedFunctions.size(), 2U);
     EXPECT_EQ(batch.LSelectedFunctions[1].itemData, 2);

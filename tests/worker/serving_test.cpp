@@ -314,6 +314,28 @@ TEST_F(ARequestThatIsNone, ABlockThatCouldStillShrink) {
     expectRefused(writing(8, 8, {1, block.bytes()}), {file.get(), block.file()});
 }
 
+TEST_F(ARequestThatIsNone, MetadataWithoutItsBlock) {
+    expectRefused(ReadRequest{1, 0, uint64_t{1} << 30, 0, "png", {2, 1 << 24}}, {file.get()});
+}
+
+TEST_F(ARequestThatIsNone, ABlockOfMetadataThatCouldStillShrink) {
+    const TestBlock block(1 << 20);
+    const TestBlock loose(1 << 20, F_SEAL_GROW | F_SEAL_SEAL);
+    WriteRequest request = writing(8, 8, {1, block.bytes()});
+    request.metadata = {2, loose.bytes()};
+    request.metadataBytes = 100;
+    expectRefused(request, {file.get(), block.file(), loose.file()});
+}
+
+TEST_F(ARequestThatIsNone, MetadataBeyondItsBlock) {
+    const TestBlock block(1 << 20);
+    const TestBlock small(4096);
+    WriteRequest request = writing(8, 8, {1, block.bytes()});
+    request.metadata = {2, small.bytes()};
+    request.metadataBytes = 5000;
+    expectRefused(request, {file.get(), block.file(), small.file()});
+}
+
 TEST_F(ARequestThatIsNone, ABlockThatIsAnOrdinaryFile) {
     ASSERT_EQ(ftruncate(file.get(), 1 << 20), 0);
     expectRefused(writing(8, 8, {1, 1 << 20}), {file.get(), file.get()});

@@ -1,0 +1,164 @@
+#include "imagefiles/metadata.h"
+
+#include <exception>
+#include <new>
+
+#include "imagefiles/metadata/jpeg_segments.h"
+#include "imagefiles/metadata/library.h"
+#include "imagefiles/metadata/png_chunks.h"
+#include "imagefiles/metadata/resources.h"
+#include "imagefiles/output_file.h"
+#include "pixels/failures.h"
+
+namespace tessarine {
+
+namespace {
+
+enum class Container { none, jpeg, png, tiff, psd };
+
+Container containerOf(const std::string& extension) {
+    const std::string lower = inLowerCase(extension);
+    if (lower == "jpg" || lower == "jpeg") return Container::jpeg;
+    if (lower == "png") return Container::png;
+    if (lower == "tif" || lower == "tiff") return Container::tiff;
+    if (lower == "psd" || lower == "pdd") return Container::psd;
+    return Container::none;
+}
+
+/// Does something with a block; where that fails the block is left out.
+template <class Work>
+void orLeaveOut(ByteVector& block, const char* name, LeftOut& leftOut, Work work) {
+    if (block.empty()) return;
+    try {
+        work();
+        return;
+    } catch (const std::bad_alloc&) {
+        leftOut.add(std::string(name) + ", for which memory does not suffice");
+    } catch (const std::exception&) {
+        leftOut.add(std::string(name) + ", which is damaged");
+    }
+    block.clear();
+}
+
+MetadataBlocks blocksIn(Bytes file, Container container, LeftOut& leftOut) {
+    switch (container) {
+        case Container::jpeg:
+            return blocksInJpeg(file, leftOut);
+        case Container::png: {
+            MetadataBlocks blocks = blocksByLibrary(file, Exiv2::ImageType::png);
+            if (!blocks.icc.empty() && appliesGamma(file)) {
+                blocks.icc.clear();
+                leftOut.add("the colour profile, beside which the file has a gamma of its own");
+            }
+            return blocks;
+        }
+        case Container::tiff:
+            return blocksByLibrary(file, Exiv2::ImageType::tiff);
+        case Container::psd:
+            return blocksInPsd(file);
+        case Container::none:
+            break;
+    }
+    return {};
+}
+
+/// Leaves out what is damaged, so that whatever is kept can be adjusted later.
+uint8_t inspect(MetadataBlocks& blocks, LeftOut& leftOut) {
+    uint8_t orientation = 1;
+    orLeaveOut(blocks.exif, "EXIF", leftOut, [&] { orientation = orientationIn(blocks.exif); });
+    orLeaveOut(blocks.iptc, "IPTC", leftOut, [&] { iptcIn(blocks.iptc); });
+    orLeaveOut(blocks.xmp, "XMP", leftOut, [&] { xmpIn(blocks.xmp); });
+    if (blocks.icc.empty()) return orientation;
+    const std::string why = whyNoProfile(blocks.icc);
+    if (why.empty()) return orientation;
+    leftOut.add("the colour profile: " + why);
+    blocks.icc.clear();
+    return orientation;
+}
+
+ByteVector withBlocks(Bytes file, Container container, const MetadataBlocks& blocks,
+                      LeftOut& leftOut) {
+    switch (container) {
+        case Container::jpeg:
+            return jpegWith(file, blocks, leftOut);
+        case Container::png:
+            return pngWith(file, blocks);
+        case Container::tiff:
+            return tiffWith(file, blocks);
+        case Container::psd:
+            return psdWith(file, blocks);
+        case Container::none:
+            break;
+    }
+    return {file.begin(), file.end()};
+}
+
+ByteVector contentsOf(OutputFile& file) {
+    file.seek(0, SEEK_END);
+    ByteVector bytes(static_cast<size_t>(std::max<int64_t>(file.tell(), 0)));
+    file.seek(0);
+    file.read(bytes.data(), bytes.size());
+    if (!file.failure().empty()) throw StatementFailed(file.failure());
+    return bytes;
+}
+
+/// \throws whatever the library throws
+void add(const MetadataToAdd& metadata, Container container, const MetadataChanges& changes,
+         OutputFile& file, LeftOut& leftOut) {
+    std::optional<MetadataBlocks> blocks = unpacked(metadata.packed);
+    if (!blocks) return leftOut.add("all of it, which got lost on its way");
+    MetadataLibrary library;
+    orLeaveOut(blocks->exif, "EXIF", leftOut,
+               [&] { adjustExif(blocks->exif, changes, library, leftOut); });
+    orLeaveOut(blocks->iptc, "IPTC", leftOut, [&] { adjustIptc(blocks->iptc, changes); });
+    orLeaveOut(blocks->xmp, "XMP", leftOut, [&] { adjustXmp(blocks->xmp, changes); });
+    if (blocks->areEmpty()) return;
+    const ByteVector whole = withBlocks(contentsOf(file), container, *blocks, leftOut);
+    file.seek(0);
+    file.write(whole.data(), whole.size());
+    file.cutHere();
+}
+
+}  // namespace
+
+bool holdsMetadata(const std::string& extension) {
+    return containerOf(extension) != Container::none;
+}
+
+FoundMetadata metadataIn(Bytes file, const std::string& extension, size_t mostBytes) {
+    FoundMetadata found;
+    LeftOut leftOut;
+    const Container container = containerOf(extension);
+    if (container == Container::none) return found;
+    try {
+        MetadataLibrary library;
+        MetadataBlocks blocks = blocksIn(file, container, leftOut);
+        const uint8_t orientation = inspect(blocks, leftOut);
+        found.packed = packed(blocks, mostBytes, leftOut);
+        found.orientation = orientation;
+    } catch (const std::bad_alloc&) {
+        leftOut.add("all of it, for which memory does not suffice");
+    } catch (const std::exception&) {
+        leftOut.add("all of it, which is damaged");
+    }
+    found.leftOut = leftOut.text();
+    return found;
+}
+
+std::string addMetadata(const MetadataToAdd& metadata, const std::string& extension, int32_t width,
+                        int32_t height, OutputFile& file) {
+    LeftOut leftOut;
+    const Container container = containerOf(extension);
+    if (container == Container::none || metadata.packed.empty()) return {};
+    try {
+        const MetadataChanges changes{width, height, metadata.isTurned, metadata.withoutLocation};
+        add(metadata, container, changes, file, leftOut);
+    } catch (const std::bad_alloc&) {
+        leftOut.add("all of it, for which memory does not suffice");
+    } catch (const std::exception& failure) {
+        leftOut.add(std::string("all of it: ") + failure.what());
+    }
+    return leftOut.text();
+}
+
+}  // namespace tessarine

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "imagefiles/metadata/blocks.h"
+
+namespace tessarine {
+
+/// Whether decoding changes the tones of a file by its gamma: its colour profile then tells of
+/// others.
+bool appliesGamma(Bytes png);
+
+/// A whole file with the blocks in it. \throws StatementFailed where it is no PNG file
+ByteVector pngWith(Bytes file, const MetadataBlocks& blocks);
+
+}  // namespace tessarine
