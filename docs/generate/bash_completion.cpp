@@ -6,8 +6,6 @@ namespace tessarine {
 
 namespace {
 
-std::string quoted(const std::string& text) { return "'" + replaced(text, "'", R"('\'')") + "'"; }
-
 // bash breaks words at ":" and "=", and replaces only what stands behind the last of them, unless
 // the word is in quotes.
 constexpr const char* functionsHelper = R"(
@@ -52,7 +50,7 @@ _@_functions()
 std::string functionsHelperWith(const std::vector<FunctionKeys>& functions) {
     std::string keys;
     for (const FunctionKeys& function : functions)
-        keys += fmt::format("        [{}]=$'{}'\n", quoted(function.name),
+        keys += fmt::format("        [{}]=$'{}'\n", shellQuoted(function.name),
                             replaced(joinedBy("\\n", function.keys), "'", "\\'"));
     return replaced(functionsHelper, "@KEYS@", keys);
 }
@@ -62,7 +60,7 @@ std::string replyFor(const OptionEntry& option) {
     switch (option.value) {
         case Value::words:
             return fmt::format("COMPREPLY=($(compgen -W {} -- \"$cur\"))",
-                               quoted(joinedBy(" ", option.words)));
+                               shellQuoted(joinedBy(" ", option.words)));
         case Value::functions:
             return "_@_functions";
         case Value::file:
@@ -100,21 +98,8 @@ std::string bashCompletion(const Program& program, const std::vector<FunctionKey
         "        return\n"
         "    fi\n"
         "    _filedir '@({})'\n}} &&\n    complete -F _@ {}\n",
-        quoted(joinedBy(" ", names)), joinedBy("|", program.extensions), program.name);
+        shellQuoted(joinedBy(" ", names)), joinedBy("|", program.extensions), program.name);
     return replaced(std::move(script), "_@", "_" + replaced(program.name, "-", "_"));
-}
-
-bool takesFunctions(const Program& program) {
-    for (const OptionEntry& option : program.options)
-        if (option.value == OptionEntry::Value::functions) return true;
-    return false;
-}
-
-std::string joinedBy(const std::string& between, const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words)
-        text += (text.empty() ? "" : between) + word;
-    return text;
 }
 
 }  // namespace tessarine

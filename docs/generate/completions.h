@@ -16,6 +16,9 @@ std::string fishCompletion(const Program& program, const std::vector<FunctionKey
 /// Whether one of the program's options takes functions.
 bool takesFunctions(const Program& program);
 
+/// A text as one word of bash or zsh.
+std::string shellQuoted(const std::string& text);
+
 /// All words with one between them.
 std::string joinedBy(const std::string& between, const std::vector<std::string>& words);
 

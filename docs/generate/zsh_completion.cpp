@@ -6,8 +6,6 @@ namespace tessarine {
 
 namespace {
 
-std::string quoted(const std::string& text) { return "'" + replaced(text, "'", R"('\'')") + "'"; }
-
 constexpr const char* functionsHelper = R"(
 _@_functions() {
   local -A keys=(
@@ -28,7 +26,7 @@ _@_functions() {
 std::string functionsHelperWith(const std::vector<FunctionKeys>& functions) {
     std::string keys;
     for (const FunctionKeys& function : functions)
-        keys += fmt::format("    {} $'{}'\n", quoted(function.name),
+        keys += fmt::format("    {} $'{}'\n", shellQuoted(function.name),
                             replaced(joinedBy("\\n", function.keys), "'", "\\'"));
     return replaced(functionsHelper, "@KEYS@", keys);
 }
@@ -69,7 +67,7 @@ std::string specificationsOf(const OptionEntry& option) {
         text += fmt::format("[{}]", inSpecification(option.description));
         if (takesValue)
             text += fmt::format(":{}:{}", inSpecification(option.valueName), actionFor(option));
-        lines += fmt::format("    {} \\\n", quoted(text));
+        lines += fmt::format("    {} \\\n", shellQuoted(text));
     }
     return lines;
 }
@@ -84,9 +82,9 @@ std::string zshCompletion(const Program& program, const std::vector<FunctionKeys
     script += "\n_@() {\n  _arguments -S \\\n";
     for (const OptionEntry& option : program.options)
         script += specificationsOf(option);
-    script += fmt::format(
-        "    {}\n}}\n\n_@ \"$@\"\n",
-        quoted(fmt::format("*:file:_files -g \"*.(#i)({})\"", joinedBy("|", program.extensions))));
+    script += fmt::format("    {}\n}}\n\n_@ \"$@\"\n",
+                          shellQuoted(fmt::format("*:file:_files -g \"*.(#i)({})\"",
+                                                  joinedBy("|", program.extensions))));
     return replaced(std::move(script), "_@", "_" + program.name);
 }
 
