@@ -103,10 +103,16 @@ std::vector<std::string> readPictureList(const std::string& path) {
     return parsePictureList(readBytes(path, mostBytes));
 }
 
+std::string pictureRecord(std::string_view path) {
+    std::string bytes;
+    appendPadded(bytes, path, pictureRecordBytes);
+    return bytes;
+}
+
 void writePictureList(const std::string& path, std::span<const std::string> pictures) {
     std::string bytes;
     for (const std::string& picture : pictures)
-        appendPadded(bytes, picture, pictureRecordBytes);
+        bytes += pictureRecord(picture);
     writeBytes(path, bytes);
 }
 

@@ -38,6 +38,10 @@ struct FunctionRecord {
 /// Bytes of one record of a picture list (qpkl): a path, padded with blanks or cut.
 inline constexpr size_t pictureRecordBytes = 150;
 
+/// The record of a picture list for a path. One that is too long for it, or has blanks at its ends
+/// or a 0 byte, does not read back.
+std::string pictureRecord(std::string_view path);
+
 /// The records of a list's bytes.
 std::vector<FunctionRecord> parseFunctionList(std::string_view bytes);
 std::vector<std::string> parsePictureList(std::string_view bytes);

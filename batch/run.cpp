@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 #include <vector>
 
@@ -62,7 +63,7 @@ class NothingExpected {
     ~NothingExpected() {
         files_.expect({});
         files_.prepareFor(1);
-        pixelMemory().giveBack();
+        giveBackPixelMemory();
     }
     NothingExpected(const NothingExpected&) = delete;
     NothingExpected& operator=(const NothingExpected&) = delete;
@@ -279,6 +280,9 @@ bool cBatch::loadIntoSource(const std::string& path, PictureReport& entry) {
 void cBatch::applyRows(Overview overview) {
     const int16_t count = countOf(Ltray.size());
     for (int32_t j = 1; j <= count; ++j) {
+        // What the last row makes is written to a file next, by a helper.
+        std::optional<SoonHandedOver> last;
+        if (j == count) last.emplace();
         attempt([&] {
             ApplyRow(toInteger16(static_cast<double>(itemAt(Ltray, j - 1).Tag)),
                      static_cast<int16_t>(j), true);
@@ -290,9 +294,18 @@ void cBatch::applyRows(Overview overview) {
 }
 
 void cBatch::paintResultIntoSource() {
+    const Bitmap source = iSrc.picture();
     iSrc.clearPicture();
     iSrc.autoRedraw = true;
-    attempt([&] { iSrc.paint(workBits, workBitmapInfo, iSrc.width(), iSrc.height()); });
+    // What no function changed is painted without looking through it.
+    const bool isUnchanged = source.isValid() && workBits.block() == source.pixels().block() &&
+                             iSrc.width() == source.width() && iSrc.height() == source.height();
+    attempt([&] {
+        if (isUnchanged)
+            iSrc.render(source, 0, 0, source.width(), source.height(), false);
+        else
+            iSrc.paint(workBits, workBitmapInfo, iSrc.width(), iSrc.height());
+    });
     attempt([&] { iSrc.keepDrawing(); });
     platform_.changed("iSrc");
 }

@@ -308,7 +308,7 @@ void cBatch::BatchEach(const RunOrder& order) {
     stopRequested = false;
     report.clear();
     EachRun(*this, order).run();
-    pixelMemory().giveBack();
+    giveBackPixelMemory();
 }
 
 PictureReport cBatch::processAlone(const Alone& picture) {

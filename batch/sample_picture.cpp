@@ -10,7 +10,9 @@ namespace tessarine {
 extern const unsigned char sampleBytes[];
 extern const std::size_t sampleBytesSize;
 
-Bitmap samplePicture() {
+namespace {
+
+Bitmap unpackSample() {
     int width = 0;
     int height = 0;
     int headerLength = 0;
@@ -28,6 +30,13 @@ Bitmap samplePicture() {
         for (int32_t x = 0; x < width; ++x, rgb += 3)
             row[x] = {rgb[2], rgb[1], rgb[0], 0};
     }
+    return sample;
+}
+
+}  // namespace
+
+Bitmap samplePicture() {
+    static const Bitmap sample = unpackSample();
     return sample;
 }
 

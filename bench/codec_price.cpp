@@ -94,7 +94,7 @@ void measure(const char* name, const std::vector<const char*>& chain,
     }
     // As in the programs, buffers lie where helpers find them.
     const auto secondsThere = [&] {
-        const UsePixelMemory shared(helper.memory());
+        const HandOverMemory shared(helper.memory());
         return secondsOf(there);
     };
     std::vector<double> inProcess, throughHelper, ratios, sideBySide;

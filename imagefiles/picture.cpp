@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <bit>
 #include <cstdint>
 #include <cstring>
 
 #include "pixels/failures.h"
+#include "pixels/threads.h"
 
 namespace tessarine {
 
@@ -14,6 +16,16 @@ namespace {
 
 /// The most pixels that are gone over twice while they are at hand.
 constexpr size_t fewPixels = 4096;
+
+/// Calls `visit(from, count)` for parts of so many pixels, on the threads that a filter may use.
+template <class Visit>
+void forParts(size_t count, const Visit& visit) {
+    const auto part = static_cast<size_t>(bandPixels());
+    inParallel(static_cast<int32_t>((count + part - 1) / part), [&](int32_t i) {
+        const size_t from = static_cast<size_t>(i) * part;
+        visit(from, std::min(part, count - from));
+    });
+}
 
 /// Whether any fourth byte is not 0. Every picture that is read or saved comes by here, so eight
 /// pixels are looked at in one step.
@@ -35,7 +47,11 @@ bool anyFourth(const Pixel* pixels, size_t count) {
 
 /// Whether margin and fourth bytes are all 0, as a bitmap keeps them.
 bool hasBitmapForm(const PixelBuffer& pixels) {
-    if (anyFourth(pixels.block(), pixels.pixelCount())) return false;
+    std::atomic<bool> isPlain = true;
+    forParts(pixels.pixelCount(), [&](size_t from, size_t count) {
+        if (isPlain && anyFourth(pixels.block() + from, count)) isPlain = false;
+    });
+    if (!isPlain) return false;
 
     const auto isBlack = [](const Pixel* first, const Pixel* last) {
         return std::all_of(first, last, [](const Pixel& p) { return p == Pixel{}; });
@@ -87,7 +103,9 @@ void copyArea(const Bitmap& from, Bitmap& to, int32_t x, int32_t y, int32_t widt
 
 Bitmap::Bitmap(PixelBuffer pixels) {
     if (pixels.isDimensioned() && !pixels.isShared()) {
-        clearFourths(pixels.writableBlock(), pixels.pixelCount());
+        Pixel* const all = pixels.writableBlock();
+        forParts(pixels.pixelCount(),
+                 [all](size_t from, size_t count) { clearFourths(all + from, count); });
         pixels.clearMargin();
         pixels_ = std::move(pixels);
         return;

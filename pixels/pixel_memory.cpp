@@ -74,20 +74,34 @@ class HeapMemory : public PixelMemory {
     std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 
-std::atomic<PixelMemory*> given = nullptr;
+HeapMemory& heapMemory() {
+    static HeapMemory heap;
+    return heap;
+}
+
+std::atomic<PixelMemory*> handOver = nullptr;
+thread_local int soonHandedOver = 0;
 
 }  // namespace
 
 PixelMemory& pixelMemory() {
-    static HeapMemory heap;
-    PixelMemory* const other = given.load(std::memory_order_acquire);
-    return other != nullptr ? *other : heap;
+    PixelMemory* const other = handOver.load(std::memory_order_acquire);
+    return other != nullptr && soonHandedOver > 0 ? *other : heapMemory();
 }
 
-UsePixelMemory::UsePixelMemory(PixelMemory& memory) {
-    given.store(&memory, std::memory_order_release);
+void giveBackPixelMemory() {
+    heapMemory().giveBack();
+    if (PixelMemory* const other = handOver.load(std::memory_order_acquire)) other->giveBack();
 }
 
-UsePixelMemory::~UsePixelMemory() { given.store(nullptr, std::memory_order_release); }
+HandOverMemory::HandOverMemory(PixelMemory& memory) {
+    handOver.store(&memory, std::memory_order_release);
+}
+
+HandOverMemory::~HandOverMemory() { handOver.store(nullptr, std::memory_order_release); }
+
+SoonHandedOver::SoonHandedOver() { ++soonHandedOver; }
+
+SoonHandedOver::~SoonHandedOver() { --soonHandedOver; }
 
 }  // namespace tessarine

@@ -20,20 +20,34 @@ class PixelMemory {
     virtual void giveBack() = 0;
 };
 
-/// Buffers of fewer pixels are left to the heap, which keeps them as well.
-constexpr size_t sizablePixels = 16384;
+/// Buffers of fewer pixels are left to the heap, which keeps them as well: a megabyte.
+constexpr size_t sizablePixels = size_t{1} << 18;
 
-/// The memory of this process's buffers: by itself the heap's, at most 256 MiB of it kept, or twice
-/// the largest buffer lately taken if that is more.
+/// The memory that buffers made on the calling thread lie in. By itself it is the heap's, at most
+/// 256 MiB of it kept, or twice the largest buffer lately taken if that is more.
 PixelMemory& pixelMemory();
 
-/// While this lives, the process's buffers lie in other memory. One at a time.
-class UsePixelMemory {
+/// Gives to the system what is kept for later.
+void giveBackPixelMemory();
+
+/// While this lives, buffers that are soon handed over lie in other memory. One at a time.
+class HandOverMemory {
   public:
-    explicit UsePixelMemory(PixelMemory& memory);
-    ~UsePixelMemory();
-    UsePixelMemory(const UsePixelMemory&) = delete;
-    UsePixelMemory& operator=(const UsePixelMemory&) = delete;
+    explicit HandOverMemory(PixelMemory& memory);
+    ~HandOverMemory();
+    HandOverMemory(const HandOverMemory&) = delete;
+    HandOverMemory& operator=(const HandOverMemory&) = delete;
+};
+
+/// While this lives, buffers made on this thread are those that are soon handed over. Memory that
+/// another process sees too is had in small pages only, in which a filter takes a fifth longer, so
+/// that other buffers keep out of it.
+class SoonHandedOver {
+  public:
+    SoonHandedOver();
+    ~SoonHandedOver();
+    SoonHandedOver(const SoonHandedOver&) = delete;
+    SoonHandedOver& operator=(const SoonHandedOver&) = delete;
 };
 
 }  // namespace tessarine

@@ -13,6 +13,7 @@
 #include <oneapi/tbb/task_arena.h>
 #endif
 
+#include "pixels/helping_threads.h"
 #include "pixels/machine.h"
 
 namespace tessarine {
@@ -64,11 +65,17 @@ void allowThreads(int32_t threads) {
 void callOnThreads(int32_t threads, int32_t count, void (*call)(const void*, int32_t),
                    const void* work) {
     allowThreads(threads);
+    keepHelpingThreadsOff();
     // One for each thread that calls: while it waits it takes part in no other caller's work.
     thread_local std::unique_ptr<tbb::task_arena> arena;
     if (arena == nullptr || arena->max_concurrency() != threads)
         arena = std::make_unique<tbb::task_arena>(threads);
-    arena->execute([=] { tbb::parallel_for(0, count, [=](int32_t i) { call(work, i); }); });
+    const auto caller = std::this_thread::get_id();
+    const auto take = [=](int32_t i) {
+        if (std::this_thread::get_id() != caller) joinHelpingThreads();
+        call(work, i);
+    };
+    arena->execute([&] { tbb::parallel_for(0, count, take); });
 }
 
 #endif

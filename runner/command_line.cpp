@@ -1,6 +1,7 @@
 #include "runner/command_line.h"
 
 #include <cstdlib>
+#include <limits>
 #include <map>
 
 #include <CLI/CLI.hpp>
@@ -14,6 +15,8 @@
 namespace tessarine {
 
 namespace {
+
+constexpr const char* mergeReports = "--merge-reports";
 
 /// Accepts only the letters r, g and b.
 std::string onlyChannels(const std::string& text) {
@@ -42,6 +45,39 @@ std::string withoutMark(std::string word) {
     return word;
 }
 
+[[noreturn]] void refuse(const std::string& why) { throw Refusal(ExitStatus::commandLine, why); }
+
+OnExists onExistsOf(const std::string& word, bool overwrite) {
+    if (overwrite && !word.empty() && word != "overwrite")
+        refuse(
+            fmt::format("--overwrite and --on-exists {} contradict each other; expected one of "
+                        "them",
+                        word));
+    if (overwrite || word == "overwrite") return OnExists::overwrite;
+    return word == "fail" ? OnExists::fail : OnExists::keep;
+}
+
+/// The window's run goes over the whole basket and stops at no failure.
+void refuseInWindowMode(const CommandLine& line, bool failFast) {
+    const auto refuseOne = [](bool given, const char* option) {
+        if (given)
+            refuse(fmt::format("{} is not for --mode window; expected --mode independent", option));
+    };
+    refuseOne(line.shard.has_value(), "--shard");
+    refuseOne(line.onExists == OnExists::fail, "--on-exists fail");
+    refuseOne(failFast, "--fail-fast");
+    refuseOne(line.maxFailures.has_value(), "--max-failures");
+}
+
+/// Reports are merged and no pictures run, so that hardly anything else can be meant with it.
+void refuseBesideMergedReports(const CLI::App& app) {
+    for (const CLI::Option* option : app.get_options())
+        if (option->count() > 0 && option->get_name() != mergeReports &&
+            option->get_name() != "--report" && option->get_name() != "--quiet")
+            refuse(fmt::format("{} does not go with {}; expected --report or --quiet",
+                               option->get_name(), mergeReports));
+}
+
 /// Reads the command line, or, with a visitor, shows it the options and reads nothing. Where they
 /// are declared their values are local, so one function does both.
 std::optional<CommandLine> readOrShow(int argc, const char* const* argv,
@@ -54,7 +90,8 @@ std::optional<CommandLine> readOrShow(int argc, const char* const* argv,
     app.set_version_flag("--version", std::string("tessarine-batch ") + TESSARINE_VERSION);
 
     std::vector<std::string> paths, lists, froms, functionLists, applied;
-    std::string mode = "independent";
+    std::string mode = "independent", onExists, shard;
+    bool overwrite = false, failFast = false;
     auto* const path =
         app.add_option("PATH", paths, "Files, or folders (their accepted files, by name)")
             ->group("Pictures");
@@ -93,13 +130,27 @@ std::optional<CommandLine> readOrShow(int argc, const char* const* argv,
     app.add_option("--format", line.format,
                    "A row of --list-formats, by number, text or short name; default jpg-good")
         ->type_name("ROW");
-    app.add_flag("--overwrite", line.overwrite, "Replace outputs that exist");
-    for (const char* name : {"--to", "--name", "--format", "--overwrite"})
+    app.add_option("--on-exists", onExists,
+                   "What becomes of a picture whose output exists; default keep")
+        ->type_name("keep|overwrite|fail")
+        ->check(CLI::IsMember({"keep", "overwrite", "fail"}));
+    app.add_flag("--overwrite", overwrite, "Short for --on-exists overwrite");
+    for (const char* name : {"--to", "--name", "--format", "--on-exists", "--overwrite"})
         app.get_option(name)->group("Saving");
 
     app.add_option("--mode", mode, "Each picture by itself (default), or the window's run")
         ->type_name("independent|window")
         ->check(CLI::IsMember({"independent", "window"}));
+    auto* const share =
+        app.add_option("--shard", shard,
+                       "A share of the pictures: share K, from 0, of N; or auto, in a job array "
+                       "of Slurm, Kubernetes or AWS Batch")
+            ->type_name("K/N|auto");
+    app.add_flag("--fail-fast", failFast, "Short for --max-failures 1");
+    app.add_option("--max-failures", line.maxFailures,
+                   "Begin no further picture once so many have failed")
+        ->type_name("N")
+        ->check(CLI::Range(1, std::numeric_limits<int32_t>::max()));
     app.add_option("--jobs", line.jobs, "Pictures in flight; default one more than processors")
         ->type_name("N")
         ->check(CLI::Range(1, 1024));
@@ -123,9 +174,18 @@ std::optional<CommandLine> readOrShow(int argc, const char* const* argv,
     app.add_flag("--progress", line.progress, "A progress line even where none is usual");
     app.add_option("--report", line.report, "JSON lines, one a picture; - for standard output")
         ->type_name("FILE");
-    for (const char* name : {"--mode", "--jobs", "--threads", "--timeout", "--memory", "--dry-run",
-                             "--quiet", "--verbose", "--progress", "--report"})
+    auto* const failedList =
+        app.add_option("--failed-list", line.failedList, "A picture list (qpkl) of what failed")
+            ->type_name("FILE");
+    for (const char* name : {"--mode", "--shard", "--fail-fast", "--max-failures", "--jobs",
+                             "--threads", "--timeout", "--memory", "--dry-run", "--quiet",
+                             "--verbose", "--progress", "--report", "--failed-list"})
         app.get_option(name)->group("Running");
+    app.add_option(mergeReports, line.reportsToMerge,
+                   "Make one report of those of all shards; to --report or standard output")
+        ->type_name("FILE...")
+        ->expected(1, std::numeric_limits<int32_t>::max())
+        ->group("Merging");
     app.add_flag("--list-functions", line.listFunctions, "All functions with their inputs");
     app.add_flag("--list-formats", line.listFormats, "All output formats");
     for (const char* name : {"--list-functions", "--list-formats", "--help", "--version"})
@@ -172,6 +232,21 @@ std::optional<CommandLine> readOrShow(int argc, const char* const* argv,
             line.functions.push_back({FunctionSource::Kind::apply, next(applied)});
     }
     line.windowMode = mode == "window";
+    if (!line.reportsToMerge.empty()) {
+        refuseBesideMergedReports(app);
+        return line;
+    }
+    if (share->count() > 0) line.shard = shardOf(shard, ::getenv);
+    if (failedList->count() > 0 && line.failedList.empty())
+        refuse("--failed-list: an empty text; expected a name");
+    line.onExists = onExistsOf(onExists, overwrite);
+    if (line.windowMode) refuseInWindowMode(line, failFast);
+    if (failFast && line.maxFailures.value_or(1) != 1)
+        refuse(
+            fmt::format("--fail-fast and --max-failures {} contradict each other; expected one "
+                        "of them",
+                        *line.maxFailures));
+    if (failFast) line.maxFailures = 1;
     return line;
 }
 

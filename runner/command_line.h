@@ -5,6 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "batch/picture_task.h"
+#include "runner/shards.h"
+
 namespace tessarine {
 
 /// One place where pictures come from, in the order of the command line.
@@ -42,9 +45,11 @@ struct CommandLine {
     std::string to;
     std::string name = "Sample";
     std::string format = "jpg-good";
-    bool overwrite = false;
+    OnExists onExists = OnExists::keep;
 
     bool windowMode = false;
+    std::optional<Shard> shard;         ///< nothing for the whole basket
+    std::optional<size_t> maxFailures;  ///< behind so many no further picture is begun
     int jobs = 0;                    ///< pictures in flight; 0 for as many as the machine suggests
     int threads = 0;                 ///< threads a filter; likewise
     std::optional<double> timeout;   ///< seconds that a picture may take to be read or written
@@ -53,7 +58,10 @@ struct CommandLine {
     bool dryRun = false;
     bool quiet = false;
     bool progress = false;
-    std::string report;  ///< a file, "-" for standard output, empty for none
+    std::string report;      ///< a file, "-" for standard output, empty for none
+    std::string failedList;  ///< a picture list to be written; empty for none
+
+    std::vector<std::string> reportsToMerge;  ///< where these are given, nothing is run
 
     bool listFunctions = false;
     bool listFormats = false;

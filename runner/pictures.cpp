@@ -27,7 +27,20 @@ BasketItem basketItem(const std::string& path) {
     return {name, lowerCase(extension), path, folderOf(path)};
 }
 
-void addFolder(const std::string& folder, bool recursive, std::vector<BasketItem>& basket) {
+/// Refuses a share of a folder that the shares save into: each would find others' outputs in it
+/// among the pictures, and all numbers behind them would be others.
+void refuseDestinationOfShards(const std::string& folder, const CommandLine& line) {
+    std::error_code ignored;
+    if (line.shard && fs::equivalent(folder, line.to, ignored))
+        throw Refusal(ExitStatus::nothingStarts,
+                      fmt::format("--shard: the folder '{}' is the destination and holds pictures "
+                                  "of the run; expected another --to, or a list of the pictures",
+                                  folder));
+}
+
+void addFolder(const std::string& folder, const CommandLine& line,
+               std::vector<BasketItem>& basket) {
+    refuseDestinationOfShards(folder, line);
     std::vector<std::string> files;
     std::vector<std::string> folders;
     std::error_code failure;
@@ -47,16 +60,16 @@ void addFolder(const std::string& folder, bool recursive, std::vector<BasketItem
     std::sort(files.begin(), files.end());
     for (const std::string& file : files)
         basket.push_back(basketItem(file));
-    if (!recursive) return;
+    if (!line.recursive) return;
     std::sort(folders.begin(), folders.end());
     for (const std::string& below : folders)
-        addFolder(below, true, basket);
+        addFolder(below, line, basket);
 }
 
-void addPath(const std::string& path, bool recursive, std::vector<BasketItem>& basket) {
+void addPath(const std::string& path, const CommandLine& line, std::vector<BasketItem>& basket) {
     std::error_code ignored;
     if (fs::is_directory(path, ignored))
-        addFolder(path, recursive, basket);
+        addFolder(path, line, basket);
     else
         basket.push_back(basketItem(path));
 }
@@ -64,7 +77,7 @@ void addPath(const std::string& path, bool recursive, std::vector<BasketItem>& b
 void addLines(std::istream& lines, const CommandLine& line, std::vector<BasketItem>& basket) {
     std::string path;
     while (std::getline(lines, path, line.nulBetweenPaths ? '\0' : '\n'))
-        if (!path.empty()) addPath(path, line.recursive, basket);
+        if (!path.empty()) addPath(path, line, basket);
 }
 
 void addPathsFrom(const std::string& file, const CommandLine& line,
@@ -107,7 +120,7 @@ std::vector<BasketItem> collectPictures(const CommandLine& line) {
     for (const GivenPictures& source : line.pictures) {
         switch (source.kind) {
             case GivenPictures::Kind::path:
-                addPath(source.value, line.recursive, basket);
+                addPath(source.value, line, basket);
                 break;
             case GivenPictures::Kind::list:
                 addList(source.value, basket);

@@ -1,5 +1,6 @@
 #include "runner/preparation.h"
 
+#include <charconv>
 #include <filesystem>
 #include <limits>
 #include <map>
@@ -80,17 +81,24 @@ fs::path behindLinks(fs::path path) {
     return path;
 }
 
+/// The number of the picture whose output has this name; 0 where that is none of the run's.
+size_t numberOfOutput(const std::string& name, const cBatch& batch, const std::string& extension) {
+    if (!name.starts_with(batch.txtName)) return 0;
+    int32_t number = 0;
+    std::from_chars(name.data() + batch.txtName.size(), name.data() + name.size(), number);
+    const bool isOne = number > 0 && static_cast<size_t>(number) <= batch.lvSelected.size() &&
+                       name == batch.outputName({}, number, extension);
+    return isOne ? static_cast<size_t>(number) : 0;
+}
+
 /// Refuses a run that would replace a picture of its own, or read as a picture what it has written
 /// itself.
 void protectPictures(const cBatch& batch, const std::string& extension) {
     const bool overwrite = batch.chkOverwrite != 0;
     std::map<FileIdentity, std::string> outputs;
-    std::map<std::string, size_t> numbers;
-    for (size_t i = 1; i <= batch.lvSelected.size(); ++i) {
-        const auto number = static_cast<int32_t>(i);
-        const std::string output = batch.outputName(batch.txtDestination, number, extension);
-        numbers.emplace(batch.outputName({}, number, extension), i);
-        if (!overwrite) continue;
+    for (size_t i = 1; overwrite && i <= batch.lvSelected.size(); ++i) {
+        const std::string output =
+            batch.outputName(batch.txtDestination, static_cast<int32_t>(i), extension);
         if (const auto identity = identityOf(output)) outputs.emplace(*identity, output);
     }
     const auto destination = identityOf(batch.txtDestination);
@@ -108,8 +116,8 @@ void protectPictures(const cBatch& batch, const std::string& extension) {
         // Not there yet: it may come to be by this very run. Without leave to overwrite, its own
         // output at least comes too late to be read.
         const fs::path end = behindLinks(input);
-        const auto found = numbers.find(end.filename().native());
-        if (found == numbers.end() || (found->second == i && !overwrite)) continue;
+        const size_t number = numberOfOutput(end.filename().native(), batch, extension);
+        if (number == 0 || (number == i && !overwrite)) continue;
         const fs::path folder = end.parent_path();
         if (identityOf(folder.empty() ? "." : folder.native()) == destination)
             refuseStart(
@@ -119,37 +127,51 @@ void protectPictures(const cBatch& batch, const std::string& extension) {
     }
 }
 
-/// Refuses a report that would be written over a picture, a list or an output of the run.
-void protectFromReport(const cBatch& batch, const CommandLine& line, const std::string& extension) {
-    if (line.report.empty() || line.report == "-") return;
+/// Refuses to write what the run tells, the value of `option`, over a picture, a list or an output
+/// of the run.
+void protectFrom(const std::string& option, const std::string& file, const cBatch& batch,
+                 const CommandLine& line, const std::string& extension) {
+    if (file.empty()) return;
     const auto refuse = [&](const std::string& what) {
-        refuseStart(fmt::format("--report: '{}' is {} of this run; expected another file",
-                                line.report, what));
+        refuseStart(
+            fmt::format("{}: '{}' is {} of this run; expected another file", option, file, what));
     };
     std::error_code ignored;
     const fs::path folder = fs::weakly_canonical(
-        fs::path(line.report).parent_path().empty() ? "." : fs::path(line.report).parent_path(),
-        ignored);
-    const std::string name = fs::path(line.report).filename();
+        fs::path(file).parent_path().empty() ? "." : fs::path(file).parent_path(), ignored);
+    const std::string name = fs::path(file).filename();
     const bool inDestination =
         identityOf(folder.string()) && identityOf(folder.string()) == identityOf(line.to);
     for (size_t i = 1; inDestination && i <= batch.lvSelected.size(); ++i)
         if (name == batch.outputName({}, static_cast<int32_t>(i), extension)) refuse("an output");
 
-    const auto report = identityOf(line.report);
-    if (!report || !fs::is_regular_file(line.report, ignored)) return;
+    const auto written = identityOf(file);
+    if (!written || !fs::is_regular_file(file, ignored)) return;
     for (size_t i = 1; i <= batch.lvSelected.size(); ++i)
         if (identityOf(batch.outputName(batch.txtDestination, static_cast<int32_t>(i),
-                                        extension)) == report)
+                                        extension)) == written)
             refuse("an output");
     for (const BasketItem& item : batch.lvSelected)
-        if (identityOf(item.Tag) == report) refuse("a picture");
+        if (identityOf(item.Tag) == written) refuse("a picture");
     for (const GivenPictures& source : line.pictures)
-        if (source.kind != GivenPictures::Kind::path && identityOf(source.value) == report)
+        if (source.kind != GivenPictures::Kind::path && identityOf(source.value) == written)
             refuse("a picture list");
     for (const FunctionSource& source : line.functions)
-        if (source.kind == FunctionSource::Kind::list && identityOf(source.value) == report)
+        if (source.kind == FunctionSource::Kind::list && identityOf(source.value) == written)
             refuse("a function list");
+}
+
+void protectFromReports(const cBatch& batch, const CommandLine& line,
+                        const std::string& extension) {
+    if (line.report != "-") protectFrom("--report", line.report, batch, line, extension);
+    protectFrom("--failed-list", line.failedList, batch, line, extension);
+    std::error_code ignored;
+    if (!line.failedList.empty() &&
+        (line.failedList == line.report || fs::equivalent(line.failedList, line.report, ignored)))
+        refuseStart(
+            fmt::format("--failed-list: '{}' is the report of this run; expected another "
+                        "file",
+                        line.failedList));
 }
 
 }  // namespace
@@ -161,7 +183,7 @@ void prepareRun(cBatch& batch, const CommandLine& line) {
     // random numbers, whichever named its functions.
     batch.cFilter.random = RandomGenerator();
     setDestination(batch, line.to);
-    batch.chkOverwrite = line.overwrite ? 1 : 0;
+    batch.chkOverwrite = line.onExists == OnExists::overwrite ? 1 : 0;
     batch.lvSelected = collectPictures(line);
     if (batch.lvSelected.empty())
         refuseStart(
@@ -170,7 +192,7 @@ void prepareRun(cBatch& batch, const CommandLine& line) {
     setName(batch, line.name, extension);
     checkCounts(batch, line.windowMode);
     if (!line.windowMode) protectPictures(batch, extension);
-    protectFromReport(batch, line, extension);
+    protectFromReports(batch, line, extension);
 }
 
 }  // namespace tessarine

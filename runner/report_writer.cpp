@@ -10,14 +10,9 @@
 
 namespace tessarine {
 
-namespace {
-
-/// One line; bytes of a path that are no UTF-8 become replacement characters.
-std::string oneLine(const nlohmann::ordered_json& object) {
+std::string reportLine(const nlohmann::ordered_json& object) {
     return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
 }
-
-}  // namespace
 
 void RunCounts::count(PictureReport::Status status) {
     switch (status) {
@@ -46,25 +41,26 @@ ReportWriter::~ReportWriter() {
 }
 
 void ReportWriter::write(const PictureReport& entry) {
-    writeLine(oneLine({{"number", entry.number},
-                       {"input", entry.input},
-                       {"output", entry.output},
-                       {"status", statusText(entry.status)},
-                       {"error", entry.error},
-                       {"message", entry.message},
-                       {"width", entry.width},
-                       {"height", entry.height},
-                       {"depth", entry.depth},
-                       {"ms", entry.ms},
-                       {"bytes", entry.bytes}}));
+    writeLine(reportLine({{"number", entry.number},
+                          {"input", entry.input},
+                          {"output", entry.output},
+                          {"status", statusText(entry.status)},
+                          {"error", entry.error},
+                          {"message", entry.message},
+                          {"width", entry.width},
+                          {"height", entry.height},
+                          {"depth", entry.depth},
+                          {"ms", entry.ms},
+                          {"bytes", entry.bytes}}));
 }
 
-bool ReportWriter::writeSummary(const RunCounts& counts, int64_t pictures, int64_t ms,
-                                bool interrupted) {
-    nlohmann::ordered_json summary = {{"pictures", pictures},       {"saved", counts.saved},
-                                      {"kept", counts.kept},        {"failed", counts.failed},
-                                      {"interrupted", interrupted}, {"ms", ms}};
-    writeLine(oneLine({{"summary", std::move(summary)}}));
+bool ReportWriter::writeSummary(const RunCounts& counts, const RunSummary& run) {
+    nlohmann::ordered_json summary = {
+        {"pictures", run.pictures}, {"saved", counts.saved},          {"kept", counts.kept},
+        {"failed", counts.failed},  {"interrupted", run.interrupted}, {"ms", run.ms},
+        {"basket", run.basket}};
+    if (!run.shard.empty()) summary["shard"] = run.shard;
+    writeLine(reportLine({{"summary", std::move(summary)}}));
     return whole_;
 }
 

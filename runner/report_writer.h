@@ -4,9 +4,14 @@
 #include <cstdio>
 #include <string>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include "batch/run_report.h"
 
 namespace tessarine {
+
+/// A report's line of an object; bytes of a path that are no UTF-8 become replacement characters.
+std::string reportLine(const nlohmann::ordered_json& object);
 
 /// Counts of a run.
 struct RunCounts {
@@ -16,6 +21,15 @@ struct RunCounts {
 
     int64_t all() const { return saved + kept + failed; }
     void count(PictureReport::Status status);
+};
+
+/// What the last line of a report tells beside the counts.
+struct RunSummary {
+    int64_t pictures = 0;  ///< that the run was to do
+    int64_t basket = 0;    ///< in the whole basket; more than `pictures` where this was a share
+    std::string shard;     ///< which share, as K/N; empty for the whole basket
+    int64_t ms = 0;
+    bool interrupted = false;
 };
 
 /// Writes a run's report as JSON lines: one object a picture, and a last one with the summary.
@@ -31,11 +45,12 @@ class ReportWriter {
 
     void write(const PictureReport& entry);
     /// \return whether the whole report was taken
-    bool writeSummary(const RunCounts& counts, int64_t pictures, int64_t ms, bool interrupted);
+    bool writeSummary(const RunCounts& counts, const RunSummary& summary);
+    /// A line as it is, without its end.
+    void writeLine(const std::string& line);
+    bool isWhole() const { return whole_; }
 
   private:
-    void writeLine(const std::string& line);
-
     std::FILE* file_ = nullptr;
     bool whole_ = true;
 };

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <filesystem>
 #include <string>
 #include <unistd.h>
 
@@ -16,12 +15,15 @@
 #include "pixels/machine.h"
 #include "pixels/threads.h"
 #include "runner/command_line.h"
+#include "runner/failed_list.h"
 #include "runner/listings.h"
+#include "runner/merged_report.h"
 #include "runner/messages.h"
 #include "runner/preparation.h"
 #include "runner/progress_line.h"
 #include "runner/refusal.h"
 #include "runner/report_writer.h"
+#include "runner/run_order.h"
 #include "runner/signals.h"
 #include "runner/terminal_platform.h"
 
@@ -46,22 +48,6 @@ void warnOfRowsWithoutFunction(const cBatch& batch) {
     }
 }
 
-std::string planOf(const cBatch& batch) {
-    std::string plan;
-    for (size_t i = 1; i <= batch.lvSelected.size(); ++i) {
-        const std::string& input = batch.lvSelected[i - 1].Tag;
-        const std::string output = batch.outputName(batch.txtDestination, static_cast<int32_t>(i),
-                                                    batch.formatExtension());
-        std::error_code ignored;
-        plan += onOneLine(input) + " -> " + onOneLine(output);
-        if (!std::filesystem::exists(input, ignored)) plan += " (no such picture)";
-        if (std::filesystem::exists(output, ignored))
-            plan += batch.chkOverwrite == 0 ? " (exists, kept)" : " (exists, replaced)";
-        plan += "\n";
-    }
-    return plan;
-}
-
 /// The overview with the line ends of a terminal.
 std::string forTerminal(std::string overview) {
     std::erase(overview, '\r');
@@ -70,18 +56,25 @@ std::string forTerminal(std::string overview) {
 
 /// Pictures in flight, and threads of each one's filters, so that the processors are busy: one
 /// picture more than there are, for those that wait for the disk.
-void setUpThreads(cBatch& batch, const CommandLine& line) {
+void setUpThreads(cBatch& batch, const CommandLine& line, int64_t picturesOfRun) {
     allowManyFiles();
     const int cores = availableCores();
-    const auto pictures = static_cast<int>(std::min<size_t>(batch.lvSelected.size(), 1024));
+    const auto pictures = static_cast<int>(std::min<int64_t>(picturesOfRun, 1024));
     batch.jobs = line.jobs > 0 ? line.jobs : std::max(1, std::min(cores + 1, pictures));
     const int inFlight = line.windowMode ? 1 : std::clamp(batch.jobs, 1, std::max(pictures, 1));
     setFilterThreads(line.threads > 0 ? line.threads : std::max(1, cores / inFlight));
 }
 
 ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& line) {
+    const RunOrder order = line.windowMode ? RunOrder() : orderOf(batch, line);
+    RunSummary summary;
+    summary.basket = static_cast<int64_t>(batch.lvSelected.size());
+    summary.pictures = line.windowMode ? summary.basket : static_cast<int64_t>(order.tasks.size());
+    if (line.shard) summary.shard = line.shard->text();
+    const int64_t pictures = summary.pictures;
+
     ReportWriter report(line.report);
-    const auto pictures = static_cast<int64_t>(batch.lvSelected.size());
+    FailedList failedList(line.failedList);
     const bool onTerminal = ::isatty(STDERR_FILENO) != 0;
     ProgressLine progress(line.progress || (onTerminal && !line.quiet), pictures);
     RunCounts counts;
@@ -91,6 +84,7 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
         if (entry.status == PictureReport::Status::failed) {
             progress.clear();
             complain(fmt::format("{}: {}: {}", entry.input, entry.error, entry.message));
+            failedList.add(entry.input);
         }
         progress.update(counts.all());
     };
@@ -98,20 +92,28 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
         if (interrupted()) batch.stopRequested = true;
     };
 
-    setUpThreads(batch, line);
+    setUpThreads(batch, line, pictures);
     const auto start = std::chrono::steady_clock::now();
     if (line.windowMode) {
         batch.CmdBatchAll();
     } else {
         removeLeftDrafts(batch.txtDestination);
-        batch.BatchEach();
+        batch.BatchEach(order);
         syncFolder(batch.txtDestination);
     }
-    const int64_t ms = millisecondsSince(start);
+    summary.ms = millisecondsSince(start);
+    summary.interrupted = interrupted();
     progress.clear();
 
-    bool told = report.writeSummary(counts, pictures, ms, interrupted());
+    bool told = report.writeSummary(counts, summary);
     if (!told) complain(fmt::format("--report: '{}' could not be written whole", line.report));
+    if (!failedList.isWhole()) {
+        complain(fmt::format("--failed-list: '{}' could not be written whole", line.failedList));
+        told = false;
+    }
+    if (line.maxFailures && counts.all() < pictures && !summary.interrupted)
+        complain(fmt::format("stopped by --max-failures {}; {} of {} pictures were not begun",
+                             *line.maxFailures, pictures - counts.all(), pictures));
     if (line.windowMode && !line.quiet) {
         // Standard output is the report's where it was asked for there.
         if (line.report == "-")
@@ -120,10 +122,10 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
             told = print(forTerminal(batch.RTF)) == ExitStatus::done && told;
     }
     if (!line.quiet)
-        writeToTerminal(
-            fmt::format("{} saved, {} kept, {} failed of {} pictures in {:.1f} seconds{}\n",
-                        counts.saved, counts.kept, counts.failed, pictures,
-                        static_cast<double>(ms) / 1000, interrupted() ? ", interrupted" : ""));
+        writeToTerminal(fmt::format(
+            "{} saved, {} kept, {} failed of {} pictures in {:.1f} seconds{}\n", counts.saved,
+            counts.kept, counts.failed, pictures, static_cast<double>(summary.ms) / 1000,
+            summary.interrupted ? ", interrupted" : ""));
     if (interrupted()) return terminated() ? ExitStatus::terminated : ExitStatus::interrupted;
     return counts.failed > 0 || !told ? ExitStatus::somePictures : ExitStatus::done;
 }
@@ -152,15 +154,17 @@ ExitStatus runAsAsked(int argc, const char* const* argv) {
         return print((line->listFunctions ? functionListing() : std::string()) +
                      (line->listFormats ? formatListing() : std::string()));
 
+    if (!line->reportsToMerge.empty()) return mergeReports(*line);
+
     CodecFiles files(helpersFor(*line));
-    const UsePixelMemory shared(files.memory());
+    const HandOverMemory shared(files.memory());
     TerminalPlatform platform;
     cBatch batch(platform, files);
     prepareRun(batch, *line);
     // Before the first word: a reader of standard error who left does not end the run.
     if (!line->dryRun) listenToSignals();
     if (!line->quiet) warnOfRowsWithoutFunction(batch);
-    if (line->dryRun) return print(planOf(batch));
+    if (line->dryRun) return print(planOf(orderOf(batch, *line)));
     return run(batch, platform, *line);
 }
 

@@ -1,11 +1,15 @@
 #include "wizard/batch_window.h"
 
+#include <chrono>
+
 #include <QApplication>
 #include <QCloseEvent>
+#include <QTimer>
 #include <QToolButton>
 #include <QWindow>
 
 #include "batch/texts.h"
+#include "pixels/pixel_memory.h"
 #include "widgets/about.h"
 #include "wizard/file_types.h"
 #include "wizard/frame_layout.h"
@@ -26,13 +30,24 @@ namespace {
 /// of their own names it here; it stands nowhere else.
 constexpr const char* webPage = "https://tessarine.example/";
 
+/// When nothing has changed for so long, the memory that is kept for the next preview goes back to
+/// the system.
+constexpr std::chrono::seconds idleTime{10};
+
 constexpr QSize aboutSize{380, 280};
 
 }  // namespace
 
-fBatch::fBatch(Desktop& desktop, PictureFiles& files) : desktop_(desktop), batch_(*this, files) {
+fBatch::fBatch(Desktop& desktop, PictureFiles& files)
+    : desktop_(desktop), tmrIdle_(new QTimer(this)), batch_(*this, files) {
     setObjectName("fBatch");
     setWindowTitle("Ombrel Tessarine");
+    tmrIdle_->setObjectName("tmrIdle");
+    tmrIdle_->setSingleShot(true);
+    tmrIdle_->setInterval(idleTime);
+    connect(tmrIdle_, &QTimer::timeout, this, [this] {
+        if (!batch_.runs()) giveBackPixelMemory();
+    });
     new ListDrops(*this, [this](const std::vector<std::string>& paths) { openPaths(paths); });
 }
 
@@ -235,6 +250,11 @@ void fBatch::giveWay() {
     QApplication::processEvents(batch_.runs() ? QEventLoop::AllEvents
                                               : QEventLoop::ExcludeUserInputEvents);
     --givingWay_;
+}
+
+void fBatch::changed(std::string_view control) {
+    repaints_.changed(control);
+    tmrIdle_->start();
 }
 
 void fBatch::openPath(const std::string& path) {

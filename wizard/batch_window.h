@@ -12,6 +12,7 @@
 #include "wizard/repaints.h"
 #include "wizard/step.h"
 
+class QTimer;
 class QToolButton;
 
 namespace tessarine {
@@ -53,7 +54,7 @@ class fBatch : public QWidget, private Platform {
     std::optional<std::string> saveDialog(const std::string& filter) override;
     std::optional<std::string> openDialog(const std::string& filter) override;
     void giveWay() override;
-    void changed(std::string_view control) override { repaints_.changed(control); }
+    void changed(std::string_view control) override;
     void openPath(const std::string& path) override;
     void loadWindow() override;
     void unloadWindow() override;
@@ -79,6 +80,7 @@ class fBatch : public QWidget, private Platform {
     Desktop& desktop_;
     Repaints repaints_;
     std::string dialogFolder_;
+    QTimer* tmrIdle_;
     cBatch batch_;
     StepStrip* strip_ = nullptr;  ///< nothing while no window is loaded, as SB
     StatusBar* SB_ = nullptr;

@@ -160,7 +160,7 @@ int runProgram(int argumentCount, char** arguments) {
 
     SystemDesktop desktop;
     CodecFiles files(helpers());
-    const UsePixelMemory shared(files.memory());
+    const HandOverMemory shared(files.memory());
     fBatch window(desktop, files);
     fSplash splash(programPicture("splash"), splashSize);
     const LeavingRequests requests([&window] { leave(window); });

@@ -90,6 +90,13 @@ std::string bashCompletion(const Program& program, const std::vector<FunctionKey
                 fmt::format("        {})\n            {}\n            return\n            ;;\n",
                             joinedBy(" | ", option.names), replyFor(option));
     }
+    std::string takers;
+    for (const OptionEntry& option : program.options)
+        if (option.takesMany)
+            takers += fmt::format(
+                "    if [[ \" ${{words[*]}} \" == *\" {} \"* ]]; then\n        {}\n"
+                "        return\n    fi\n",
+                option.name(), replyFor(option));
     if (!cases.empty()) script += "    case $prev in\n" + cases + "    esac\n";
     script += fmt::format(
         "    $split && return\n"
@@ -97,8 +104,8 @@ std::string bashCompletion(const Program& program, const std::vector<FunctionKey
         "        COMPREPLY=($(compgen -W {} -- \"$cur\"))\n"
         "        return\n"
         "    fi\n"
-        "    _filedir '@({})'\n}} &&\n    complete -F _@ {}\n",
-        shellQuoted(joinedBy(" ", names)), joinedBy("|", program.extensions), program.name);
+        "{}    _filedir '@({})'\n}} &&\n    complete -F _@ {}\n",
+        shellQuoted(joinedBy(" ", names)), takers, joinedBy("|", program.extensions), program.name);
     return replaced(std::move(script), "_@", "_" + replaced(program.name, "-", "_"));
 }
 

@@ -35,7 +35,7 @@ void runOverSample(const std::vector<FunctionSource>& functions, const fs::path&
     line.to = target.parent_path().string();
     line.name = target.stem().string();
     line.format = "png";
-    line.overwrite = true;
+    line.onExists = OnExists::overwrite;
     TerminalPlatform platform;
     cBatch batch(platform);
     prepareRun(batch, line);

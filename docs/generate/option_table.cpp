@@ -41,7 +41,8 @@ void chooseValue(OptionEntry& entry) {
     using Value = OptionEntry::Value;
     static const std::set<std::string> free{"N", "SECONDS", "MIB", "TEXT", "K/N"};
     std::string name = entry.valueName;
-    if (name.ends_with("...")) name.resize(name.size() - 3);
+    entry.takesMany = name.ends_with("...");
+    if (entry.takesMany) name.resize(name.size() - 3);
 
     entry.value = Value::file;
     if (name.empty()) {

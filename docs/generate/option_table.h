@@ -25,6 +25,7 @@ struct OptionEntry {
     std::vector<std::string> words;
     std::string extension;
     bool isRepeatable = false;  ///< may be given again and again
+    bool takesMany = false;     ///< takes all words up to the next option
 
     /// The long name, or the short one where there is no other.
     const std::string& name() const { return names.back(); }

@@ -205,7 +205,7 @@ class Session {
     void makeRoom(uint64_t ceiling) {
         if (service_.limits.isTight(ceiling)) {
             cache_.clear();
-            pixelMemory().giveBack();
+            giveBackPixelMemory();
             emptyHeap();
         }
         service_.limits.begin(ceiling);

@@ -45,6 +45,9 @@ damaged one costs itself and no other.
 .
 This package contains the program for scripts and servers, tessarine-batch.")
 
+# tessarine-array is for machines that have it.
+set(CPACK_DEBIAN_RUNNER_PACKAGE_SUGGESTS slurm-client)
+
 set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME tessarine)
 set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "tessarine-batch (= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 # Folders, pages and results are opened in the desktop's own programs.

@@ -21,8 +21,8 @@ need() {
 }
 
 shell_scripts() {
-    find "$root/script" "$root/.ci" "$root/samples" "$root/docs" "$root/tests/house" \
-        "$root/tests/packaging" -type f \
+    find "$root/script" "$root/.ci" "$root/samples" "$root/docs" "$root/packaging" \
+        "$root/tests/house" "$root/tests/packaging" -type f \
         -exec grep -lE -m1 '^#!/usr/bin/env bash' {} +
 }
 
@@ -70,6 +70,42 @@ case $check in
         status=0
         "$root/script/test" --fuzz=soon 2>"$scratch/said" || status=$?
         ((status == 2)) || fail "script/test --fuzz=soon ends with $status"
+        status=0
+        "$root/script/test" --slurm=some 2>"$scratch/said" || status=$?
+        ((status == 2)) || fail "script/test --slurm=some ends with $status"
+        ;;
+    array_refuses_what_shards_cannot_do)
+        array=$root/packaging/slurm/tessarine-array
+        "$array" --help | grep -q '^usage: tessarine-array' || fail "--help does not tell the usage"
+        refused() {
+            local expected=$1 word=$2 status=0
+            shift 2
+            (cd "$scratch" && "$array" "$@") >"$scratch/printed" 2>"$scratch/said" || status=$?
+            ((status == expected)) || fail "tessarine-array $* ends with $status"
+            [[ ! -s $scratch/printed && $(wc -l <"$scratch/said") == 1 ]] ||
+                fail "tessarine-array $* does not complain in one line: $(cat "$scratch/said")"
+            grep -qF -- "$word" "$scratch/said" ||
+                fail "tessarine-array $* says: $(cat "$scratch/said")"
+        }
+        for option in $("$array" --help | grep -oE '^  --[a-z-]+'); do
+            sed 's/\\-/-/g' "$root/docs/man/tessarine-array.1" | grep -qE "^\.BI? $option( |$)" ||
+                fail "the manual page does not tell $option"
+        done
+        refused 2 '--nonsense' --nonsense
+        refused 2 'expected --'
+        refused 2 'expected --' --shards 4
+        refused 2 '--shards: a value' --shards
+        refused 2 "'0' is no number" --shards 0 -- --to out in
+        refused 2 "'-3' is no number" --max-shards=-3 -- --to out in
+        refused 2 "'soon' is no time" --task-start soon -- --to out in
+        for option in --shard --report --failed-list --merge-reports --dry-run; do
+            refused 2 "$option" -- --to out "$option" 0/2 in
+        done
+        refused 2 '--report' -- --to out --report=r in
+        refused 2 '--from' -- --to out --from -
+        refused 2 '--from' -- --to out --from=-
+        refused 3 "'$scratch/none' is no program" --program "$scratch/none" -- --to out in
+        [[ -z $(find "$scratch" -mindepth 1 -type d) ]] || fail "a refusal leaves a folder"
         ;;
     demo_refuses_a_folder_that_is_not_there)
         status=0

@@ -25,6 +25,8 @@ CASES = [
     ("--pictures bas", ["--pictures", "basket.qpkl"]),
     ("--to ou", ["--to", "out"]),
     ("hol", ["holiday.JPG"]),
+    ("--shard au", ["--shard", "auto"]),
+    ("--merge-reports rep1.jsonl rep2", ["--merge-reports", "rep1.jsonl", "rep2.jsonl"]),
     ("--apply Contr", ["--apply", "Contrast"]),
     ("--apply Rotate\\ I", ["--apply", "Rotate Intelligently"]),
     ("--apply \"Rotate I", ["--apply", "Rotate Intelligently"]),
@@ -38,7 +40,7 @@ WINDOW_CASES = [
     ("hol", ["holiday.JPG"]),
 ]
 FILES = ["warm.qfk", "warnings.txt", "basket.qpkl", "basics.txt", "outline.txt", "holiday.JPG",
-         "holes.txt"]
+         "holes.txt", "rep1.jsonl", "rep2.jsonl"]
 SHOW = "{ printf '<%s>' \"$@\"; echo '<end>'; }"
 
 

@@ -119,7 +119,7 @@ case $check in
         ;;
     manual_pages_have_no_warnings)
         need groff
-        for page in "$build/packaging/man/tessarine-batch.1" "$root/docs/man/tessarine.1"; do
+        for page in "$build/packaging/man/tessarine-batch.1" "$root"/docs/man/*.1; do
             groff -man -Tutf8 -ww -z "$page" 2>"$scratch/said" ||
                 fail "groff refuses $page: $(cat "$scratch/said")"
             [[ ! -s $scratch/said ]] || fail "$(cat "$scratch/said")"
