@@ -15,17 +15,18 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::array<std::string_view, 39> acceptedExtensions{
+constexpr std::array<std::string_view, 39> extensions{
     "bmp", "jpg", "jpeg", "cut",  "lbm",  "pcd", "pic", "png", "ppm", "pbm", "pgm", "sgi", "tga",
     "vst", "vda", "icb",  "tif",  "tiff", "lif", "mng", "jng", "dcx", "psd", "pdd", "psp", "pix",
     "pxr", "xpm", "rgb",  "rgba", "bw",   "gif", "wmf", "emf", "dib", "koa", "ras", "iff", "pcx"};
 
 }  // namespace
 
+std::span<const std::string_view> acceptedExtensions() { return extensions; }
+
 bool isAcceptedPicture(std::string_view path) {
     const std::string extension = lowerCase(extensionOf(path));
-    return std::find(acceptedExtensions.begin(), acceptedExtensions.end(), extension) !=
-           acceptedExtensions.end();
+    return std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
 }
 
 std::vector<std::string> fileNamesIn(const std::string& folder) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -7,6 +8,9 @@
 // Which files of a folder are pictures to choose from, wherever they are chosen.
 
 namespace tessarine {
+
+/// The extensions of these files, in lower case.
+std::span<const std::string_view> acceptedExtensions();
 
 /// Whether a path's extension, in any case, is one of those that folders are searched for. Other
 /// files may be readable, but have to be named one by one.

@@ -77,5 +77,5 @@ function(tessarine_room_target target level)
   endif()
   set_target_properties(${target} PROPERTIES OUTPUT_NAME tessarine_${name}
     LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${folder} INSTALL_RPATH "\$ORIGIN")
-  install(TARGETS ${target} LIBRARY DESTINATION ${folder})
+  install(TARGETS ${target} LIBRARY DESTINATION ${folder} COMPONENT runner)
 endfunction()

@@ -9,6 +9,7 @@
 
 #include "batch/texts.h"
 #include "imagefiles/format_table.h"
+#include "runner/options.h"
 #include "runner/refusal.h"
 
 namespace tessarine {
@@ -116,9 +117,10 @@ void refuseBesideMergedReports(const CLI::App& app) {
                                option->get_name(), mergeReports));
 }
 
-}  // namespace
-
-std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
+/// Reads the command line, or, with a visitor, shows it the options and reads nothing. Where they
+/// are declared their values are local, so one function does both.
+std::optional<CommandLine> readOrShow(int argc, const char* const* argv,
+                                      const OptionsVisitor& visitor) {
     CommandLine line;
     CLI::App app{
         "Runs a chain of image functions over many pictures, without a window.\n"
@@ -250,6 +252,10 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
     app.add_flag("--list-formats", line.listFormats, "All output formats");
     for (const char* name : {"--list-functions", "--list-formats", "--help", "--version"})
         app.get_option(name)->group("Asking");
+    if (visitor) {
+        visitor(app);
+        return std::nullopt;
+    }
 
     for (CLI::Option* option : app.get_options())
         if (option->get_expected_max() > 0) option->transform(withoutMark);
@@ -317,6 +323,14 @@ std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
     if (failFast) line.maxFailures = 1;
     return line;
 }
+
+}  // namespace
+
+std::optional<CommandLine> readCommandLine(int argc, const char* const* argv) {
+    return readOrShow(argc, argv, nullptr);
+}
+
+void visitOptions(const OptionsVisitor& visitor) { readOrShow(0, nullptr, visitor); }
 
 int16_t formatRowOf(const std::string& text) {
     const std::string wanted = lowerCase(trimmed(text));

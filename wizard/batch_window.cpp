@@ -116,6 +116,7 @@ void fBatch::unloadWindow() {
 }
 
 void fBatch::showWindow() {
+    emit showing();
     static_cast<Frame_step1*>(steps_[0])->start();
     show();
     // The window manager holds the frame to the least size, so that it does not flicker back.

@@ -37,6 +37,8 @@ class fBatch : public QWidget, private Platform {
     void openPaths(const std::vector<std::string>& paths);
 
   signals:
+    /// The window comes to stand at once.
+    void showing();
     /// The window stands; the splash window is no longer needed.
     void ready();
     /// The window was closed and its settings are written.

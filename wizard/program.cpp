@@ -169,6 +169,10 @@ int runProgram(int argumentCount, char** arguments) {
         window.start();
         window.openPaths(line.paths);
     });
+    // A window manager that still sees the splash window takes the next one for something that
+    // comes up by itself while a person works elsewhere, as in the file manager that started the
+    // program, and opens it behind.
+    QObject::connect(&window, &fBatch::showing, &splash, &QWidget::hide);
     QObject::connect(&window, &fBatch::ready, &splash, &QWidget::close);
     QObject::connect(&window, &fBatch::closed, &window, [] { QCoreApplication::exit(0); });
     splash.show();

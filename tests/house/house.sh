@@ -22,7 +22,7 @@ need() {
 
 shell_scripts() {
     find "$root/script" "$root/.ci" "$root/samples" "$root/docs" "$root/packaging" \
-        "$root/tests/house" -type f \
+        "$root/tests/house" "$root/tests/packaging" -type f \
         -exec grep -lE -m1 '^#!/usr/bin/env bash' {} +
 }
 
@@ -55,13 +55,13 @@ case $check in
         shell_scripts | xargs -d '\n' shellcheck
         ;;
     scripts_tell_their_usage)
-        for script in bootstrap demo test bench docs screenshots reliability with-screen; do
+        for script in bootstrap demo test bench docs package screenshots reliability with-screen; do
             "$root/script/$script" --help | grep -q "^usage: script/$script" ||
                 fail "script/$script --help does not tell the usage"
         done
         ;;
     scripts_refuse_what_they_do_not_know)
-        for script in bootstrap demo bench docs screenshots reliability with-screen; do
+        for script in bootstrap demo bench docs package screenshots reliability with-screen; do
             status=0
             "$root/script/$script" --nonsense 2>"$scratch/said" || status=$?
             ((status == 2)) || fail "script/$script --nonsense ends with $status"
@@ -159,26 +159,6 @@ pixels/bad.h:1:#include "filters/lookup.h"'
     samples_stay_small)
         bytes=$(find "$root/samples" -maxdepth 1 -type f -printf '%s\n' | awk '{ sum += $1 } END { print sum }')
         ((bytes < 8000000)) || fail "the sample pictures have $bytes bytes, 8000000 at most are wanted"
-        ;;
-    manual_page_has_no_warnings)
-        need groff
-        for page in "$root"/docs/man/*.1; do
-            groff -man -Tutf8 -ww -z "$page" 2>"$scratch/said" ||
-                fail "groff refuses $page: $(cat "$scratch/said")"
-            [[ ! -s $scratch/said ]] || fail "$page: $(cat "$scratch/said")"
-        done
-        ;;
-    manual_page_tells_every_option)
-        runner=$3
-        options=$("$runner" --help | grep -oE -- '(^| |,)--?[a-z0-9][a-z-]*' | tr -d ' ,' | sort -u)
-        [[ -n $options ]] || fail "the runner's --help tells no options"
-        sed 's/\\-/-/g' "$root/docs/man/tessarine-batch.1" >"$scratch/page"
-        for option in $options; do
-            # The short form of --help is the library's own.
-            [[ $option == -h ]] && continue
-            grep -qE -- "^\.(B|BI|BR) \"?$option( |$)" "$scratch/page" ||
-                fail "the manual page does not tell $option"
-        done
         ;;
     programs_load_no_decoders)
         shift 2

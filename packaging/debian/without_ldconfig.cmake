@@ -1,0 +1,21 @@
+# CPack has the system's table of libraries made anew for any library one folder below /usr/lib.
+# Ours are looked for by our own programs alone; run by CPack on the packages that it has made.
+foreach(package IN LISTS CPACK_PACKAGE_FILES)
+  set(tree ${CPACK_TEMPORARY_DIRECTORY}/unpacked)
+  file(REMOVE_RECURSE ${tree})
+  execute_process(COMMAND dpkg-deb --raw-extract ${package} ${tree} COMMAND_ERROR_IS_FATAL ANY)
+  set(isChanged OFF)
+  foreach(name postinst postrm)
+    if(EXISTS ${tree}/DEBIAN/${name})
+      file(READ ${tree}/DEBIAN/${name} script)
+      if(script MATCHES ldconfig)
+        file(REMOVE ${tree}/DEBIAN/${name})
+        set(isChanged ON)
+      endif()
+    endif()
+  endforeach()
+  if(isChanged)
+    execute_process(COMMAND dpkg-deb --root-owner-group --build ${tree} ${package}
+      OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+  endif()
+endforeach()
