@@ -31,6 +31,17 @@ struct Program {
     cBatch batch{platform};
 };
 
+TEST(Recipe, ChangesWithWhatIsKeptOfMetadata) {
+    const Program program;
+    const PictureTask task{1, "/in/a.png", "/out/1.bmp"};
+    std::set<std::string> keys;
+    for (const MetadataWishes& wishes :
+         {MetadataWishes{}, MetadataWishes{true, false, false}, MetadataWishes{false, true, false},
+          MetadataWishes{false, true, true}})
+        keys.insert(Recipe(program.batch, wishes).keyOf(task));
+    EXPECT_EQ(keys.size(), 4U);
+}
+
 TEST(Recipe, IsTheSameForTheSame) {
     EXPECT_EQ(Program().key(), Program().key());
     EXPECT_EQ(Program().key().size(), 32U);
@@ -105,7 +116,7 @@ TEST(Recipe, TakesNoOtherFunctionForOneThatDrawsThem) {
                        {2, folder / "a.ppm", folder / "2.bmp"}};
         batch.BatchEach(order);
         const bool isSame = readFile(folder / "1.bmp") == readFile(folder / "2.bmp");
-        const Recipe recipe(batch);
+        const Recipe recipe(batch, {});
         EXPECT_EQ(isSame, recipe.keyOf(order.tasks[0]) == recipe.keyOf(order.tasks[1]))
             << function.name;
     }
