@@ -319,6 +319,17 @@ TEST_F(Frame, ClosedWhileMinimisedItKeepsTheLastStoredSizeAndState) {
     EXPECT_EQ(stored().maximized, 0);
 }
 
+TEST_F(Frame, TellsThatItComesBeforeItIsSeenAndThatItStandsAfterwards) {
+    std::vector<std::pair<std::string, bool>> told;
+    QObject::connect(&window, &fBatch::showing,
+                     [&] { told.emplace_back("showing", window.isVisible()); });
+    QObject::connect(&window, &fBatch::ready,
+                     [&] { told.emplace_back("ready", window.isVisible()); });
+    start();
+    EXPECT_EQ(told,
+              (std::vector<std::pair<std::string, bool>>{{"showing", false}, {"ready", true}}));
+}
+
 TEST_F(Frame, ASecondInstanceIsWarnedWritesTheSettingsAndStartsAllTheSame) {
     desktop.another = true;
     bool stoodAtTheWarning = true;
