@@ -31,8 +31,8 @@ std::string functionsHelperWith(const std::vector<FunctionKeys>& functions) {
     return replaced(functionsHelper, "@KEYS@", keys);
 }
 
-/// Within the brackets of a specification, or between its colons.
-std::string inSpecification(std::string text) {
+/// Within the brackets of an argument, or between its colons.
+std::string inBrackets(std::string text) {
     for (const std::string_view sign : {"\\", "[", "]", ":"})
         text = replaced(std::move(text), sign, "\\" + std::string(sign));
     return text;
@@ -56,7 +56,7 @@ std::string actionFor(const OptionEntry& option) {
     }
 }
 
-std::string specificationsOf(const OptionEntry& option) {
+std::string argumentsOf(const OptionEntry& option) {
     std::string lines;
     for (const std::string& name : option.names) {
         std::string text =
@@ -64,9 +64,9 @@ std::string specificationsOf(const OptionEntry& option) {
         text += name;
         const bool takesValue = option.value != OptionEntry::Value::none;
         if (takesValue) text += name.starts_with("--") ? "=" : "+";
-        text += fmt::format("[{}]", inSpecification(option.description));
+        text += fmt::format("[{}]", inBrackets(option.description));
         if (takesValue)
-            text += fmt::format(":{}:{}", inSpecification(option.valueName), actionFor(option));
+            text += fmt::format(":{}:{}", inBrackets(option.valueName), actionFor(option));
         lines += fmt::format("    {} \\\n", shellQuoted(text));
     }
     return lines;
@@ -81,7 +81,7 @@ std::string zshCompletion(const Program& program, const std::vector<FunctionKeys
     if (takesFunctions(program)) script += functionsHelperWith(functions);
     script += "\n_@() {\n  _arguments -S \\\n";
     for (const OptionEntry& option : program.options)
-        script += specificationsOf(option);
+        script += argumentsOf(option);
     script += fmt::format("    {}\n}}\n\n_@ \"$@\"\n",
                           shellQuoted(fmt::format("*:file:_files -g \"*.(#i)({})\"",
                                                   joinedBy("|", program.extensions))));
