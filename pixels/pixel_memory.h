@@ -40,8 +40,8 @@ class HandOverMemory {
 };
 
 /// While this lives, buffers made on this thread are those that are soon handed over. Memory that
-/// another process sees too is had in small pages only, in which a filter takes a fifth longer, so
-/// that other buffers keep out of it.
+/// another process sees too is had in small pages only, in which a filter takes a quarter longer,
+/// so that other buffers keep out of it.
 class SoonHandedOver {
   public:
     SoonHandedOver();
