@@ -56,23 +56,14 @@ Colour lowBytes(const RedGreenBlue& rgb) { return {rgb.b & 255, rgb.g & 255, rgb
 /// The colour of a hue, saturation and lightness.
 Colour colourOf(float H, float S, float L) { return lowBytes(HLSToRGB(H, S, L)); }
 
-/// Gives each pixel a colour by the sum of its channels.
-class BySum {
-  public:
-    /// \param colour gives the colour of sum / 765
-    template <class ColourOf>
-    explicit BySum(ColourOf colour) {
-        for (size_t sum = 0; sum < colours_.size(); ++sum)
-            colours_[sum] = bitsOfColour(colour(static_cast<double>(sum) / 765));
-    }
-    /// As a change of colours, for as long as this lives.
-    auto change() const {
-        return [colours = colours_.data()](const Colour& c) { return colours[sumOf(c)]; };
-    }
-
-  private:
-    std::array<uint32_t, 766> colours_;
-};
+/// The colours that `colour(sum / 765)` gives for each sum of a pixel's channels.
+template <class ColourOf>
+ColoursOfSums coloursOfSums(ColourOf colour) {
+    ColoursOfSums colours;
+    for (size_t sum = 0; sum < colours.size(); ++sum)
+        colours[sum] = bitsOfColour(colour(static_cast<double>(sum) / 765));
+    return colours;
+}
 
 /// The brightness by which RotateL goes, 0 to 255.
 double weighted(const Colour& c) { return 0.707 * c.green + 0.071 * c.blue + 0.222 * c.red; }
@@ -138,10 +129,9 @@ float hundredths(int32_t value) { return single(value / 100.0); }
 }  // namespace
 
 PixelBuffer cBitFilter::COLORIZE(float Hue, float SATURATION, float Luminosity) {
-    const BySum bySum([=](double lightness) {
-        return colourOf(Hue, SATURATION, single(lightness * Luminosity));
-    });
-    return filterPixels(OnFailure::raise, bySum.change());
+    return filterSums(OnFailure::raise, coloursOfSums([=](double lightness) {
+                          return colourOf(Hue, SATURATION, single(lightness * Luminosity));
+                      }));
 }
 
 PixelBuffer cBitFilter::ISOLATE(int32_t Color, int32_t EraseColor, int32_t Tolerance) {
@@ -220,7 +210,7 @@ PixelBuffer cBitFilter::StretchH(int32_t HOffset, int32_t SATURATION, int32_t HS
     const double offset = hueOffset(HOffset);
     const float saturation = hundredths(SATURATION);
     const double step = single(HStep / 10.0);
-    const BySum bySum([=](double lightness) {
+    const auto colourAt = [=](double lightness) {
         const float V = single(lightness);
         float H = single(3 * std::sin(step * V) + offset);
         if (H < -1)
@@ -228,8 +218,8 @@ PixelBuffer cBitFilter::StretchH(int32_t HOffset, int32_t SATURATION, int32_t HS
         else if (H > 5)
             H = single(double{H} - 6);
         return colourOf(H, saturation, V);
-    });
-    return filterPixels(OnFailure::skip, bySum.change());
+    };
+    return filterSums(OnFailure::skip, coloursOfSums(colourAt));
 }
 
 }  // namespace tessarine

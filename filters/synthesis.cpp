@@ -465,7 +465,7 @@ PixelBuffer cBitFilter::NOISE(int32_t Factor, bool Equalized) {
 PixelBuffer cBitFilter::Scanlines(int32_t Factor) {
     const Levels levels = makeLevels([=](int32_t i) { return lowByte(std::max(i - Factor, 0)); });
     const auto darken = throughLevels(levels);
-    PixelBuffer result = bits_;
+    PixelBuffer result = copyOfImage();
     const Rect scan = regionBox(0).scan;
     const int32_t outside = PixelBuffer::margin;
     Pixel* block = bits_.isDimensioned() ? result.writableBlock() : nullptr;
@@ -490,7 +490,7 @@ PixelBuffer cBitFilter::Grid(int32_t HStep, int32_t VStep, bool ForceMargins, in
     const Pixel line = colourOf(Color);
     const auto blend = throughLevels(underLine(line.blue, Opacity), underLine(line.green, Opacity),
                                      underLine(line.red, Opacity));
-    PixelBuffer result = bits_;
+    PixelBuffer result = copyOfImage();
     Pixel* block = bits_.isDimensioned() ? result.writableBlock() : nullptr;
     const auto draw = [&](const Rect& pixels) {
         paintRuns(block, pixels, [&](const RowRun& run) {
@@ -501,16 +501,26 @@ PixelBuffer cBitFilter::Grid(int32_t HStep, int32_t VStep, bool ForceMargins, in
     };
     const Rect scan = regionBox(0).scan;
     const int32_t outside = PixelBuffer::margin;
-    for (const int32_t y : steps(scanTop_, scanBottom_, VStep, -outside, maxY_ + outside)) {
-        draw({scan.left, y, scan.right, y + 1});
-        report(y, maxY_, OnFailure::skip);
-    }
+    // Lines of one direction by number, divided among threads.
+    const auto drawAll = [&](const std::vector<int32_t>& lines, int32_t last, int32_t height,
+                             const auto& pixelsOf) {
+        const auto at = [&](int32_t number) { return lines[static_cast<size_t>(number)]; };
+        forRows(
+            0, static_cast<int32_t>(lines.size()),
+            [&](int32_t number) { draw(pixelsOf(at(number))); },
+            [&](int32_t number) { report(at(number), last, OnFailure::skip); }, height);
+    };
+    drawAll(steps(scanTop_, scanBottom_, VStep, -outside, maxY_ + outside), maxY_, 1,
+            [&](int32_t y) {
+                return Rect{scan.left, y, scan.right, y + 1};
+            });
     if (ForceMargins) draw({scan.left, maxY_, scan.right, maxY_ + 1});
-    for (const int32_t x : steps(scanLeft_, scanRight_, HStep, -outside, maxX_ + outside)) {
-        // From the row whose number is that of the leftmost column.
-        draw({x, scanLeft_, x + 1, scan.bottom});
-        report(x, maxX_, OnFailure::skip);
-    }
+    // From the row whose number is that of the leftmost column. What a column takes grows with its
+    // height.
+    drawAll(steps(scanLeft_, scanRight_, HStep, -outside, maxX_ + outside), maxX_, bandHeight(),
+            [&](int32_t x) {
+                return Rect{x, scanLeft_, x + 1, scan.bottom};
+            });
     if (ForceMargins) draw({maxX_, scan.top, maxX_ + 1, scan.bottom});
     raiseProgress(100);
     return result;

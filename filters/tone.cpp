@@ -133,7 +133,7 @@ PixelBuffer cBitFilter::GammaCorrection(int32_t Factor) {
     const Levels levels = makeLevels([=](int32_t v) {
         return c <= 0 ? uint8_t{0} : toByte(std::pow(v / 255.0, 1.0 / double{c}) * 255.0);
     });
-    return filterPixels(OnFailure::skip, byLevels(levels));
+    return filterLevels(OnFailure::skip, levels);
 }
 
 PixelBuffer cBitFilter::Equalize() {
@@ -148,7 +148,7 @@ PixelBuffer cBitFilter::Equalize() {
         });
         return level;
     });
-    return filterPixels(OnFailure::skip, byLevels(levels));
+    return filterLevels(OnFailure::skip, levels);
 }
 
 PixelBuffer cBitFilter::SATURATION(int32_t Factor) {
@@ -188,7 +188,7 @@ PixelBuffer cBitFilter::Reduction(int32_t Factor) {
     const Levels levels = makeLevels([=](int32_t i) {
         return clampToByte(roundToInteger(static_cast<double>(i) / step) * step);
     });
-    return filterPixels(OnFailure::raise, byLevels(levels));
+    return filterLevels(OnFailure::raise, levels);
 }
 
 PixelBuffer cBitFilter::KillChannel(bool rChannel, bool gChannel, bool bChannel) {

@@ -16,6 +16,15 @@ int32_t blend(int32_t first, int32_t second, int32_t fraction) {
 
 int32_t channelOf(Word word, int32_t shift) { return static_cast<int32_t>(word >> shift & 255); }
 
+/// The three colours of two pixels, blended.
+[[gnu::always_inline]] inline Word blendWords(Word first, Word second, int32_t fraction) {
+    const auto blended = [=](int32_t shift) {
+        return static_cast<Word>(blend(channelOf(first, shift), channelOf(second, shift), fraction))
+               << shift;
+    };
+    return blended(blueShift) | blended(greenShift) | blended(redShift);
+}
+
 }  // namespace
 
 Pixel mixedAt(const PixelBuffer& bits, const SinglePoint& place) {
@@ -35,19 +44,27 @@ Pixel mixedAt(const PixelBuffer& bits, const SinglePoint& place) {
     return {mixed(&Pixel::blue), mixed(&Pixel::green), mixed(&Pixel::red), 0};
 }
 
+void mixRows(const Word* upper, const Word* lower, int32_t count, int32_t down,
+             Word* __restrict mixed) {
+    for (int32_t i = 0; i < count; ++i)
+        mixed[i] = blendWords(upper[i], lower[i], down);
+}
+
+void mixNeighbours(const OfStretch<uint32_t>& left, const OfStretch<uint32_t>& right,
+                   const OfStretch<int32_t>& across, int32_t count, Word* __restrict mixed) {
+    for (int32_t i = 0; i < count; ++i) {
+        const auto k = static_cast<size_t>(i);
+        mixed[i] = blendWords(left[k], right[k], across[k]);
+    }
+}
+
 void mixCorners(const Corners& corners, int32_t count, Word* __restrict mixed) {
     for (int32_t i = 0; i < count; ++i) {
         const auto k = static_cast<size_t>(i);
-        Word word = 0;
-#pragma GCC unroll 3
-        for (const int32_t shift : {blueShift, greenShift, redShift}) {
-            const int32_t left = blend(channelOf(corners.upperLeft[k], shift),
-                                       channelOf(corners.lowerLeft[k], shift), corners.down[k]);
-            const int32_t right = blend(channelOf(corners.upperRight[k], shift),
-                                        channelOf(corners.lowerRight[k], shift), corners.down[k]);
-            word |= static_cast<Word>(blend(left, right, corners.across[k])) << shift;
-        }
-        mixed[i] = word;
+        const Word left = blendWords(corners.upperLeft[k], corners.lowerLeft[k], corners.down[k]);
+        const Word right =
+            blendWords(corners.upperRight[k], corners.lowerRight[k], corners.down[k]);
+        mixed[i] = blendWords(left, right, corners.across[k]);
     }
 }
 

@@ -47,6 +47,15 @@ struct Corners {
     }
 };
 
+/// Mixes the colours of two rows of pixels: `down` parts of the way from the upper to the lower
+/// one, rounded, ties to even. The fourth bytes are 0.
+void mixRows(const Word* upper, const Word* lower, int32_t count, int32_t down,
+             Word* __restrict mixed);
+
+/// The same of the first `count` pixels and their right neighbours, each with parts of its own.
+void mixNeighbours(const OfStretch<uint32_t>& left, const OfStretch<uint32_t>& right,
+                   const OfStretch<int32_t>& across, int32_t count, Word* __restrict mixed);
+
 /// Mixes the colours of the first `count` pixels' corners: left and right ones each first, rounded,
 /// ties to even. The fourth bytes are 0.
 void mixCorners(const Corners& corners, int32_t count, Word* __restrict mixed);

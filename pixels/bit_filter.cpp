@@ -52,6 +52,18 @@ void cBitFilter::Bits(PixelBuffer given) {
     fullRect_ = {0, 0, maxX_ + 1, maxY_ + 1};
 }
 
+PixelBuffer cBitFilter::filterLevels(OnFailure mode, const Levels& levels) {
+    return fillRows(mode, regionBox(0), [&levels](const RowRun& run) {
+        changeLevels(levels, run.source.data(), run.result.data(), run.source.size());
+    });
+}
+
+PixelBuffer cBitFilter::filterSums(OnFailure mode, const ColoursOfSums& colours) {
+    return fillRows(mode, regionBox(0), [&colours](const RowRun& run) {
+        changeSums(colours, run.source.data(), run.result.data(), run.source.size());
+    });
+}
+
 int32_t cBitFilter::GetLMax() const {
     const auto ofRow = [](std::span<const Pixel> row) {
         Largest largest{0};
@@ -145,11 +157,21 @@ int32_t cBitFilter::bandHeight() const {
     return static_cast<int32_t>(std::max<int64_t>(1, bandPixels() / bits_.stride()));
 }
 
-int32_t cBitFilter::rowsAtOnce(int32_t band) const {
+int32_t cBitFilter::rowsAtOnce() const {
     constexpr int64_t listenersPixels = int64_t{1} << 20;
-    if (filterThreads() == 1) return band;
+    if (filterThreads() == 1) return bandHeight();
     if (!Progress) return std::numeric_limits<int32_t>::max();
-    return static_cast<int32_t>(std::max<int64_t>(band, listenersPixels / bits_.stride()));
+    return static_cast<int32_t>(std::max<int64_t>(bandHeight(), listenersPixels / bits_.stride()));
+}
+
+PixelBuffer cBitFilter::copyOfImage() const {
+    if (!bits_.isDimensioned()) return bits_;
+    PixelBuffer copy(bits_.width(), bits_.height(), PixelBuffer::Start::unset);
+    Pixel* block = copy.writableBlock();
+    forRows(
+        -PixelBuffer::margin, bits_.height() + PixelBuffer::margin,
+        [&](int32_t y) { copyImage(block, startOfRow(y), startOfRow(y + 1)); }, [](int32_t) {});
+    return copy;
 }
 
 std::vector<int32_t> cBitFilter::steps(int32_t from, int32_t to, int32_t step, int64_t lowest,

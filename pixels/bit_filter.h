@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -10,7 +12,9 @@
 
 #include "pixels/failures.h"
 #include "pixels/filter_kernel.h"
+#include "pixels/levels.h"
 #include "pixels/pixel_buffer.h"
+#include "pixels/point_loops.h"
 #include "pixels/random_generator.h"
 #include "pixels/region.h"
 
@@ -330,6 +334,11 @@ class cBitFilter {
     /// whose numbers are 0 to 255 in both directions; or bitsOfColour() of one.
     template <class Change>
     PixelBuffer filterPixels(OnFailure mode, Change change);
+    /// The same where each channel goes through a table.
+    PixelBuffer filterLevels(OnFailure mode, const Levels& levels);
+    /// The same where the colours are those of the sum of a pixel's channels: bitsOfColour() of
+    /// `colours[sum]`.
+    PixelBuffer filterSums(OnFailure mode, const ColoursOfSums& colours);
     /// The same where `change` changes those pixels alone of which `concerns(colours)` holds.
     /// Pixels far from all of these cost no more than the question.
     template <class Concerns, class Change>
@@ -342,6 +351,10 @@ class cBitFilter {
     /// left to right. The result's fourth bytes are not to be changed.
     template <class Change>
     PixelBuffer filterRows(OnFailure mode, const Walk& walk, Change change);
+    /// The same for a lambda that sets every pixel of its runs: the result's pixels in them hold
+    /// nothing yet.
+    template <class Fill>
+    PixelBuffer fillRows(OnFailure mode, const Walk& walk, Fill fill);
     /// `change(window, result pixel)` for each pixel of the region. The result holds the source's
     /// pixel; its fourth byte is not to be changed.
     template <class Change>
@@ -440,16 +453,30 @@ class cBitFilter {
     /// `work(y)` for rows from `top` up to but without `bottom`, divided among threads, and
     /// `afterRow(y)` for each in order on the caller's thread. Where a row fails, those before it
     /// are done and reported, and its exception goes on.
+    /// \param height how many of the image's rows such a row is as dear as
     template <class Work, class AfterRow>
-    void forRows(int32_t top, int32_t bottom, Work work, AfterRow afterRow) const;
+    void forRows(int32_t top, int32_t bottom, Work work, AfterRow afterRow,
+                 int32_t height = 1) const;
+    /// `make(block, y)` for the rows of a walk puts a whole row of the result, margin included,
+    /// into the block. The rows beyond the walk are the image's.
+    template <class Make>
+    PixelBuffer makeRows(OnFailure mode, const Walk& walk, Make make);
     /// `work(block, y)` for the rows of a walk; the block holds the image in row y and nothing yet
     /// below it. The result is whole at the end.
     template <class Work>
     PixelBuffer rowByRow(OnFailure mode, const Walk& walk, Work work);
+    /// Where a row starts in the block, with its margin.
+    ptrdiff_t startOfRow(int32_t y) const { return bits_.offsetOfRow(y) - PixelBuffer::margin; }
+    /// The image in memory of its own, for members that change parts of it.
+    PixelBuffer copyOfImage() const;
+    /// Copies the image's pixels from one place in its block up to, but without, another.
+    void copyImage(Pixel* block, ptrdiff_t from, ptrdiff_t to) const {
+        std::copy(bits_.block() + from, bits_.block() + to, block + from);
+    }
     /// Rows that one thread works on at a time: short enough to stay in its cache.
     int32_t bandHeight() const;
     /// Rows that are worked on between reports: few where somebody listens.
-    int32_t rowsAtOnce(int32_t band) const;
+    int32_t rowsAtOnce() const;
     /// The values from, from + step, ... up to `to` that lie in lowest to highest. A negative step
     /// counts down to `to`.
     /// \throws StatementFailed for a step of 0 that would never end

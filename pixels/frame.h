@@ -24,7 +24,8 @@ namespace tessarine {
 /// Pixels of the region that stand side by side in one row.
 struct RowRun {
     std::span<const Pixel> source;
-    std::span<Pixel> result;  ///< as long as `source`; holds the source's values at first
+    std::span<Pixel> result;  ///< as long as `source`; holds the source's values at first, unless
+                              ///< it is to be filled
     int32_t x = 0;            ///< of the first pixel
     int32_t y = 0;
 
@@ -164,9 +165,10 @@ class FirstFailure {
 };
 
 template <class Work, class AfterRow>
-void cBitFilter::forRows(int32_t top, int32_t bottom, Work work, AfterRow afterRow) const {
-    const int32_t band = bandHeight();
-    const int32_t atOnce = rowsAtOnce(band);
+void cBitFilter::forRows(int32_t top, int32_t bottom, Work work, AfterRow afterRow,
+                         int32_t height) const {
+    const int32_t band = std::max(bandHeight() / height, 1);
+    const int32_t atOnce = std::max(rowsAtOnce() / height, 1);
     for (int32_t from = top; from < bottom;) {
         const int32_t to = bottom - from > atOnce ? from + atOnce : bottom;
         FirstFailure failure;
@@ -188,34 +190,51 @@ void cBitFilter::forRows(int32_t top, int32_t bottom, Work work, AfterRow afterR
     }
 }
 
-template <class Work>
-PixelBuffer cBitFilter::rowByRow(OnFailure mode, const Walk& walk, Work work) {
+template <class Make>
+PixelBuffer cBitFilter::makeRows(OnFailure mode, const Walk& walk, Make make) {
     if (walk.scan.top >= walk.scan.bottom) {
         raiseProgress(100);
         return bits_;
     }
     PixelBuffer result(bits_.width(), bits_.height(), PixelBuffer::Start::unset);
     Pixel* block = result.writableBlock();
-    // A row is copied when it is worked on: so it is fetched once.
-    const auto copy = [&](int32_t y) {
-        const ptrdiff_t start = bits_.offsetOfRow(y) - PixelBuffer::margin;
-        std::copy_n(bits_.block() + start, bits_.stride(), block + start);
-    };
+    const auto copy = [&](int32_t y) { copyImage(block, startOfRow(y), startOfRow(y + 1)); };
     const auto nothing = [](int32_t) {};
     forRows(-PixelBuffer::margin, walk.scan.top, copy, nothing);
     forRows(walk.scan.bottom, bits_.height() + PixelBuffer::margin, copy, nothing);
-    const auto workOn = [&](int32_t y) {
-        copy(y);
-        work(block, y);
-    };
     const auto report = [&](int32_t y) { reportRow(y + walk.reportShift, mode); };
     if (walk.isInOrder)
         for (int32_t y = walk.scan.top; y < walk.scan.bottom; ++y)
-            workOn(y), report(y);
+            make(block, y), report(y);
     else
-        forRows(walk.scan.top, walk.scan.bottom, workOn, report);
+        forRows(
+            walk.scan.top, walk.scan.bottom, [&](int32_t y) { make(block, y); }, report);
     raiseProgress(100);
     return result;
+}
+
+// A row is copied when it is worked on: so it is fetched once.
+template <class Work>
+PixelBuffer cBitFilter::rowByRow(OnFailure mode, const Walk& walk, Work work) {
+    return makeRows(mode, walk, [&](Pixel* block, int32_t y) {
+        copyImage(block, startOfRow(y), startOfRow(y + 1));
+        work(block, y);
+    });
+}
+
+// What is set is not copied first: where memory is the bound, that would cost half as much again.
+template <class Fill>
+PixelBuffer cBitFilter::fillRows(OnFailure mode, const Walk& walk, Fill fill) {
+    return makeRows(mode, walk, [&](Pixel* block, int32_t y) {
+        ptrdiff_t done = startOfRow(y);
+        paintRuns(block, {walk.scan.left, y, walk.scan.right, y + 1}, [&](const RowRun& run) {
+            const ptrdiff_t from = run.result.data() - block;
+            copyImage(block, done, from);
+            fill(run);
+            done = from + static_cast<ptrdiff_t>(run.result.size());
+        });
+        copyImage(block, done, startOfRow(y + 1));
+    });
 }
 
 template <class Change>
@@ -227,27 +246,29 @@ PixelBuffer cBitFilter::filterRows(OnFailure mode, const Walk& walk, Change chan
 
 template <class Change>
 PixelBuffer cBitFilter::filterPixels(OnFailure mode, Change change) {
-    return filterRows(mode, regionBox(0), [&change](const RowRun& run) {
+    return fillRows(mode, regionBox(0), [&change](const RowRun& run) {
         changeColours(run.source.data(), run.result.data(), run.source.size(), change);
     });
 }
 
 template <class Concerns, class Change>
 PixelBuffer cBitFilter::filterSome(OnFailure mode, Concerns concerns, Change change) {
-    return filterRows(mode, regionBox(0), [&](const RowRun& run) {
+    return fillRows(mode, regionBox(0), [&](const RowRun& run) {
         constexpr size_t atOnce = 64;
         for (size_t from = 0; from < run.source.size(); from += atOnce) {
             const RowRun part = run.part(from, atOnce);
             const size_t count = part.source.size();
             if (anyOf(part.source.data(), count, concerns))
                 changeColours(part.source.data(), part.result.data(), count, change);
+            else
+                std::copy_n(part.source.data(), count, part.result.data());
         }
     });
 }
 
 template <class Start, class Step>
 PixelBuffer cBitFilter::filterSettled(OnFailure mode, Start start, Step step) {
-    return filterRows(mode, regionBox(0), [&](const RowRun& run) {
+    return fillRows(mode, regionBox(0), [&](const RowRun& run) {
         settleColours(run.source.data(), run.result.data(), run.source.size(), start, step);
     });
 }
@@ -303,7 +324,7 @@ template <class Change>
 PixelBuffer cBitFilter::filterChannels(OnFailure mode, const Walk& walk, const Stencil& stencil,
                                        Channels channels, Change change) {
     const uint32_t kept = 255U << shiftOf(channels == Channels::blueGreenRed ? 3 : 0);
-    return filterRows(mode, walk, [&](const RowRun& run) {
+    return fillRows(mode, walk, [&](const RowRun& run) {
         eachChannelWindow(run, stencil, reinterpret_cast<uint8_t*>(run.result.data()), change);
         takeBits(run.source.data(), run.result.data(), run.source.size(), kept);
     });
@@ -312,7 +333,7 @@ PixelBuffer cBitFilter::filterChannels(OnFailure mode, const Walk& walk, const S
 template <class OfChannel, class Join>
 PixelBuffer cBitFilter::filterJoined(OnFailure mode, const Walk& walk, const Stencil& stencil,
                                      OfChannel ofChannel, Join join) {
-    return filterRows(mode, walk, [&](const RowRun& run) {
+    return fillRows(mode, walk, [&](const RowRun& run) {
         constexpr size_t atOnce = 512;  // so that the numbers stay in the nearest cache
         std::array<int16_t, atOnce * sizeof(Pixel)> numbers;
         for (size_t from = 0; from < run.source.size(); from += atOnce) {
@@ -339,7 +360,7 @@ PixelBuffer cBitFilter::filterSquare(OnFailure mode, Point centre, int32_t radiu
         top = std::clamp(top, above, below);
         bottom = std::clamp(bottom, above, below);
     }
-    PixelBuffer result = bits_;
+    PixelBuffer result = copyOfImage();
     Pixel* block = bits_.isDimensioned() ? result.writableBlock() : nullptr;
     const auto paint = [&](int32_t number) {
         const int64_t y = top + number;
@@ -356,7 +377,7 @@ PixelBuffer cBitFilter::filterSquare(OnFailure mode, Point centre, int32_t radiu
 
 template <class PaintCell>
 PixelBuffer cBitFilter::filterCells(OnFailure mode, const CellGrid& grid, PaintCell paintCell) {
-    PixelBuffer result = bits_;
+    PixelBuffer result = copyOfImage();
     const int64_t outside = PixelBuffer::margin;
     const std::vector<int32_t> rows =
         steps(grid.top, grid.bottom, grid.stepY, 1 - outside - grid.height, maxY_ + outside);
@@ -393,7 +414,7 @@ PixelBuffer cBitFilter::filterCells(OnFailure mode, const CellGrid& grid, PaintC
         for (int32_t number = 0; number < count; ++number)
             paintRow(number), reportCells(number);
     else
-        forRows(0, count, paintRow, reportCells);
+        forRows(0, count, paintRow, reportCells, std::max(grid.height, 1));
     raiseProgress(100);
     return result;
 }

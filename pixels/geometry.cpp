@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <span>
 #include <utility>
@@ -63,6 +64,7 @@ void withReads(const PixelBuffer& source, const Rect& reads, Work work) {
 struct Origin {
     int32_t place = 0;
     float fraction = 0;
+    int32_t parts = 0;  ///< the fraction as fractionOf() counts it
 };
 
 /// The origins of `count` columns or rows.
@@ -76,8 +78,8 @@ class Origins {
             // The place goes by the product itself, the fraction by the single that is kept of it.
             const double exact = i * double{scale};
             const double place = std::floor(exact);
-            origins_.push_back(
-                {static_cast<int32_t>(place), single(double{single(exact)} - place)});
+            const float fraction = single(double{single(exact)} - place);
+            origins_.push_back({static_cast<int32_t>(place), fraction, fractionOf(fraction).parts});
         }
     }
 
@@ -127,14 +129,33 @@ Pixel mixedBetween(const At& at, const Origin& column, const Origin& row) {
 /// The same for a stretch whose fractions all can be counted, in a buffer that holds what is read.
 void mixStretch(const PixelBuffer& source, std::span<const Origin> columns, const Origin& row,
                 std::span<Pixel> result) {
-    const Word* above = wordsOf(source.row(row.place));
     const auto count = static_cast<int32_t>(result.size());
+    const int32_t first = columns[0].place;
+    const Word* above = wordsOf(source.row(row.place)) + first;
+    const auto placeOf = [&](int32_t i) { return columns[static_cast<size_t>(i)].place - first; };
+    // Where places lie close to each other, each column between rows serves several of them.
+    std::array<uint32_t, 2 * size_t{stretchLength}> between;
+    const int32_t reach = placeOf(count - 1) + 2;
+    if (reach <= static_cast<int32_t>(between.size())) {
+        mixRows(above, above + source.stride(), reach, row.parts, between.data());
+        OfStretch<uint32_t> left;
+        OfStretch<uint32_t> right;
+        OfStretch<int32_t> across;
+        for (int32_t i = 0; i < count; ++i) {
+            const auto k = static_cast<size_t>(i);
+            const auto place = static_cast<size_t>(placeOf(i));
+            left[k] = between[place];
+            right[k] = between[place + 1];
+            across[k] = columns[k].parts;
+        }
+        mixNeighbours(left, right, across, count, wordsOf(result.data()));
+        return;
+    }
     Corners corners;
-    corners.down.fill(fractionOf(row.fraction).parts);
+    corners.down.fill(row.parts);
     for (int32_t i = 0; i < count; ++i) {
-        const Origin& column = columns[static_cast<size_t>(i)];
-        corners.take(i, above + column.place, source.stride());
-        corners.across[static_cast<size_t>(i)] = fractionOf(column.fraction).parts;
+        corners.take(i, above + placeOf(i), source.stride());
+        corners.across[static_cast<size_t>(i)] = columns[static_cast<size_t>(i)].parts;
     }
     mixCorners(corners, count, wordsOf(result.data()));
 }
@@ -197,7 +218,9 @@ void cBitFilter::BitsCropMasked(const PixelBuffer& srcBits, int32_t X1, int32_t 
 
 void cBitFilter::BitsResample(const PixelBuffer& srcBits, int32_t NewWidth, int32_t NewHeight) {
     const PixelBuffer source = keep(srcBits);
-    Bits(PixelBuffer(NewWidth, NewHeight));
+    PixelBuffer resized(NewWidth, NewHeight, PixelBuffer::Start::unset);
+    resized.clearMargin();
+    Bits(std::move(resized));
     // The failure leaves the empty image, and its size with it: a size that is not the buffer's
     // would lead the next member astray.
     if (NewWidth == 0 || NewHeight == 0) throw StatementFailed("no scale leads to a size of 0");
@@ -219,7 +242,17 @@ void cBitFilter::BitsResample(const PixelBuffer& srcBits, int32_t NewWidth, int3
                 mixStretch(source, columns.from(x), rows[y],
                            {row + x, static_cast<size_t>(std::min(NewWidth - x, stretchLength))});
         };
-        forRows(0, maxY_ + 1, work, [this](int32_t y) { reportRow(y, OnFailure::raise); });
+        int32_t done = 0;
+        try {
+            forRows(0, maxY_ + 1, work, [&](int32_t y) {
+                done = y + 1;
+                reportRow(y, OnFailure::raise);
+            });
+        } catch (...) {
+            for (; done <= maxY_; ++done)
+                std::fill_n(block + bits_.offsetOfRow(done), NewWidth, Pixel{});
+            throw;
+        }
     });
     raiseProgress(100);
 }

@@ -80,6 +80,12 @@ template <class Change>
         to[i] = bitsOfColour(own(colourOfBits(from[i]))) | (from[i] & fourthBits);
 }
 
+/// The colours of each sum of a pixel's channels, as bitsOfColour() gives them.
+using ColoursOfSums = std::array<uint32_t, 3 * 255 + 1>;
+
+/// Each result pixel gets the colours of the sum of the source's, and the source's fourth byte.
+void changeSums(const ColoursOfSums& colours, const Pixel* source, Pixel* result, size_t count);
+
 /// The same by `join(the source's colours, numbers)`, where each pixel has numbers of its own, four
 /// in a row with the last of no meaning.
 template <class Join>
