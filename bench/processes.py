@@ -94,21 +94,20 @@ TOOLS = {"tessarine-batch": tessarine, "floor": floor, "libvips": vips,
          "GraphicsMagick": graphicsmagick, "ImageMagick": imagemagick}
 
 
-def environment(tool):
-    """Whoever runs in a process for each core has one thread in each."""
-    changed = dict(os.environ)
-    if tool not in ("tessarine-batch", "floor"):
-        changed.update(OMP_NUM_THREADS="1", MAGICK_THREAD_LIMIT="1", VIPS_CONCURRENCY="1")
-    return changed
+def environment(threads):
+    """For programs that are told by it how many threads to use."""
+    return dict(os.environ, OMP_NUM_THREADS=str(threads), MAGICK_THREAD_LIMIT=str(threads),
+                VIPS_CONCURRENCY=str(threads))
 
 
-def run(commands, folder, tool):
-    """Wall and processor seconds of processes that start together. Any failure ends it all."""
+def run(commands, folder, threads=1):
+    """Wall and processor seconds of processes that start together, each with so many threads unless
+    it knows better. Any failure ends it all."""
     start = time.monotonic()
     before = os.times()
     children = [subprocess.Popen([str(part) for part in command], cwd=folder,
                                  stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
-                                 env=environment(tool)) for command in commands]
+                                 env=environment(threads)) for command in commands]
     for command, child in zip(commands, children):
         complaint = child.communicate()[1].decode(errors="replace")
         if child.returncode:
@@ -188,7 +187,7 @@ def measure_end_to_end(programs, work, runs, jobs, tools):
         for number in range(0 if job == "png" else -1, rounds):
             for tool in tools:
                 out = emptied(work / "out")
-                figures = run(TOOLS[tool](programs, job, pictures, out), folder, tool)
+                figures = run(TOOLS[tool](programs, job, pictures, out), folder)
                 megabytes[tool] = check(out, len(pictures), size, tool)
                 digests[tool] = digest(out)
                 if number >= 0:

@@ -8,6 +8,12 @@ target_compile_options(tessarine_rules INTERFACE
 # g++ 12 forgets the rounding to a float where it joins two neighbouring chains double, float,
 # double outside of loops into vectors. Loops are vectorised all the same.
 target_compile_options(tessarine_rules INTERFACE -fno-tree-slp-vectorize)
+if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+  # It knows no attribute that keeps one function from becoming vector code, and takes what is
+  # written without a branch for a slip.
+  target_compile_options(tessarine_rules INTERFACE -Wno-unknown-attributes
+    -Wno-bitwise-instead-of-logical -Wno-bitwise-conditional-parentheses)
+endif()
 if(TESSARINE_SANITIZE)
   target_compile_options(tessarine_rules INTERFACE
     -fsanitize=${TESSARINE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

@@ -515,10 +515,12 @@ PixelBuffer cBitFilter::Grid(int32_t HStep, int32_t VStep, bool ForceMargins, in
                 return Rect{scan.left, y, scan.right, y + 1};
             });
     if (ForceMargins) draw({scan.left, maxY_, scan.right, maxY_ + 1});
-    // From the row whose number is that of the leftmost column. What a column takes grows with its
-    // height.
-    drawAll(steps(scanLeft_, scanRight_, HStep, -outside, maxX_ + outside), maxX_, bandHeight(),
-            [&](int32_t x) {
+    // From the row whose number is that of the leftmost column. Each of a column's pixels fetches a
+    // line of a cache.
+    constexpr int64_t lineOfCache = 64 / sizeof(Pixel);
+    const int64_t asDearAs = lineOfCache * (maxY_ + 1) / std::max(bits_.stride(), ptrdiff_t{1});
+    drawAll(steps(scanLeft_, scanRight_, HStep, -outside, maxX_ + outside), maxX_,
+            clampToInteger(std::max<int64_t>(asDearAs, 1)), [&](int32_t x) {
                 return Rect{x, scanLeft_, x + 1, scan.bottom};
             });
     if (ForceMargins) draw({maxX_, scan.top, maxX_ + 1, scan.bottom});

@@ -224,36 +224,40 @@ void cBitFilter::BitsResample(const PixelBuffer& srcBits, int32_t NewWidth, int3
     // The failure leaves the empty image, and its size with it: a size that is not the buffer's
     // would lead the next member astray.
     if (NewWidth == 0 || NewHeight == 0) throw StatementFailed("no scale leads to a size of 0");
-    const Origins columns(NewWidth, single((source.width() - 1.0) / NewWidth));
-    const Origins rows(NewHeight, single((source.height() - 1.0) / NewHeight));
     Pixel* block = bits_.writableBlock();
-    // Fractions of a place below 1 may be too fine to count.
-    const bool isInBuffer = holds(source, readsOf(columns, rows));
-    int32_t counted = 0;
-    while (counted < NewWidth && !(isInBuffer && columns[counted].place >= 1))
-        ++counted;
-    withReads(source, readsOf(columns, rows), [&](auto at) {
-        const auto work = [&](int32_t y) {
-            Pixel* row = block + bits_.offsetOfRow(y);
-            const int32_t from = rows[y].place >= 1 ? counted : NewWidth;
-            for (int32_t x = 0; x < from; ++x)
-                row[x] = mixedBetween(at, columns[x], rows[y]);
-            for (int32_t x = from; x < NewWidth; x += stretchLength)
-                mixStretch(source, columns.from(x), rows[y],
-                           {row + x, static_cast<size_t>(std::min(NewWidth - x, stretchLength))});
-        };
-        int32_t done = 0;
-        try {
+    int32_t done = 0;
+    try {
+        const Origins columns(NewWidth, single((source.width() - 1.0) / NewWidth));
+        const Origins rows(NewHeight, single((source.height() - 1.0) / NewHeight));
+        // Fractions of a place below 1 may be too fine to count. Far out singles are so coarse that
+        // fractions leave the range from 0 to 1.
+        constexpr int32_t tooFar = 1 << 24;
+        const bool isCounted = holds(source, readsOf(columns, rows)) &&
+                               columns.highest() < tooFar && rows.highest() < tooFar;
+        int32_t counted = 0;
+        while (counted < NewWidth && !(isCounted && columns[counted].place >= 1))
+            ++counted;
+        withReads(source, readsOf(columns, rows), [&](auto at) {
+            const auto work = [&](int32_t y) {
+                Pixel* row = block + bits_.offsetOfRow(y);
+                const int32_t from = rows[y].place >= 1 ? counted : NewWidth;
+                for (int32_t x = 0; x < from; ++x)
+                    row[x] = mixedBetween(at, columns[x], rows[y]);
+                for (int32_t x = from; x < NewWidth; x += stretchLength) {
+                    const auto count = static_cast<size_t>(std::min(NewWidth - x, stretchLength));
+                    mixStretch(source, columns.from(x), rows[y], {row + x, count});
+                }
+            };
             forRows(0, maxY_ + 1, work, [&](int32_t y) {
                 done = y + 1;
                 reportRow(y, OnFailure::raise);
             });
-        } catch (...) {
-            for (; done <= maxY_; ++done)
-                std::fill_n(block + bits_.offsetOfRow(done), NewWidth, Pixel{});
-            throw;
-        }
-    });
+        });
+    } catch (...) {
+        for (; done <= maxY_; ++done)
+            std::fill_n(block + bits_.offsetOfRow(done), NewWidth, Pixel{});
+        throw;
+    }
     raiseProgress(100);
 }
 

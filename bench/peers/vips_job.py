@@ -11,45 +11,18 @@ import ctypes
 import pathlib
 import sys
 
-SEQUENTIAL = 1  # VipsAccess
+import vips_library as library
+from vips_library import apply, vips
+
 KERNEL_LINEAR = 1  # VipsKernel
-
-vips = ctypes.CDLL("libvips.so.42")
-gobject = ctypes.CDLL("libgobject-2.0.so.0")
-vips.vips_image_new_from_file.restype = ctypes.c_void_p
-vips.vips_image_new_matrix_from_array.restype = ctypes.c_void_p
-vips.vips_error_buffer.restype = ctypes.c_char_p
-gobject.g_object_unref.argtypes = [ctypes.c_void_p]
-
-
-def check(code):
-    if code:
-        sys.exit("vips_job: " + vips.vips_error_buffer().decode())
-
-
-def apply(image, operation, *arguments):
-    """The result of an operation, in place of the image."""
-    result = ctypes.c_void_p()
-    check(operation(ctypes.c_void_p(image), ctypes.byref(result), *arguments, None))
-    gobject.g_object_unref(image)
-    return result.value
-
-
-def sharpening_mask():
-    weights = (ctypes.c_double * 9)(*[-2, -2, -2, -2, 74, -2, -2, -2, -2])
-    mask = vips.vips_image_new_matrix_from_array(3, 3, weights, 9)
-    vips.vips_image_set_double(ctypes.c_void_p(mask), b"scale", ctypes.c_double(58))
-    return mask
 
 
 def main():
     job, folder = sys.argv[1], pathlib.Path(sys.argv[2])
-    check(vips.vips_init(sys.argv[0].encode()))
-    mask = sharpening_mask()
+    library.start(sys.argv[0])
+    mask = library.matrix(3, 3, [-2, -2, -2, -2, 74, -2, -2, -2, -2], 58)
     for path in sys.argv[3:]:
-        image = vips.vips_image_new_from_file(path.encode(), b"access", SEQUENTIAL, None)
-        if not image:
-            sys.exit("vips_job: " + vips.vips_error_buffer().decode())
+        image = library.opened(path)
         if job in ("chain", "resize"):
             # Brightness 20; contrast 20 around the middle; sharpen 50.
             for factor, more in ((1, 20), (1.2, -25.6)):
@@ -64,8 +37,8 @@ def main():
             (".png", vips.vips_pngsave, ()) if job == "png" else
             (".jpg", vips.vips_jpegsave, (b"Q", 75)))
         target = folder / (pathlib.Path(path).stem + suffix)
-        check(save(ctypes.c_void_p(image), str(target).encode(), *options, None))
-        gobject.g_object_unref(image)
+        library.check(save(ctypes.c_void_p(image), str(target).encode(), *options, None))
+        library.gobject.g_object_unref(image)
 
 
 main()
