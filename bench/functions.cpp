@@ -157,11 +157,14 @@ int run(int runs, const std::string& jsonFile, const std::string& filter) {
         std::fprintf(stderr, "functions: no function has \"%s\" in its name\n", filter.c_str());
         return 2;
     }
-    std::printf("a copy takes %.2f ms; pixel work built for %s\n", median(copies),
-                processorLevel());
+    const double copyFaster = copy.twoThreadsFaster(3 * runs);
+    std::printf(
+        "a copy takes %.2f ms, and two threads are %.2f times as fast; pixel work built for %s\n",
+        median(copies), copyFaster, processorLevel());
     if (jsonFile.empty()) return 0;
     std::ofstream file(jsonFile);
     file << nlohmann::json{{"copy", median(copies)},
+                           {"copy_two_threads", copyFaster},
                            {"level", processorLevel()},
                            {"functions", table.rows()}}
                 .dump(1)

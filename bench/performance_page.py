@@ -95,7 +95,20 @@ def opencv_table(pairs):
                  rows, 3)
 
 
-def page(functions, opencv, runs):
+def steps_table(steps):
+    """Milliseconds of a step in each program, with how many times ours that is."""
+    tools = list(next(iter(steps.values()))["1"])
+    rows = []
+    for kind, by_threads in steps.items():
+        for threads, times in by_threads.items():
+            ours = times[tools[0]]
+            rows.append([kind.replace("_", "-"), threads, short(ours)] +
+                        [f"{short(times[tool])} ({times[tool] / ours:.1f})" if tool in times else ""
+                         for tool in tools[1:]])
+    return table(["step", "threads"] + tools, rows)
+
+
+def page(functions, opencv, runs, steps):
     missed = [entry["name"] for entry in functions["functions"] if not entry["met"]]
     verdict = ("All families keep their limits." if not missed else
                f"Over their limits are {len(missed)} of {len(functions['functions'])}: "
@@ -119,6 +132,7 @@ Measured on {machine()}; pixel work built for {functions['level']}.{busy(runs['l
 
 {run_tables(runs['end_to_end'])}
 - **convert** decodes and encodes at quality 75; **three functions** are brightness 20, contrast 20 and sharpen 50; **resize** goes on to 1200 pixels wide; all in the order told.
+- **window's run** is `tessarine-batch --mode window`: what the window does after a click, with pictures read ahead as far as nobody can tell.
 - **floor** (`bench/floor/`) does these jobs and no other: TurboJPEG and libpng, a thread a core, kept buffers, arithmetic that is made for this very machine. Nothing is caged, checked or told. {same_outputs(runs['end_to_end'])}
 - **libvips** is called as a library (`bench/peers/vips_job.py`), a process a core; its tools would do one operation a process, with a file between any two.
 - **GraphicsMagick** and **ImageMagick** run as `mogrify`, a process a core and a thread a process, which is their fastest way over many files. They compute with 16 bits a channel.
@@ -133,7 +147,7 @@ Three functions over more and more pictures. Memory is that of the runner and it
 
 Every function on 12 megapixels, one thread, in copies: the time that `memcpy` takes for the same buffer into memory in use, {functions['copy']:.1f} ms here. The processor's time counts, medians; copies go before and after each call. "Copies" is the function with the inputs of its example in [functions.md](functions.md), "as opened" with those that its sheet opens with. A family's limit holds for both, but for Contrast, which is a look-up only while no channel leaves its range. Resize (to 3000 wide) and Rotate Intelligently count by the pixels of the result. The last column tells how many times as fast two threads are ({faster:.2f} in the median).
 
-{verdict}
+{verdict} The copy itself is {functions['copy_two_threads']:.2f} times as fast on two threads: where memory is the bound, a second thread brings no more than that, and a function of less than one copy has reached it with one thread.
 
 {function_table(functions['functions'])}
 StuckiBW is a member beside the catalogue. It diffuses errors from pixel to pixel, and a second thread brings it nothing.
@@ -144,14 +158,19 @@ OpenCV {opencv['version']} on the same picture with four channels, into a pictur
 
 {opencv_table(opencv['pairs'])}
 The operations are of one kind, not the same: our results hold to definitions that name each rounding, and the comparison is of what a user of either would call. `WAVES` works out its places at each call, where OpenCV has a map made beforehand. Only `bench/` knows OpenCV.
-"""
+
+## Steps beside other programs
+
+What one more step of a chain takes on a picture of {steps['width']} by {steps['height']}, in milliseconds: each program takes it through many steps of one kind and through none, and the difference counts, without reading and writing. In brackets, how many times ours. On one thread the processor's time counts, on two the wall's; medians of {steps['runs']} rounds, in which the programs take turns. Steps of libvips flow into each other, three channels a pixel; GraphicsMagick and ImageMagick compute with 16 bits a channel.
+
+{steps_table(steps['steps'])}"""
 
 
 def quote(runs):
     chain = runs["end_to_end"]["chain"]
     ours = chain["tessarine-batch"]
     others = ", ".join(f"{tool} {short(entry['wall'])}" for tool, entry in chain.items()
-                       if tool not in ("tessarine-batch", "floor"))
+                       if tool not in ("tessarine-batch", "window's run", "floor"))
     return (f"40 JPEGs of 3 megapixels through brightness, contrast and sharpen, on "
             f"{machine().split(',')[0]}: {short(ours['wall'])} seconds ({others}; the least that "
             f"codecs and arithmetic allow: {short(chain['floor']['wall'])}). Every function "
@@ -163,12 +182,12 @@ def main():
     if len(sys.argv) != 2:
         sys.exit(__doc__.strip())
     folder = pathlib.Path(sys.argv[1])
-    functions, opencv, runs = (json.loads((folder / f"{name}.json").read_text())
-                               for name in ("functions", "opencv", "runs"))
+    functions, opencv, runs, steps = (json.loads((folder / f"{name}.json").read_text())
+                                      for name in ("functions", "opencv", "runs", "steps"))
     missing = [job for job in JOBS if job not in runs["end_to_end"]]
     if missing or "growth" not in runs:
         sys.exit("performance_page: runs.json is not of a whole measurement")
-    (ROOT / "docs" / "performance.md").write_text(page(functions, opencv, runs))
+    (ROOT / "docs" / "performance.md").write_text(page(functions, opencv, runs, steps))
     readme = ROOT / "README.md"
     text = readme.read_text()
     begin, end = "<!-- figures of script/bench -->\n", "<!-- end of figures -->\n"

@@ -60,6 +60,11 @@ def tessarine(programs, job, pictures, out):
     return [[programs.batch, "--quiet", "--to", out, "--format", row, *apply, *pictures]]
 
 
+def windows_run(programs, job, pictures, out):
+    """The run that the window's button starts, whose order of steps one can see."""
+    return [[*tessarine(programs, job, pictures, out)[0], "--mode", "window"]]
+
+
 def floor(programs, job, pictures, out):
     return [[programs.floor, job, str(CORES), out, *pictures]]
 
@@ -90,7 +95,7 @@ def imagemagick(_programs, job, pictures, out):
     return [["mogrify", "-path", out, *steps, *part] for part in in_parts(pictures)]
 
 
-TOOLS = {"tessarine-batch": tessarine, "floor": floor, "libvips": vips,
+TOOLS = {"tessarine-batch": tessarine, "window's run": windows_run, "floor": floor, "libvips": vips,
          "GraphicsMagick": graphicsmagick, "ImageMagick": imagemagick}
 
 

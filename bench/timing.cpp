@@ -4,6 +4,8 @@
 #include <chrono>
 #include <ctime>
 
+#include "pixels/threads.h"
+
 namespace tessarine::bench {
 
 PixelBuffer testPicture() {
@@ -41,6 +43,25 @@ double median(std::vector<double> values) {
 
 Copy::Copy(const PixelBuffer& picture)
     : picture_(picture), target_(std::make_unique<Pixel[]>(picture.pixelCount())) {}
+
+void Copy::copyHalf(int32_t half) {
+    const size_t middle = picture_.pixelCount() / 2;
+    const size_t from = half == 0 ? 0 : middle;
+    const size_t count = half == 0 ? middle : picture_.pixelCount() - middle;
+    std::memcpy(target_.get() + from, picture_.block() + from, count * sizeof(Pixel));
+    asm volatile("" : : "r"(target_.get()) : "memory");
+}
+
+double Copy::twoThreadsFaster(int runs) {
+    const auto withThreads = [this](int32_t threads) {
+        return [this, threads](double (*clock)()) {
+            setFilterThreads(threads);
+            return millisecondsOf(clock,
+                                  [this] { inParallel(2, [this](int32_t i) { copyHalf(i); }); });
+        };
+    };
+    return ratioOf(runs, &wallMilliseconds, withThreads(1), withThreads(2));
+}
 
 double Copy::milliseconds() {
     const auto once = [this] {
