@@ -39,6 +39,9 @@ std::optional<Decoded> takeOverRas(const PictureSource& source);
 std::optional<Decoded> takeOverSgi(const PictureSource& source);
 std::optional<Decoded> takeOverTga(const PictureSource& source);
 std::optional<Decoded> takeOverTiff(const PictureSource& source);
+/// Where a TIFF has the low byte of the number by which its first directory lists a colour profile.
+/// The number before it means nothing to anybody.
+std::optional<size_t> placeOfProfileNumber(Bytes file);
 std::optional<Decoded> takeOverWal(const PictureSource& source);
 std::optional<Decoded> takeOverXpm(const PictureSource& source);
 

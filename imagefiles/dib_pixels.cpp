@@ -7,6 +7,7 @@
 
 #include <FreeImage.h>
 
+#include "imagefiles/decoders.h"
 #include "imagefiles/decoding.h"
 #include "imagefiles/memory_file.h"
 #include "imagefiles/promises.h"
@@ -142,6 +143,10 @@ Bitmap bitmapOfDib(FIBITMAP* dib) {
 
 FIBITMAP* loadDib(Bytes file, FREE_IMAGE_FORMAT format, int flags) {
     MemoryReader reader(file);
+    // The library keeps the address of a TIFF's colour profile while it goes on to other
+    // directories, which frees it. Nobody here wants that profile: so it bears another number.
+    if (const auto place = format == FIF_TIFF ? placeOfProfileNumber(file) : std::nullopt)
+        reader.pretend(*place, file[*place] - 1);
     return FreeImage_LoadFromHandle(format, &readingIo, &reader, flags);
 }
 

@@ -26,6 +26,11 @@ size_t MemoryReader::read(void* target, size_t itemSize, size_t count) {
     if (__builtin_mul_overflow(itemSize, count, &wanted)) wanted = there;
     const size_t taken = std::min(wanted, there);
     std::memcpy(target, bytes_.data() + position_, taken);
+    if (pretended_) {
+        const int64_t at = pretended_->place - position_;
+        if (at >= 0 && at < static_cast<int64_t>(taken))
+            static_cast<uint8_t*>(target)[at] = pretended_->value;
+    }
     position_ += static_cast<int64_t>(taken);
     return taken / itemSize;
 }

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <vector>
 
 #include "imagefiles/picture_source.h"
@@ -22,12 +23,20 @@ class MemoryReader {
     /// \return false, and the position as it was, for one before the start
     bool seek(int64_t offset, int origin = SEEK_SET);
     int64_t tell() const { return position_; }
+    /// From now on the byte at `place` reads as `value`, though the bytes stay as they are.
+    void pretend(size_t place, uint8_t value) { pretended_ = {static_cast<int64_t>(place), value}; }
     bool isAtEnd() const { return position_ >= static_cast<int64_t>(bytes_.size()); }
     Bytes bytes() const { return bytes_; }
 
   private:
+    struct Pretended {
+        int64_t place;
+        uint8_t value;
+    };
+
     Bytes bytes_;
     int64_t position_ = 0;
+    std::optional<Pretended> pretended_;
 };
 
 /// Bytes that are written as a file is. What a position beyond the end leaves out becomes 0.

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -141,6 +142,29 @@ Bitmap readInks(TIFF* tiff, const Layout& layout, size_t fileSize) {
 
 /// The file library does not know samples of 2 bits nor plain YCbCr, reads freed memory for the
 /// colour profile of palettes with alpha, and ends the process over inks of 32 bits.
+std::optional<size_t> placeOfProfileNumber(Bytes file) {
+    if (file.size() < 8) return std::nullopt;
+    const bool isLittle = file[0] == 'I';
+    const auto number = [&](uint64_t place, int bytes) {
+        uint64_t value = 0;
+        for (int i = 0; i < bytes; ++i) {
+            const uint64_t at = place + static_cast<uint64_t>(isLittle ? bytes - 1 - i : i);
+            value = value << 8 | (at < file.size() ? file[at] : 0);
+        }
+        return value;
+    };
+    // The large kind counts and points in 64 bits.
+    const bool isLarge = number(2, 2) == 43;
+    const uint64_t directory = isLarge ? number(8, 8) : number(4, 4);
+    if (directory >= file.size()) return std::nullopt;
+    const uint64_t entrySize = isLarge ? 20 : 12;
+    const uint64_t first = directory + (isLarge ? 8 : 2);
+    const uint64_t count = std::min(number(directory, isLarge ? 8 : 2), file.size() / entrySize);
+    for (uint64_t entry = first; entry < first + count * entrySize; entry += entrySize)
+        if (number(entry, 2) == TIFFTAG_ICCPROFILE) return entry + (isLittle ? 0 : 1);
+    return std::nullopt;
+}
+
 std::optional<Decoded> takeOverTiff(const PictureSource& source) {
     const Bytes file = source.file;
     MemoryReader reader(file);
