@@ -90,7 +90,7 @@ def imagemagick(_programs, kind, count, _threads, picture, out):
 
 # With how many steps one of a program stands out from reading and writing.
 TOOLS = {"tessarine-batch": (tessarine, 40), "libvips": (vips, 8),
-         "GraphicsMagick": (graphicsmagick, 4), "ImageMagick": (imagemagick, 4)}
+         "GraphicsMagick": (graphicsmagick, 2), "ImageMagick": (imagemagick, 2)}
 
 
 def measure(programs, picture, out, kind, threads, rounds):
