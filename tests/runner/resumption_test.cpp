@@ -133,6 +133,26 @@ TEST_F(ResumptionTest, WhatWasNotMadeIsNotClaimed) {
     EXPECT_EQ(judged(), Earlier::upToDate);
 }
 
+TEST_F(ResumptionTest, AnOwnOutputIsToldAgainBeforeItIsReplaced) {
+    process(Status::saved, [&] { writeFile(output, "made"); });
+    batch.sbDegrees = 5;
+    expected = Earlier::stale;
+    process(Status::saved, [&] {
+        EXPECT_THAT(states(), ElementsAre(State::begun, State::done, State::begun));
+        batch.sbDegrees = 0;
+        EXPECT_EQ(judged(), Earlier::stale) << "as if the program were killed now";
+        batch.sbDegrees = 5;
+        writeFile(output, "made anew");
+    });
+    EXPECT_EQ(judged(), Earlier::upToDate);
+    // What was not replaced after all is an own output still.
+    batch.sbDegrees = 6;
+    process(Status::failed, [] {});
+    EXPECT_EQ(states().back(), State::begun);
+    EXPECT_EQ(judged(), Earlier::stale);
+    EXPECT_EQ(readFile(output), "made anew");
+}
+
 TEST_F(ResumptionTest, AnEndWithoutABeginningIsNotTold) {
     RunOrder own = order;
     const Resumption resumption(journal, Journal::Use::append, batch, own);
