@@ -67,6 +67,15 @@ bool haveSameContent(const SourceRecords& first, const SourceRecords& second) {
                       });
 }
 
+/// Takes the next line on an output into what is known of it. Runs at once on one journal may both
+/// begin a picture, and the one that comes too late leaves it: what the other has made stays made.
+void takeIn(JournalEntry entry, JournalEntry& known) {
+    if (entry.state == JournalEntry::State::done)
+        known = std::move(entry);
+    else if (entry.state == JournalEntry::State::begun || known.state != JournalEntry::State::done)
+        known.state = entry.state;
+}
+
 /// A stale output is replaced without being asked for, and so must not be a picture of the run.
 void protectPictures(const cBatch& batch, const RunOrder& order) {
     std::map<std::pair<dev_t, ino_t>, const PictureTask*> stale;
@@ -98,7 +107,7 @@ Resumption::Resumption(const std::string& journal, Journal::Use use, const cBatc
     std::unordered_map<size_t, JournalEntry> known;
     journal_.read([&](JournalEntry entry) {
         const auto found = places.find(entry.output);
-        if (found != places.end()) known[found->second] = std::move(entry);
+        if (found != places.end()) takeIn(std::move(entry), known[found->second]);
     });
     for (auto& [place, entry] : known)
         order.tasks[place].earlier = judge(order.tasks[place], entry);
@@ -110,8 +119,11 @@ Resumption::Resumption(const std::string& journal, Journal::Use use, const cBatc
 
 Earlier Resumption::judge(const PictureTask& task, JournalEntry& known) {
     const std::optional<OutputMark> mark = markOfOutput(task.output);
-    if (!mark || known.state == JournalEntry::State::left) return Earlier::nothing;
+    if (!mark) return Earlier::nothing;
     if (known.state == JournalEntry::State::begun) return Earlier::stale;
+    // Left behind another run's end, it may stand there as that run had made it.
+    if (known.state == JournalEntry::State::left && !(*mark == known.mark)) return Earlier::nothing;
+    known.state = JournalEntry::State::done;
     const bool isUpToDate =
         *mark == known.mark && known.key == recipe_.keyOf(task) && sourcesAreAsBefore(task, known);
     return isUpToDate ? Earlier::upToDate : Earlier::stale;
