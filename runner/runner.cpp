@@ -62,7 +62,6 @@ std::string forTerminal(std::string overview) {
 
 /// The window's run has one picture in flight, and all threads for its filters.
 void setUpThreads(cBatch& batch, const CommandLine& line, int64_t picturesOfRun) {
-    allowManyFiles();
     const Parallelism shares = parallelismFor(static_cast<size_t>(picturesOfRun),
                                               line.windowMode ? 1 : line.jobs, line.threads);
     batch.jobs = shares.jobs;
@@ -206,6 +205,7 @@ ExitStatus runAsAsked(int argc, const char* const* argv) {
     const Conflicts conflicts = protect(outputs, *line);
     RunOrder order = line->windowMode ? RunOrder() : orderOf(outputs, *line);
     const std::unique_ptr<const Resumption> resumption = resume(batch, *line, order);
+    if (!line->dryRun) allowManyFiles();
     if (!line->plan.empty()) return writePlan(*line, batch, outputs, order, conflicts, files);
     // Before the first word: a reader of standard error who left does not end the run.
     if (!line->dryRun) listenToSignals();

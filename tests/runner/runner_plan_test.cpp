@@ -119,6 +119,17 @@ TEST_F(RunnerPlan, TellsWhatIsKeptAndWhatFails) {
     EXPECT_EQ(actionWith({a, "--apply", "Negative", "--resume", journal}), "replace");
 }
 
+TEST_F(RunnerPlan, LooksAtManyPicturesAtOnceWhereFewFilesMayBeOpen) {
+    const std::vector<std::string> words{"--to", out, "--format", "bmp", "--jobs",
+                                         "16",   in,  "--plan",   plan};
+    for (int i = 0; i < 40; ++i)
+        picture("p" + std::to_string(100 + i) + ".ppm", randomBuffer(40, 30, 1));
+    const Finished end = runThroughShell("ulimit -Sn 24; exec \"$@\"", words);
+    EXPECT_EQ(end.status, 0) << end.err;
+    EXPECT_EQ(summary().at("pictures"), 40);
+    EXPECT_EQ(summary().at("unreadable"), 0) << end.err;
+}
+
 TEST_F(RunnerPlan, GoesToStandardOutputWhereAsked) {
     const std::string a = grey("a.ppm", 10);
     const Finished end = runTo({"--quiet", "--plan", "-", a});
