@@ -88,6 +88,7 @@ class MergedReport {
     /// Writes it. \return whether it was taken whole
     bool write(const std::string& target) {
         ReportWriter report(target.empty() ? "-" : target);
+        report.beginAnew();
         const int64_t basket = basketSize();
         std::vector<int64_t> missing;
         int64_t next = 1;

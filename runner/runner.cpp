@@ -79,6 +79,8 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
 
     ReportWriter report(line.report);
     FailedList failedList(line.failedList);
+    report.beginAnew();
+    failedList.beginAnew();
     const bool onTerminal = ::isatty(STDERR_FILENO) != 0;
     ProgressLine progress(line.progress || (onTerminal && !line.quiet), pictures);
     RunCounts counts;

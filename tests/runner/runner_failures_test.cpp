@@ -244,6 +244,14 @@ TEST_F(RunnerFailures, AFailedListThatWouldDestroySomethingIsRefused) {
     expectRefused(runTo({"--failed-list", "", all[0]}), 2, {"--failed-list", "empty"});
 }
 
+TEST_F(RunnerFailures, AFailedListNamedLikeStandardOutputIsAFile) {
+    const Finished end = runThroughShell("cd " + out + " && exec \"$@\"",
+                                         {"--to", in, "--failed-list", "-", in + "/none.ppm"});
+    EXPECT_EQ(end.status, 1) << end.err;
+    EXPECT_EQ(end.out, "");
+    EXPECT_EQ(failedIn(out + "/-"), (std::vector<std::string>{in + "/none.ppm"}));
+}
+
 TEST_F(RunnerFailures, AFailedListThatIsNotTakenIsTold) {
     const Finished end = runTo({"--failed-list", "/dev/full", in + "/none.ppm"});
     EXPECT_EQ(end.status, 1);
