@@ -79,6 +79,11 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
 
     ReportWriter report(line.report);
     FailedList failedList(line.failedList);
+    std::vector<std::string> folders;
+    if (!line.windowMode) folders = foldersOf(order.tasks, batch.txtDestination);
+    makeFolders(folders);
+    // Behind all that may keep the run from starting, so that what it would have told in their
+    // place still stands there.
     report.beginAnew();
     failedList.beginAnew();
     const bool onTerminal = ::isatty(STDERR_FILENO) != 0;
@@ -103,8 +108,6 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
     if (line.windowMode) {
         batch.CmdBatchAll();
     } else {
-        const std::vector<std::string> folders = foldersOf(order.tasks, batch.txtDestination);
-        makeFolders(folders);
         for (const std::string& folder : folders)
             removeLeftDrafts(folder);
         batch.BatchEach(order);
