@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Runs the command lines of docs/scaling.md and the manifest of packaging/kubernetes.
+"""Runs the command lines of docs/scaling.md, the manifest of packaging/kubernetes, and what
+packaging/slurm does without a Slurm.
 
-usage: scaling_test.py ROOT TESSARINE-BATCH parallel|kubernetes
+usage: scaling_test.py ROOT TESSARINE-BATCH parallel|kubernetes|array
 
 Exit status 77 says that a tool for the check is missing.
 """
@@ -223,8 +224,45 @@ def test_kubernetes(root, _, folder, environment):
     expect_complete(folder / "all.jsonl")
 
 
+def write_program(path, text):
+    path.write_text(text)
+    path.chmod(0o755)
+
+
+def test_array(root, _, folder, environment):
+    array = root / "packaging" / "slurm" / "tessarine-array"
+    # A Slurm that takes every job and does none.
+    tools = folder / "tools"
+    tools.mkdir()
+    write_program(tools / "sbatch", "#!/bin/sh\necho 17\n")
+    write_program(tools / "squeue", "#!/bin/sh\n")
+    write_program(tools / "scontrol", "#!/bin/sh\necho 'MaxArraySize = 1001'\n")
+    environment["PATH"] = f"{tools}:{environment['PATH']}"
+
+    def submit(work, *words, options=()):
+        return subprocess.run([array, "--program", folder / "batch", "--work", folder / work,
+                               *options, "--", *words], env=environment, text=True,
+                              stdin=subprocess.DEVNULL, capture_output=True, check=False)
+
+    write_program(folder / "batch", "#!/bin/sh\nexit 99\n")
+    run_of_all = ["--from", "basket.txt", "--to", "out"]
+    journal = ["--resume", "journal"]
+    for number, wish in enumerate((["--overwrite"], ["--on-exists", "overwrite"],
+                                   ["--on-exists=overwrite"])):
+        refused = submit("refused", *run_of_all, *wish)
+        expect(refused.returncode == 2 and "--resume" in refused.stderr
+               and " ".join(wish).replace("=", " ") in refused.stderr,
+               f"{wish} ends with {refused.returncode}: {refused.stderr}")
+        expect(not (folder / "refused").exists(), "a refused array leaves a folder")
+        for words in ([*wish, *journal], [*journal, *wish]):
+            taken = submit(f"taken{number}-{words.index('journal')}", *run_of_all, *words)
+            expect(taken.returncode == 0, f"{words} is not taken: {taken.stderr}")
+    for wish in (["--on-exists", "keep"], ["--name", "overwrite"]):
+        expect(submit("taken-" + wish[1], *run_of_all, *wish).returncode == 0, f"{wish} is refused")
+
+
 def main():
-    if len(sys.argv) != 4 or sys.argv[3] not in ("parallel", "kubernetes"):
+    if len(sys.argv) != 4 or sys.argv[3] not in ("parallel", "kubernetes", "array"):
         sys.exit(__doc__)
     root, batch = Path(sys.argv[1]), Path(sys.argv[2]).resolve()
     environment = dict(os.environ, PATH=f"{batch.parent}:{os.environ['PATH']}")
