@@ -260,6 +260,46 @@ def test_array(root, _, folder, environment):
     for wish in (["--on-exists", "keep"], ["--name", "overwrite"]):
         expect(submit("taken-" + wish[1], *run_of_all, *wish).returncode == 0, f"{wish} is refused")
 
+    # Shards are reckoned by what was left to do: a program that takes a second for such a picture,
+    # and finds all done in the first so many of a hundred samples.
+    def reckoned(work, kept):
+        write_program(folder / "batch", f"""#!/bin/sh
+while [ $# -gt 0 ]; do
+    case $1 in
+        --shard) shard=$2 ;;
+        --report) report=$2 ;;
+    esac
+    shift
+done
+case $shard in
+    */2000000000) counts='"pictures":0,"saved":0,"kept":0,"failed":0' ms=0 ;;
+    */100)
+        if [ "${{shard%/*}}" -lt {kept} ]; then
+            counts='"pictures":40,"saved":0,"kept":40,"failed":0' ms=3
+        else
+            counts='"pictures":40,"saved":28,"kept":10,"failed":2' ms=30000
+        fi
+        ;;
+    *) exit 3 ;;
+esac
+echo "{{\\"summary\\":{{$counts,\\"interrupted\\":false,\\"ms\\":$ms,\\"basket\\":4000}}}}" >"$report"
+""")
+        taken = submit(work, *run_of_all, options=["--task-start", "1"])
+        expect(taken.returncode == 0, f"it is not submitted: {taken.stderr}")
+        step = subprocess.run([folder / work / "tessarine-array", "--step", "plan", folder / work],
+                              env=environment, text=True, stdin=subprocess.DEVNULL,
+                              capture_output=True, check=False)
+        expect(step.returncode == 0, f"dividing ends with {step.returncode}: {step.stderr}")
+        samples = len(list((folder / work / "reports").glob("01-*")))
+        return int(re.search(r"shards \S+ of (\d+) are", step.stderr).group(1)), samples
+
+    # 2% of 4000 seconds, less what the samples saw and what starting this program takes.
+    for kept, samples in ((0, 1), (1, 2), (5, 6)):
+        shards, tried = reckoned(f"kept-{kept}", kept)
+        expect(20 <= shards <= 81, f"with {kept} samples done before there are {shards} shards")
+        expect(tried == samples, f"with {kept} samples done before it took {tried}")
+    expect(reckoned("kept-all", 100) == (1, 10), "a basket that is done is divided")
+
 
 def main():
     if len(sys.argv) != 4 or sys.argv[3] not in ("parallel", "kubernetes", "array"):
