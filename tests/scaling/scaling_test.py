@@ -141,7 +141,9 @@ FIELDS = {
                            "volumes"},
     "spec.template.spec.containers": {"name", "image", "env", "command", "args", "resources",
                                       "volumeMounts"},
-    "spec.template.spec.containers.env": {"name", "value"},
+    "spec.template.spec.containers.env": {"name", "value", "valueFrom"},
+    "spec.template.spec.containers.env.valueFrom": {"fieldRef"},
+    "spec.template.spec.containers.env.valueFrom.fieldRef": {"fieldPath"},
     "spec.template.spec.containers.resources": {"requests", "limits"},
     "spec.template.spec.containers.resources.requests": {"cpu", "memory"},
     "spec.template.spec.containers.resources.limits": {"cpu", "memory"},
@@ -177,9 +179,13 @@ def test_kubernetes(root, _, folder, environment):
     pod = spec["template"]["spec"]
     expect(pod["restartPolicy"] == "Never", "limits by index need restartPolicy Never")
     container = pod["containers"][0]
-    expect(all(isinstance(one["value"], str) for one in container["env"]),
-           "a variable is no text")
-    variables = {one["name"]: one["value"] for one in container["env"]}
+    expect(all(("value" in one) != ("valueFrom" in one) for one in container["env"]),
+           "a variable has no value, or two")
+    variables = {one["name"]: one["value"] for one in container["env"] if "value" in one}
+    expect(all(isinstance(value, str) for value in variables.values()), "a variable is no text")
+    fields = {one["name"]: one["valueFrom"]["fieldRef"]["fieldPath"] for one in container["env"]
+              if "valueFrom" in one}
+    expect(set(fields.values()) <= {"metadata.name"}, f"pods are asked for {fields}")
     expect(variables["TESSARINE_SHARDS"] == str(spec["completions"]),
            "TESSARINE_SHARDS is not the number of completions")
     rules = spec["podFailurePolicy"]["rules"]
@@ -205,13 +211,22 @@ def test_kubernetes(root, _, folder, environment):
                     found.string[:found.start()].endswith("/results")
                     else f"{folder}{found.group(0)}", word)
              for word in container["command"] + container["args"]]
-    statuses = []
-    for index in range(spec["completions"]):
-        own = dict(environment, JOB_COMPLETION_INDEX=str(index), **variables)
-        statuses.append(subprocess.run(words, env=own, stdin=subprocess.DEVNULL,
-                                       stderr=subprocess.DEVNULL, check=False).returncode)
+
+    # All attempts of an index have one host name, as they have here, and pods of different names.
+    def run_pod(index, attempt):
+        names = {name: f"tessarine-{index}-{attempt}" for name in fields}
+        own = dict(environment, JOB_COMPLETION_INDEX=str(index), **variables, **names)
+        return subprocess.run(words, env=own, stdin=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL, check=False).returncode
+
+    statuses = [run_pod(index, "aaaaa") for index in range(spec["completions"])]
     expect(set(statuses) == {0, 1}, f"pods end with {statuses}")
     expect(1 <= statuses.count(1) <= len(BAD), f"pods end with {statuses}")
+    again = statuses.index(1)
+    expect(run_pod(again, "bbbbb") == 1, "a picture that cannot be read can be at another attempt")
+    reports = len(list((folder / "results" / "reports").iterdir()))
+    expect(reports == spec["completions"] + 1,
+           f"{spec['completions'] + 1} attempts leave {reports} reports")
     chain = re.search(r"--format .*", words[-1]).group(0)
     whole = run(f"tessarine-batch --from pictures/basket.txt --to whole --quiet {chain}", folder,
                 environment)
