@@ -244,7 +244,7 @@ def write_program(path, text):
     path.chmod(0o755)
 
 
-def test_array(root, _, folder, environment):
+def test_array(root, batch, folder, environment):
     array = root / "packaging" / "slurm" / "tessarine-array"
     # A Slurm that takes every job and does none.
     tools = folder / "tools"
@@ -272,6 +272,17 @@ def test_array(root, _, folder, environment):
         for words in ([*wish, *journal], [*journal, *wish]):
             taken = submit(f"taken{number}-{words.index('journal')}", *run_of_all, *words)
             expect(taken.returncode == 0, f"{words} is not taken: {taken.stderr}")
+    # What a plan says counts like a word of the command line.
+    write_program(folder / "one.ppm", "P6 1 1 255\nabc")
+    for wish, status in ("overwrite", 2), ("keep", 0):
+        plan = folder / f"{wish}.plan"
+        made = subprocess.run([batch, "--to", folder, "--on-exists", wish, "--plan", plan,
+                               folder / "one.ppm"], stderr=subprocess.DEVNULL, check=False)
+        expect(made.returncode == 0, f"no plan is made: {made.returncode}")
+        planned = submit(f"planned-{wish}", "--from-plan", plan)
+        expect(planned.returncode == status, f"a plan to {wish} ends with {planned.returncode}")
+        expect(submit(f"resumed-{wish}", f"--from-plan={plan}", *journal).returncode == 0,
+               f"a plan to {wish} is refused with a journal")
     for wish in (["--on-exists", "keep"], ["--name", "overwrite"]):
         expect(submit("taken-" + wish[1], *run_of_all, *wish).returncode == 0, f"{wish} is refused")
 
