@@ -1,7 +1,5 @@
 #include "runner/failed_list.h"
 
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <system_error>
 
@@ -9,25 +7,15 @@
 
 #include "batch/list_files.h"
 #include "runner/messages.h"
-#include "runner/refusal.h"
 
 namespace tessarine {
 
-FailedList::FailedList(const std::string& target) {
-    if (target.empty()) return;
-    file_ = std::fopen(target.c_str(), "we");
-    if (file_ == nullptr)
-        throw Refusal(ExitStatus::nothingStarts, fmt::format("--failed-list: '{}' cannot be "
-                                                             "written: {}",
-                                                             target, std::strerror(errno)));
-}
-
-FailedList::~FailedList() {
-    if (file_ != nullptr) std::fclose(file_);
-}
+// A list is never for standard output: "-" is a name here.
+FailedList::FailedList(const std::string& target)
+    : file_("--failed-list", target == "-" ? "./-" : target) {}
 
 void FailedList::add(const std::string& picture) {
-    if (file_ == nullptr) return;
+    if (!file_.isOpen()) return;
     // Whoever reads the list may stand in another folder.
     std::error_code failure;
     const std::string path = std::filesystem::absolute(picture, failure);
@@ -36,10 +24,7 @@ void FailedList::add(const std::string& picture) {
             fmt::format("--failed-list: '{}' is not in it; a picture list holds paths "
                         "of at most {} bytes without blanks at their ends",
                         path, pictureRecordBytes));
-    const std::string record = pictureRecord(path);
-    const bool taken = std::fwrite(record.data(), 1, record.size(), file_) == record.size() &&
-                       std::fflush(file_) == 0;
-    whole_ = whole_ && taken;
+    file_.add(pictureRecord(path));
 }
 
 }  // namespace tessarine

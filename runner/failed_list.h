@@ -1,7 +1,8 @@
 #pragma once
 
-#include <cstdio>
 #include <string>
+
+#include "runner/telling_file.h"
 
 namespace tessarine {
 
@@ -9,21 +10,20 @@ namespace tessarine {
 /// that is ended early leaves the list of what had failed by then.
 class FailedList {
   public:
-    /// \param target  a file, which is written anew; empty for none
+    /// \param target  a file; empty for none
     /// \throws Refusal (nothingStarts) where it cannot be written
     explicit FailedList(const std::string& target);
-    ~FailedList();
-    FailedList(const FailedList&) = delete;
-    FailedList& operator=(const FailedList&) = delete;
 
+    /// Takes away an older list. Comes before the first picture.
+    /// \throws Refusal (nothingStarts)
+    void beginAnew() { file_.beginAnew(); }
     /// Names a path on standard error that such a list cannot hold.
     void add(const std::string& picture);
     /// \return whether the file took all of it
-    bool isWhole() const { return whole_; }
+    bool isWhole() const { return file_.isWhole(); }
 
   private:
-    std::FILE* file_ = nullptr;
-    bool whole_ = true;
+    TellingFile file_;
 };
 
 }  // namespace tessarine

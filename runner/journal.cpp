@@ -68,6 +68,7 @@ JournalEntry entryOf(const Json& json) {
     entry.settled = json.at("settled").get<bool>();
     entry.mark.bytes = numberOfJson<int64_t>(json.at("bytes"));
     entry.mark.modified = numberOfJson<int64_t>(json.at("modified"));
+    if (json.contains("changed")) entry.mark.changed = numberOfJson<int64_t>(json.at("changed"));
     return entry;
 }
 
@@ -108,14 +109,16 @@ std::string lineOf(const JournalEntry& entry) {
     Json sources = Json::array();
     for (const std::optional<SourceRecord>& source : entry.sources)
         sources.push_back(source ? jsonOf(*source) : Json());
-    return oneLine({{"done", output},
-                    {"number", entry.number},
-                    {"input", jsonOfText(entry.input)},
-                    {"key", entry.key},
-                    {"sources", std::move(sources)},
-                    {"settled", entry.settled},
-                    {"bytes", entry.mark.bytes},
-                    {"modified", entry.mark.modified}});
+    Json line = {{"done", output},
+                 {"number", entry.number},
+                 {"input", jsonOfText(entry.input)},
+                 {"key", entry.key},
+                 {"sources", std::move(sources)},
+                 {"settled", entry.settled},
+                 {"bytes", entry.mark.bytes},
+                 {"modified", entry.mark.modified}};
+    if (entry.mark.changed) line["changed"] = *entry.mark.changed;
+    return oneLine(line);
 }
 
 std::optional<JournalEntry> entryOfLine(std::string_view line) {

@@ -19,10 +19,13 @@ struct SourceRecord {
     std::string hash;
 };
 
-/// How an output stood on the disk.
+/// How an output stood on the disk. Size and time of modification alone do not tell an output from
+/// one that another run made of the same picture: files of some formats are all of one size, and
+/// with --keep-metadata an output has its picture's time.
 struct OutputMark {
     int64_t bytes = 0;
-    int64_t modified = 0;  ///< nanoseconds
+    int64_t modified = 0;            ///< nanoseconds
+    std::optional<int64_t> changed;  ///< in any way, nanoseconds; older journals do not tell it
 
     friend bool operator==(const OutputMark&, const OutputMark&) = default;
 };
@@ -30,7 +33,8 @@ struct OutputMark {
 /// One line of a journal: what is known of an output from then on.
 struct JournalEntry {
     enum class State {
-        begun,  ///< it was not there and is being made: what comes to stand there is the program's
+        begun,  ///< it was not there, or is the program's own, and is being made: what stands
+                ///< there from then on is the program's
         done,   ///< it was made, and is told below
         left,   ///< it was not made after all: what comes to stand there is not the program's
     };

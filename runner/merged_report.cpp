@@ -28,6 +28,9 @@ using nlohmann::ordered_json;
     throw Refusal(ExitStatus::nothingStarts, "--merge-reports: " + why);
 }
 
+/// Pictures of a run have numbers from 1 to this.
+constexpr int64_t highestNumber = std::numeric_limits<int32_t>::max();
+
 /// Thrown where a line is none of a report.
 struct NoReportLine {};
 
@@ -88,6 +91,7 @@ class MergedReport {
     /// Writes it. \return whether it was taken whole
     bool write(const std::string& target) {
         ReportWriter report(target.empty() ? "-" : target);
+        report.beginAnew();
         const int64_t basket = basketSize();
         std::vector<int64_t> missing;
         int64_t next = 1;
@@ -169,7 +173,11 @@ class MergedReport {
             shards_ = shard->count;
         }
         ms_ += summary.at("ms").get<int64_t>();
-        const auto basket = summary.at("basket").get<int64_t>();
+        // Numbers that no report has are listed, up to what is told here.
+        const auto& told = summary.at("basket");
+        if (!told.is_number_integer()) throw NoReportLine();
+        const auto basket = told.get<int64_t>();
+        if (basket < 0 || basket > highestNumber) throw NoReportLine();
         if (basket_ && *basket_ != basket)
             refuse(
                 fmt::format("{} tells of a basket of {} pictures, a report before it of {}; "
@@ -181,8 +189,8 @@ class MergedReport {
 
     void addPicture(const ordered_json& object, const std::string& line) {
         const auto number = object.at("number").get<int64_t>();
-        if (number < 1 || number > std::numeric_limits<int32_t>::max() ||
-            !object.contains("input") || !object.contains("output"))
+        if (number < 1 || number > highestNumber || !object.contains("input") ||
+            !object.contains("output"))
             throw NoReportLine();
         const PictureReport::Status status = statusOf(object.at("status").get<std::string>());
         const auto [known, isNew] = pictures_.try_emplace(number, Told{status, line});

@@ -21,20 +21,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Refuses a share of a folder that the shares save into: each would find others' outputs in it
-/// among the pictures, and all numbers behind them would be others.
-void refuseDestinationOfShards(const std::string& folder, const CommandLine& line) {
-    std::error_code ignored;
-    if (line.shard && fs::equivalent(folder, line.to, ignored))
-        throw Refusal(ExitStatus::nothingStarts,
-                      fmt::format("--shard: the folder '{}' is the destination and holds pictures "
-                                  "of the run; expected another --to, or a list of the pictures",
-                                  folder));
-}
-
-void addFolder(const std::string& folder, const CommandLine& line,
-               std::vector<BasketItem>& basket) {
-    refuseDestinationOfShards(folder, line);
+void addFolder(const std::string& folder, const CommandLine& line, GivenBasket& basket) {
+    if (line.shard)
+        if (const auto identity = identityOf(folder)) basket.searched.insert(*identity);
     std::vector<std::string> files;
     std::vector<std::string> folders;
     std::error_code failure;
@@ -53,29 +42,28 @@ void addFolder(const std::string& folder, const CommandLine& line,
                       fmt::format("the folder '{}' cannot be read: {}", folder, failure.message()));
     std::sort(files.begin(), files.end());
     for (const std::string& file : files)
-        basket.push_back(basketItem(file));
+        basket.pictures.push_back(basketItem(file));
     if (!line.recursive) return;
     std::sort(folders.begin(), folders.end());
     for (const std::string& below : folders)
         addFolder(below, line, basket);
 }
 
-void addPath(const std::string& path, const CommandLine& line, std::vector<BasketItem>& basket) {
+void addPath(const std::string& path, const CommandLine& line, GivenBasket& basket) {
     std::error_code ignored;
     if (fs::is_directory(path, ignored))
         addFolder(path, line, basket);
     else
-        basket.push_back(basketItem(path));
+        basket.pictures.push_back(basketItem(path));
 }
 
-void addLines(std::istream& lines, const CommandLine& line, std::vector<BasketItem>& basket) {
+void addLines(std::istream& lines, const CommandLine& line, GivenBasket& basket) {
     std::string path;
     while (std::getline(lines, path, line.nulBetweenPaths ? '\0' : '\n'))
         if (!path.empty()) addPath(path, line, basket);
 }
 
-void addPathsFrom(const std::string& file, const CommandLine& line,
-                  std::vector<BasketItem>& basket) {
+void addPathsFrom(const std::string& file, const CommandLine& line, GivenBasket& basket) {
     if (file == "-") return addLines(std::cin, line, basket);
     std::ifstream lines(file, std::ios::binary);
     if (!lines || fs::is_directory(file))
@@ -185,18 +173,42 @@ GivenBasket collectPictures(const CommandLine& line) {
         const size_t first = basket.pictures.size();
         switch (source.kind) {
             case GivenPictures::Kind::path:
-                addPath(source.value, line, basket.pictures);
+                addPath(source.value, line, basket);
                 break;
             case GivenPictures::Kind::list:
                 addList(source.value, basket.pictures);
                 break;
             case GivenPictures::Kind::from:
-                addPathsFrom(source.value, line, basket.pictures);
+                addPathsFrom(source.value, line, basket);
                 break;
         }
         if (line.keepTree) addPlaces(source, line.below, first, basket);
     }
     return basket;
+}
+
+void refuseOutputsAmongSources(const GivenBasket& basket, const CommandLine& line) {
+    if (basket.searched.empty()) return;
+    std::set<std::string> places(basket.places.begin(), basket.places.end());
+    if (places.empty()) places.insert(std::string());
+    const fs::path destination = line.to;
+    for (const std::string& place : places) {
+        const fs::path named = place.empty() ? destination : destination / place;
+        // A folder that is not there yet comes to be below another, which may be one that the next
+        // share searches with all that is in it.
+        fs::path folder = named;
+        std::error_code ignored;
+        while (line.recursive && folder != destination && !fs::exists(folder, ignored))
+            folder = folder.parent_path();
+        const auto identity = identityOf(folder.native());
+        if (!identity || basket.searched.count(*identity) == 0) continue;
+        throw Refusal(ExitStatus::nothingStarts,
+                      fmt::format("--shard: the folder '{}' {} pictures of the run; expected "
+                                  "another --to, or a list of the pictures",
+                                  named.native(),
+                                  place.empty() ? "is the destination and holds"
+                                                : "is to hold outputs and is searched for"));
+    }
 }
 
 }  // namespace tessarine

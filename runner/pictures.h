@@ -1,9 +1,11 @@
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
 #include "batch/batch.h"
+#include "batch/file_identity.h"
 #include "runner/command_line.h"
 
 namespace tessarine {
@@ -17,6 +19,8 @@ struct GivenBasket {
     /// With --keep-tree the folder of each below the destination, separators inside only, empty for
     /// the destination itself; without it nothing.
     std::vector<std::string> places;
+    /// With --shard all folders that were searched for pictures.
+    std::set<FileIdentity> searched;
 };
 
 /// The basket of a command line, in its order. A path that does not exist stays in it, so that
@@ -29,5 +33,10 @@ struct GivenBasket {
 /// \throws Refusal (nothingStarts) for a list that cannot be read, and for a picture that does not
 ///         lie below the folder of --below
 GivenBasket collectPictures(const CommandLine& line);
+
+/// Looks whether a share's outputs would lie in folders that were searched for its pictures: each
+/// share would find others' outputs among them, and all numbers behind those would be others.
+/// \throws Refusal (nothingStarts)
+void refuseOutputsAmongSources(const GivenBasket& basket, const CommandLine& line);
 
 }  // namespace tessarine

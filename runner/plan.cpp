@@ -56,6 +56,8 @@ OnExists wishOf(const std::string& word) {
 /// What becomes of a picture's output: "make", "replace", "keep" or "fail".
 std::string actionFor(const PictureTask& task, OnExists wish) {
     if (task.earlier == Earlier::upToDate) return "keep";
+    std::error_code ignored;
+    if (fs::is_directory(task.output, ignored)) return "fail";
     struct stat status {};
     if (::lstat(task.output.c_str(), &status) != 0) return "make";
     if (task.earlier == Earlier::stale || wish == OnExists::overwrite) return "replace";

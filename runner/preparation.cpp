@@ -70,6 +70,7 @@ OutputNames prepareRun(cBatch& batch, const CommandLine& line) {
     setDestination(batch, line.to);
     batch.chkOverwrite = line.onExists == OnExists::overwrite ? 1 : 0;
     GivenBasket basket = collectPictures(line);
+    refuseOutputsAmongSources(basket, line);
     batch.lvSelected = std::move(basket.pictures);
     if (batch.lvSelected.empty())
         refuseStart(

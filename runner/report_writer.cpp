@@ -1,12 +1,6 @@
 #include "runner/report_writer.h"
 
-#include <cerrno>
-#include <cstring>
-
-#include <fmt/format.h>
 #include <nlohmann/json.hpp>
-
-#include "runner/refusal.h"
 
 namespace tessarine {
 
@@ -26,18 +20,6 @@ void RunCounts::count(PictureReport::Status status) {
             ++failed;
             break;
     }
-}
-
-ReportWriter::ReportWriter(const std::string& target) {
-    if (target.empty()) return;
-    file_ = target == "-" ? stdout : std::fopen(target.c_str(), "we");
-    if (file_ == nullptr)
-        throw Refusal(ExitStatus::nothingStarts, fmt::format("--report: '{}' cannot be written: {}",
-                                                             target, std::strerror(errno)));
-}
-
-ReportWriter::~ReportWriter() {
-    if (file_ != nullptr && file_ != stdout) std::fclose(file_);
 }
 
 void ReportWriter::write(const PictureReport& entry) {
@@ -61,13 +43,9 @@ bool ReportWriter::writeSummary(const RunCounts& counts, const RunSummary& run) 
         {"basket", run.basket}};
     if (!run.shard.empty()) summary["shard"] = run.shard;
     writeLine(reportLine({{"summary", std::move(summary)}}));
-    return whole_;
+    return isWhole();
 }
 
-void ReportWriter::writeLine(const std::string& line) {
-    if (file_ == nullptr) return;
-    const bool taken = std::fputs((line + "\n").c_str(), file_) >= 0 && std::fflush(file_) == 0;
-    whole_ = whole_ && taken;
-}
+void ReportWriter::writeLine(const std::string& line) { file_.add(line + "\n"); }
 
 }  // namespace tessarine

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 #include <string>
 
 #include <nlohmann/json_fwd.hpp>
 
 #include "batch/run_report.h"
+#include "runner/telling_file.h"
 
 namespace tessarine {
 
@@ -33,26 +33,26 @@ struct RunSummary {
 };
 
 /// Writes a run's report as JSON lines: one object a picture, and a last one with the summary.
-/// Each line is flushed, so that a killed run leaves a report of what it did.
+/// Each line is written by itself, so that a killed run leaves a report of what it did, and a disk
+/// that takes none for a while leaves the others whole.
 class ReportWriter {
   public:
-    /// \param target  a file, which is written anew; "-" for standard output; empty for none
+    /// \param target  a file; "-" for standard output; empty for none
     /// \throws Refusal (nothingStarts) where the file cannot be written
-    explicit ReportWriter(const std::string& target);
-    ~ReportWriter();
-    ReportWriter(const ReportWriter&) = delete;
-    ReportWriter& operator=(const ReportWriter&) = delete;
+    explicit ReportWriter(const std::string& target) : file_("--report", target) {}
 
+    /// Takes away an older report. Comes before the first line.
+    /// \throws Refusal (nothingStarts)
+    void beginAnew() { file_.beginAnew(); }
     void write(const PictureReport& entry);
     /// \return whether the whole report was taken
     bool writeSummary(const RunCounts& counts, const RunSummary& summary);
     /// A line as it is, without its end.
     void writeLine(const std::string& line);
-    bool isWhole() const { return whole_; }
+    bool isWhole() const { return file_.isWhole(); }
 
   private:
-    std::FILE* file_ = nullptr;
-    bool whole_ = true;
+    TellingFile file_;
 };
 
 }  // namespace tessarine

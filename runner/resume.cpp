@@ -20,13 +20,15 @@ using SourceRecords = std::vector<std::optional<SourceRecord>>;
 
 constexpr int64_t nanoseconds = 1'000'000'000;
 
+int64_t inNanoseconds(const timespec& time) { return time.tv_sec * nanoseconds + time.tv_nsec; }
+
 /// How an output stands on the disk; nothing where there is nothing. What is no file of its own,
 /// like a link, was never left so by a run.
 std::optional<OutputMark> markOfOutput(const std::string& path) {
     struct stat status {};
     if (::lstat(path.c_str(), &status) != 0) return std::nullopt;
-    if (!S_ISREG(status.st_mode)) return OutputMark{-1, 0};
-    return OutputMark{status.st_size, status.st_mtim.tv_sec * nanoseconds + status.st_mtim.tv_nsec};
+    if (!S_ISREG(status.st_mode)) return OutputMark{-1, 0, std::nullopt};
+    return OutputMark{status.st_size, inNanoseconds(status.st_mtim), inNanoseconds(status.st_ctim)};
 }
 
 /// Whether files were left alone for so long that a change from now on gives them other marks:
@@ -35,7 +37,7 @@ bool areSettled(const FileMarks& marks) {
     constexpr int64_t longest = 2 * nanoseconds;
     timespec time{};
     ::clock_gettime(CLOCK_REALTIME, &time);
-    const int64_t now = time.tv_sec * nanoseconds + time.tv_nsec;
+    const int64_t now = inNanoseconds(time);
     return std::all_of(marks.begin(), marks.end(), [&](const std::optional<FileMark>& mark) {
         return !mark || now - std::max(mark->changedContent, mark->changedAtAll) >= longest;
     });
@@ -63,6 +65,15 @@ bool haveSameContent(const SourceRecords& first, const SourceRecords& second) {
                           return one.has_value() == other.has_value() &&
                                  (!one || one->hash == other->hash);
                       });
+}
+
+/// Takes the next line on an output into what is known of it. Runs at once on one journal may both
+/// begin a picture, and the one that comes too late leaves it: what the other has made stays made.
+void takeIn(JournalEntry entry, JournalEntry& known) {
+    if (entry.state == JournalEntry::State::done)
+        known = std::move(entry);
+    else if (entry.state == JournalEntry::State::begun || known.state != JournalEntry::State::done)
+        known.state = entry.state;
 }
 
 /// A stale output is replaced without being asked for, and so must not be a picture of the run.
@@ -96,7 +107,7 @@ Resumption::Resumption(const std::string& journal, Journal::Use use, const cBatc
     std::unordered_map<size_t, JournalEntry> known;
     journal_.read([&](JournalEntry entry) {
         const auto found = places.find(entry.output);
-        if (found != places.end()) known[found->second] = std::move(entry);
+        if (found != places.end()) takeIn(std::move(entry), known[found->second]);
     });
     for (auto& [place, entry] : known)
         order.tasks[place].earlier = judge(order.tasks[place], entry);
@@ -108,8 +119,11 @@ Resumption::Resumption(const std::string& journal, Journal::Use use, const cBatc
 
 Earlier Resumption::judge(const PictureTask& task, JournalEntry& known) {
     const std::optional<OutputMark> mark = markOfOutput(task.output);
-    if (!mark || known.state == JournalEntry::State::left) return Earlier::nothing;
+    if (!mark) return Earlier::nothing;
     if (known.state == JournalEntry::State::begun) return Earlier::stale;
+    // Left behind another run's end, it may stand there as that run had made it.
+    if (known.state == JournalEntry::State::left && !(*mark == known.mark)) return Earlier::nothing;
+    known.state = JournalEntry::State::done;
     const bool isUpToDate =
         *mark == known.mark && known.key == recipe_.keyOf(task) && sourcesAreAsBefore(task, known);
     return isUpToDate ? Earlier::upToDate : Earlier::stale;
@@ -148,7 +162,11 @@ void Resumption::begin(size_t place) {
     if (!picture.settled)
         if (std::optional<SourceRecords> sources = hashed(task, picture.marks))
             picture.hashed = std::move(*sources);
-    picture.claimed = task.earlier != Earlier::stale && !markOfOutput(task.output);
+    const bool isOwn = task.earlier == Earlier::stale;
+    picture.isNew = !isOwn && !markOfOutput(task.output);
+    picture.claimed = isOwn || picture.isNew;
+    // Were it not told of an own output, what the journal says of it would hold on for what this
+    // run puts in its place and, being killed, tells no more.
     if (picture.claimed) tell(task, JournalEntry::State::begun);
 }
 
@@ -159,7 +177,7 @@ void Resumption::end(size_t place, const PictureReport& entry) {
     underWay_.erase(found);
     const PictureTask& task = order_.tasks[place];
     if (entry.status != PictureReport::Status::saved) {
-        if (picture.claimed) tell(task, JournalEntry::State::left);
+        if (picture.isNew) tell(task, JournalEntry::State::left);
         return;
     }
     if (const std::optional<JournalEntry> done = record(task, picture, entry))

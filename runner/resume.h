@@ -14,8 +14,9 @@ namespace tessarine {
 
 /// Has a run do again only what is stale by its journal, and tells the journal what it does.
 ///
-/// An output is up to date where it stands on the disk as it was left (size and time of change),
-/// was made by the same recipe, and of sources that have the same size, time of change and content.
+/// An output is up to date where it stands on the disk as it was left (size, time of modification
+/// and time of any change), was made by the same recipe, and of sources that have the same size,
+/// time of change and content.
 /// Device, inode and the time of any change only spare the reading of a source whose marks are all
 /// as they were: a copied folder is read once, and not done again. A source that was only touched
 /// is done again: somebody gave it a new time on purpose.
@@ -40,6 +41,7 @@ class Resumption {
         /// Of the sources, before they were read, where marks alone do not tell; empty otherwise.
         std::vector<std::optional<SourceRecord>> hashed;
         bool claimed = false;  ///< the journal says that it is begun
+        bool isNew = false;    ///< claimed, and nothing stood under the output's name
     };
 
     Earlier judge(const PictureTask& task, JournalEntry& known);

@@ -23,6 +23,13 @@ const char* noteOnExisting(OnExists wish) {
     return " (exists, fails)";
 }
 
+/// What becomes of a picture whose output is there. A folder is never replaced, nor kept for one.
+const char* noteOn(const PictureTask& task, OnExists wish) {
+    std::error_code ignored;
+    if (std::filesystem::is_directory(task.output, ignored)) return noteOnExisting(OnExists::fail);
+    return noteOnExisting(task.earlier == Earlier::stale ? OnExists::overwrite : wish);
+}
+
 }  // namespace
 
 RunOrder orderOf(const OutputNames& outputs, const CommandLine& line) {
@@ -47,8 +54,7 @@ std::string planOf(const RunOrder& order) {
         if (task.earlier == Earlier::upToDate)
             plan += " (up to date, kept)";
         else if (std::filesystem::exists(task.output, ignored))
-            plan += noteOnExisting(task.earlier == Earlier::stale ? OnExists::overwrite
-                                                                  : order.onExists);
+            plan += noteOn(task, order.onExists);
         plan += "\n";
     }
     return plan;

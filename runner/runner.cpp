@@ -62,7 +62,6 @@ std::string forTerminal(std::string overview) {
 
 /// The window's run has one picture in flight, and all threads for its filters.
 void setUpThreads(cBatch& batch, const CommandLine& line, int64_t picturesOfRun) {
-    allowManyFiles();
     const Parallelism shares = parallelismFor(static_cast<size_t>(picturesOfRun),
                                               line.windowMode ? 1 : line.jobs, line.threads);
     batch.jobs = shares.jobs;
@@ -80,6 +79,13 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
 
     ReportWriter report(line.report);
     FailedList failedList(line.failedList);
+    std::vector<std::string> folders;
+    if (!line.windowMode) folders = foldersOf(order.tasks, batch.txtDestination);
+    makeFolders(folders);
+    // Behind all that may keep the run from starting, so that what it would have told in their
+    // place still stands there.
+    report.beginAnew();
+    failedList.beginAnew();
     const bool onTerminal = ::isatty(STDERR_FILENO) != 0;
     ProgressLine progress(line.progress || (onTerminal && !line.quiet), pictures);
     RunCounts counts;
@@ -102,8 +108,6 @@ ExitStatus run(cBatch& batch, TerminalPlatform& platform, const CommandLine& lin
     if (line.windowMode) {
         batch.CmdBatchAll();
     } else {
-        const std::vector<std::string> folders = foldersOf(order.tasks, batch.txtDestination);
-        makeFolders(folders);
         for (const std::string& folder : folders)
             removeLeftDrafts(folder);
         batch.BatchEach(order);
@@ -206,6 +210,7 @@ ExitStatus runAsAsked(int argc, const char* const* argv) {
     const Conflicts conflicts = protect(outputs, *line);
     RunOrder order = line->windowMode ? RunOrder() : orderOf(outputs, *line);
     const std::unique_ptr<const Resumption> resumption = resume(batch, *line, order);
+    if (!line->dryRun) allowManyFiles();
     if (!line->plan.empty()) return writePlan(*line, batch, outputs, order, conflicts, files);
     // Before the first word: a reader of standard error who left does not end the run.
     if (!line->dryRun) listenToSignals();

@@ -41,7 +41,7 @@ JournalEntry done(const std::string& output) {
     entry.sources = {SourceRecord{{1, uint64_t{1} << 63, 2, -3, 1795301905395561028}, "ab"},
                      std::nullopt, SourceRecord{{4, 5, 6, 7, 8}, "cd"}};
     entry.settled = true;
-    entry.mark = {1000, 1795301905395561029};
+    entry.mark = {1000, 1795301905395561029, 1795301905395561030};
     return entry;
 }
 
@@ -104,6 +104,18 @@ TEST_F(JournalFile, GivesBackWhatItWasTold) {
     EXPECT_EQ(all[2].state, State::left);
     EXPECT_EQ(all[2].output, "/out/c");
     EXPECT_THAT(readFile(path), testing::StartsWith(header));
+}
+
+TEST_F(JournalFile, OfAVersionThatToldNoTimeOfChangeIsTaken) {
+    std::string line = lineOf(done("/a"));
+    const std::string changed = ",\"changed\":1795301905395561030}";
+    ASSERT_THAT(line, testing::EndsWith(changed));
+    line.replace(line.size() - changed.size(), changed.size(), "}");
+    const std::optional<JournalEntry> entry = entryOfLine(line);
+    ASSERT_TRUE(entry);
+    EXPECT_EQ(entry->mark.modified, 1795301905395561029);
+    EXPECT_FALSE(entry->mark.changed);
+    EXPECT_FALSE(entry->mark == done("/a").mark) << "such an output is made again";
 }
 
 TEST_F(JournalFile, IsPassedOverWhereALineIsCutAndGoesOnOnALineOfItsOwn) {

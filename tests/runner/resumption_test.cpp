@@ -133,6 +133,63 @@ TEST_F(ResumptionTest, WhatWasNotMadeIsNotClaimed) {
     EXPECT_EQ(judged(), Earlier::upToDate);
 }
 
+TEST_F(ResumptionTest, AnOwnOutputIsToldAgainBeforeItIsReplaced) {
+    process(Status::saved, [&] { writeFile(output, "made"); });
+    batch.sbDegrees = 5;
+    expected = Earlier::stale;
+    process(Status::saved, [&] {
+        EXPECT_THAT(states(), ElementsAre(State::begun, State::done, State::begun));
+        batch.sbDegrees = 0;
+        EXPECT_EQ(judged(), Earlier::stale) << "as if the program were killed now";
+        batch.sbDegrees = 5;
+        writeFile(output, "made anew");
+    });
+    EXPECT_EQ(judged(), Earlier::upToDate);
+    // What was not replaced after all is an own output still.
+    batch.sbDegrees = 6;
+    process(Status::failed, [] {});
+    EXPECT_EQ(states().back(), State::begun);
+    EXPECT_EQ(judged(), Earlier::stale);
+    EXPECT_EQ(readFile(output), "made anew");
+}
+
+TEST_F(ResumptionTest, WhatOneOfTwoRunsMadeIsKnownThoughTheOtherLeavesIt) {
+    RunOrder first = order;
+    RunOrder second = order;
+    const Resumption one(journal, Journal::Use::append, batch, first);
+    const Resumption other(journal, Journal::Use::append, batch, second);
+    first.onBegin(0);
+    second.onBegin(0);
+    writeFile(output, "made");
+    PictureReport entry;
+    entry.status = Status::saved;
+    entry.bytes = 4;
+    first.onEnd(0, entry);
+    entry.status = Status::kept;
+    second.onEnd(0, entry);
+    EXPECT_THAT(states(), ElementsAre(State::begun, State::begun, State::done, State::left));
+    EXPECT_EQ(judged(), Earlier::upToDate);
+    batch.sbDegrees = 5;
+    EXPECT_EQ(judged(), Earlier::stale);
+}
+
+TEST_F(ResumptionTest, WhatWasMadeIsKnownThoughTheOthersLinesAllComeBehindIt) {
+    process(Status::saved, [&] { writeFile(output, "made"); });
+    // It saw nothing there, and told so when the first had come to its end.
+    JournalEntry late;
+    late.output = fs::canonical(folder.path()).native() + "/out.bmp";
+    for (const State state : {State::begun, State::left}) {
+        late.state = state;
+        Journal(journal, Journal::Use::append).append(late);
+    }
+    EXPECT_EQ(judged(), Earlier::upToDate);
+    batch.sbDegrees = 5;
+    EXPECT_EQ(judged(), Earlier::stale);
+    // Another file there is whose it may be.
+    writeFile(output, "somebody's");
+    EXPECT_EQ(judged(), Earlier::nothing);
+}
+
 TEST_F(ResumptionTest, AnEndWithoutABeginningIsNotTold) {
     RunOrder own = order;
     const Resumption resumption(journal, Journal::Use::append, batch, own);

@@ -244,6 +244,32 @@ TEST_F(RunnerFailures, AFailedListThatWouldDestroySomethingIsRefused) {
     expectRefused(runTo({"--failed-list", "", all[0]}), 2, {"--failed-list", "empty"});
 }
 
+TEST_F(RunnerFailures, ARefusedRunLeavesOlderReportsAndListsAsTheyAre) {
+    const std::string a = grey("a.ppm", 1);
+    grey("north/b.ppm", 1);
+    writeFile(report, "an older report\n");
+    writeFile(list, "an older list\n");
+    const std::string nowhere = scratch / "no/where";
+    expectRefused(
+        runTo({"--report", report, "--failed-list", nowhere, "--keep-tree", "--recursive", in}), 3,
+        {"--failed-list", nowhere, "No such file"});
+    expectRefused(runTo({"--report", nowhere, "--failed-list", list, a}), 3,
+                  {"--report", nowhere, "No such file"});
+    EXPECT_EQ(readFile(report), "an older report\n");
+    EXPECT_EQ(readFile(list), "an older list\n");
+    EXPECT_EQ(runTo({"--report", report, "--failed-list", list, a}).status, 0);
+    EXPECT_EQ(linesOf(readFile(report)).size(), 2U);
+    EXPECT_EQ(readFile(list), "");
+}
+
+TEST_F(RunnerFailures, AFailedListNamedLikeStandardOutputIsAFile) {
+    const Finished end = runThroughShell("cd " + out + " && exec \"$@\"",
+                                         {"--to", in, "--failed-list", "-", in + "/none.ppm"});
+    EXPECT_EQ(end.status, 1) << end.err;
+    EXPECT_EQ(end.out, "");
+    EXPECT_EQ(failedIn(out + "/-"), (std::vector<std::string>{in + "/none.ppm"}));
+}
+
 TEST_F(RunnerFailures, AFailedListThatIsNotTakenIsTold) {
     const Finished end = runTo({"--failed-list", "/dev/full", in + "/none.ppm"});
     EXPECT_EQ(end.status, 1);

@@ -199,7 +199,11 @@ TEST_F(RunnerMerging, WhatIsNoReportOrOfAnotherBasketIsRefused) {
           R"({"number":"1","input":"a","output":"b","status":"saved"})",
           R"({"number":1,"input":"a","output":"b","status":"lost"})",
           R"({"number":1,"output":"b","status":"saved"})", R"([1])", "7", R"({"summary":{"ms":1}})",
-          R"({"summary":{"ms":1,"basket":1,"shard":"2/2"}})"})
+          R"({"summary":{"ms":1,"basket":1,"shard":"2/2"}})", R"({"summary":{"ms":1,"basket":-1}})",
+          R"({"summary":{"ms":1,"basket":2147483648}})",
+          R"({"summary":{"ms":1,"basket":9000000000000000000}})",
+          R"({"summary":{"ms":1,"basket":18446744073709551615}})",
+          R"({"summary":{"ms":1,"basket":1e300}})"})
         expectRefusedMerge({file("wrong", std::string(wrong) + "\n" + summary(1))},
                            {"line 1", "wrong"});
     expectRefusedMerge({good, file("larger", summary(3))}, {"larger", "basket of 3", "of 2"});

@@ -119,6 +119,39 @@ TEST_F(RunnerPlan, TellsWhatIsKeptAndWhatFails) {
     EXPECT_EQ(actionWith({a, "--apply", "Negative", "--resume", journal}), "replace");
 }
 
+TEST_F(RunnerPlan, TellsThatAFolderInAnOutputsPlaceFailsAsItDoes) {
+    const std::string a = grey("a.ppm", 10);
+    const std::string b = grey("b.ppm", 20);
+    fs::create_directory(out + "/Sample1.bmp");
+    fs::create_directory(scratch / "elsewhere");
+    fs::create_directory_symlink(scratch / "elsewhere", out + "/Sample2.bmp");
+    for (const char* wish : {"keep", "overwrite", "fail"}) {
+        const std::vector<std::string> words{"--on-exists", wish, a, b};
+        EXPECT_EQ(planTo(words).status, 0);
+        EXPECT_EQ(planned().at(1).at("action"), "fail") << wish;
+        EXPECT_EQ(planned().at(2).at("action"), "fail") << wish;
+        EXPECT_EQ(summary().at("fail"), 2);
+        EXPECT_THAT(runPlan().err, HasSubstr("0 saved, 0 kept, 2 failed of 2 pictures"));
+        std::vector<std::string> dry = words;
+        dry.push_back("--dry-run");
+        const std::vector<std::string> lines = linesOf(runTo(dry).out);
+        EXPECT_EQ(lines.size(), 2U);
+        for (const std::string& line : lines)
+            EXPECT_THAT(line, testing::EndsWith(" (exists, fails)")) << wish;
+    }
+}
+
+TEST_F(RunnerPlan, LooksAtManyPicturesAtOnceWhereFewFilesMayBeOpen) {
+    const std::vector<std::string> words{"--to", out, "--format", "bmp", "--jobs",
+                                         "16",   in,  "--plan",   plan};
+    for (int i = 0; i < 40; ++i)
+        picture("p" + std::to_string(100 + i) + ".ppm", randomBuffer(40, 30, 1));
+    const Finished end = runThroughShell("ulimit -Sn 24; exec \"$@\"", words);
+    EXPECT_EQ(end.status, 0) << end.err;
+    EXPECT_EQ(summary().at("pictures"), 40);
+    EXPECT_EQ(summary().at("unreadable"), 0) << end.err;
+}
+
 TEST_F(RunnerPlan, GoesToStandardOutputWhereAsked) {
     const std::string a = grey("a.ppm", 10);
     const Finished end = runTo({"--quiet", "--plan", "-", a});

@@ -206,6 +206,37 @@ TEST_F(RunnerResume, AnOutputThatIsGoneOrChangedIsMadeAgain) {
     EXPECT_TRUE(files() == whole);
 }
 
+TEST_F(RunnerResume, AnOutputOfTheSameSizeAndTimeThatAnotherRunPutThereIsMadeAgain) {
+    // Pictures of one size are files of one size in BMP, and all have their pictures' times.
+    pictures(3);
+    const std::vector<std::string> keeping{"--keep-metadata", "--apply", "Negative"};
+    ASSERT_EQ(made(keeping).size(), 3U);
+    const auto whole = files();
+    ASSERT_EQ(
+        runTo({"--keep-metadata", "--overwrite", "--apply", "Brightness:Level=30", in}).status, 0);
+    ASSERT_FALSE(files() == whole);
+    EXPECT_EQ(made(keeping), samples({1, 2, 3}));
+    EXPECT_TRUE(files() == whole);
+    EXPECT_EQ(made(keeping), Names{});
+}
+
+TEST_F(RunnerResume, WhatReplacedAnOwnOutputAndWasNotToldIsMadeAgain) {
+    pictures(2);
+    std::vector<std::string> keeping{"--keep-metadata", "--jobs", "1", "--apply", "Negative"};
+    ASSERT_EQ(made(keeping).size(), 2U);
+    const auto whole = files();
+    const std::string before = readFile(journal);
+    ASSERT_EQ(made({"--keep-metadata", "--jobs", "1", "--apply", "Brightness:Level=30"}).size(),
+              2U);
+    // As if the program had been killed behind the names and before the lines.
+    std::string lines = before;
+    for (const std::string& line : linesOf(readFile(journal).substr(before.size())))
+        if (!line.starts_with("{\"done\"")) lines += line + "\n";
+    writeFile(journal, lines);
+    EXPECT_EQ(made(keeping), samples({1, 2}));
+    EXPECT_TRUE(files() == whole);
+}
+
 TEST_F(RunnerResume, AnOutputThatTheJournalDoesNotKnowIsTreatedAsEver) {
     pictures(3);
     writeFile(out + "/Sample2.bmp", "mine");

@@ -190,6 +190,39 @@ TEST_F(RunnerShards, SharesOfTheFolderThatTheySaveIntoAreRefused) {
         << "a picture that is named stays where it is in the list";
 }
 
+TEST_F(RunnerShards, SharesOfAFolderThatTheTreeOfOutputsLeadsToAreRefused) {
+    grey("north/a.ppm", 10);
+    grey("north/far/b.ppm", 20);
+    const std::string north = in + "/north";
+    const auto share = [&](std::vector<std::string> words) {
+        words.insert(words.begin(),
+                     {"--format", "bmp", "--quiet", "--shard", "0/2", "--keep-tree"});
+        return run(std::move(words));
+    };
+    const auto expectRefusedFor = [&](const std::vector<std::string>& words,
+                                      const std::string& folder) {
+        const Finished end = share(words);
+        EXPECT_EQ(end.status, 3) << end.err;
+        EXPECT_NE(end.err.find(folder + "' is to hold outputs and is searched"), std::string::npos)
+            << end.err;
+    };
+    fs::create_directory_symlink(in, scratch / "door");
+    // The destination itself is not searched; the outputs lie beside the pictures all the same.
+    for (const std::string& to : {in, scratch / "door", in + "/../in"}) {
+        expectRefusedFor({"--to", to, "--below", in, "--recursive", north}, to + "/north");
+        expectRefusedFor({"--to", to, "--below", in, north}, to + "/north");
+    }
+    // A folder that is yet to be made below one that is searched with all in it.
+    fs::create_directories(scratch / "other/north/new");
+    writePixmap(scratch / "other/north/new/c.ppm", plain(6, 4, {1, 2, 3, 0}));
+    const std::string other = scratch / "other";
+    expectRefusedFor({"--to", in, "--recursive", north + "/far", other, north}, in + "/north/new");
+    EXPECT_FALSE(fs::exists(in + "/north/new"));
+    // A list does not change, and what is searched may lie beside what is saved into.
+    EXPECT_EQ(share({"--to", in, "--below", in, north + "/a.ppm"}).status, 0);
+    EXPECT_EQ(share({"--to", out, "--below", in, "--recursive", north}).status, 0);
+}
+
 TEST_F(RunnerShards, AShareLeavesTheDraftsOfOneThatRuns) {
     const std::string large = picture("large.ppm", randomBuffer(1500, 1200, 3));
     const std::vector<std::string> both{"--to", out, "--format", "png", "--quiet", large, large};

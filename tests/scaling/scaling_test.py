@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Runs the command lines of docs/scaling.md and the manifest of packaging/kubernetes.
+"""Runs the command lines of docs/scaling.md, the manifest of packaging/kubernetes, and what
+packaging/slurm does without a Slurm.
 
-usage: scaling_test.py ROOT TESSARINE-BATCH parallel|kubernetes
+usage: scaling_test.py ROOT TESSARINE-BATCH parallel|kubernetes|array
 
 Exit status 77 says that a tool for the check is missing.
 """
@@ -140,7 +141,9 @@ FIELDS = {
                            "volumes"},
     "spec.template.spec.containers": {"name", "image", "env", "command", "args", "resources",
                                       "volumeMounts"},
-    "spec.template.spec.containers.env": {"name", "value"},
+    "spec.template.spec.containers.env": {"name", "value", "valueFrom"},
+    "spec.template.spec.containers.env.valueFrom": {"fieldRef"},
+    "spec.template.spec.containers.env.valueFrom.fieldRef": {"fieldPath"},
     "spec.template.spec.containers.resources": {"requests", "limits"},
     "spec.template.spec.containers.resources.requests": {"cpu", "memory"},
     "spec.template.spec.containers.resources.limits": {"cpu", "memory"},
@@ -176,9 +179,13 @@ def test_kubernetes(root, _, folder, environment):
     pod = spec["template"]["spec"]
     expect(pod["restartPolicy"] == "Never", "limits by index need restartPolicy Never")
     container = pod["containers"][0]
-    expect(all(isinstance(one["value"], str) for one in container["env"]),
-           "a variable is no text")
-    variables = {one["name"]: one["value"] for one in container["env"]}
+    expect(all(("value" in one) != ("valueFrom" in one) for one in container["env"]),
+           "a variable has no value, or two")
+    variables = {one["name"]: one["value"] for one in container["env"] if "value" in one}
+    expect(all(isinstance(value, str) for value in variables.values()), "a variable is no text")
+    fields = {one["name"]: one["valueFrom"]["fieldRef"]["fieldPath"] for one in container["env"]
+              if "valueFrom" in one}
+    expect(set(fields.values()) <= {"metadata.name"}, f"pods are asked for {fields}")
     expect(variables["TESSARINE_SHARDS"] == str(spec["completions"]),
            "TESSARINE_SHARDS is not the number of completions")
     rules = spec["podFailurePolicy"]["rules"]
@@ -204,13 +211,22 @@ def test_kubernetes(root, _, folder, environment):
                     found.string[:found.start()].endswith("/results")
                     else f"{folder}{found.group(0)}", word)
              for word in container["command"] + container["args"]]
-    statuses = []
-    for index in range(spec["completions"]):
-        own = dict(environment, JOB_COMPLETION_INDEX=str(index), **variables)
-        statuses.append(subprocess.run(words, env=own, stdin=subprocess.DEVNULL,
-                                       stderr=subprocess.DEVNULL, check=False).returncode)
+
+    # All attempts of an index have one host name, as they have here, and pods of different names.
+    def run_pod(index, attempt):
+        names = {name: f"tessarine-{index}-{attempt}" for name in fields}
+        own = dict(environment, JOB_COMPLETION_INDEX=str(index), **variables, **names)
+        return subprocess.run(words, env=own, stdin=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL, check=False).returncode
+
+    statuses = [run_pod(index, "aaaaa") for index in range(spec["completions"])]
     expect(set(statuses) == {0, 1}, f"pods end with {statuses}")
     expect(1 <= statuses.count(1) <= len(BAD), f"pods end with {statuses}")
+    again = statuses.index(1)
+    expect(run_pod(again, "bbbbb") == 1, "a picture that cannot be read can be at another attempt")
+    reports = len(list((folder / "results" / "reports").iterdir()))
+    expect(reports == spec["completions"] + 1,
+           f"{spec['completions'] + 1} attempts leave {reports} reports")
     chain = re.search(r"--format .*", words[-1]).group(0)
     whole = run(f"tessarine-batch --from pictures/basket.txt --to whole --quiet {chain}", folder,
                 environment)
@@ -223,8 +239,96 @@ def test_kubernetes(root, _, folder, environment):
     expect_complete(folder / "all.jsonl")
 
 
+def write_program(path, text):
+    path.write_text(text)
+    path.chmod(0o755)
+
+
+def test_array(root, batch, folder, environment):
+    array = root / "packaging" / "slurm" / "tessarine-array"
+    # A Slurm that takes every job and does none.
+    tools = folder / "tools"
+    tools.mkdir()
+    write_program(tools / "sbatch", "#!/bin/sh\necho 17\n")
+    write_program(tools / "squeue", "#!/bin/sh\n")
+    write_program(tools / "scontrol", "#!/bin/sh\necho 'MaxArraySize = 1001'\n")
+    environment["PATH"] = f"{tools}:{environment['PATH']}"
+
+    def submit(work, *words, options=()):
+        return subprocess.run([array, "--program", folder / "batch", "--work", folder / work,
+                               *options, "--", *words], env=environment, text=True,
+                              stdin=subprocess.DEVNULL, capture_output=True, check=False)
+
+    write_program(folder / "batch", "#!/bin/sh\nexit 99\n")
+    run_of_all = ["--from", "basket.txt", "--to", "out"]
+    journal = ["--resume", "journal"]
+    for number, wish in enumerate((["--overwrite"], ["--on-exists", "overwrite"],
+                                   ["--on-exists=overwrite"])):
+        refused = submit("refused", *run_of_all, *wish)
+        expect(refused.returncode == 2 and "--resume" in refused.stderr
+               and " ".join(wish).replace("=", " ") in refused.stderr,
+               f"{wish} ends with {refused.returncode}: {refused.stderr}")
+        expect(not (folder / "refused").exists(), "a refused array leaves a folder")
+        for words in ([*wish, *journal], [*journal, *wish]):
+            taken = submit(f"taken{number}-{words.index('journal')}", *run_of_all, *words)
+            expect(taken.returncode == 0, f"{words} is not taken: {taken.stderr}")
+    # What a plan says counts like a word of the command line.
+    write_program(folder / "one.ppm", "P6 1 1 255\nabc")
+    for wish, status in ("overwrite", 2), ("keep", 0):
+        plan = folder / f"{wish}.plan"
+        made = subprocess.run([batch, "--to", folder, "--on-exists", wish, "--plan", plan,
+                               folder / "one.ppm"], stderr=subprocess.DEVNULL, check=False)
+        expect(made.returncode == 0, f"no plan is made: {made.returncode}")
+        planned = submit(f"planned-{wish}", "--from-plan", plan)
+        expect(planned.returncode == status, f"a plan to {wish} ends with {planned.returncode}")
+        expect(submit(f"resumed-{wish}", f"--from-plan={plan}", *journal).returncode == 0,
+               f"a plan to {wish} is refused with a journal")
+    for wish in (["--on-exists", "keep"], ["--name", "overwrite"]):
+        expect(submit("taken-" + wish[1], *run_of_all, *wish).returncode == 0, f"{wish} is refused")
+
+    # Shards are reckoned by what was left to do: a program that takes a second for such a picture,
+    # and finds all done in the first so many of a hundred samples.
+    def reckoned(work, kept):
+        write_program(folder / "batch", f"""#!/bin/sh
+while [ $# -gt 0 ]; do
+    case $1 in
+        --shard) shard=$2 ;;
+        --report) report=$2 ;;
+    esac
+    shift
+done
+case $shard in
+    */2000000000) counts='"pictures":0,"saved":0,"kept":0,"failed":0' ms=0 ;;
+    */100)
+        if [ "${{shard%/*}}" -lt {kept} ]; then
+            counts='"pictures":40,"saved":0,"kept":40,"failed":0' ms=3
+        else
+            counts='"pictures":40,"saved":28,"kept":10,"failed":2' ms=30000
+        fi
+        ;;
+    *) exit 3 ;;
+esac
+echo "{{\\"summary\\":{{$counts,\\"interrupted\\":false,\\"ms\\":$ms,\\"basket\\":4000}}}}" >"$report"
+""")
+        taken = submit(work, *run_of_all, options=["--task-start", "1"])
+        expect(taken.returncode == 0, f"it is not submitted: {taken.stderr}")
+        step = subprocess.run([folder / work / "tessarine-array", "--step", "plan", folder / work],
+                              env=environment, text=True, stdin=subprocess.DEVNULL,
+                              capture_output=True, check=False)
+        expect(step.returncode == 0, f"dividing ends with {step.returncode}: {step.stderr}")
+        samples = len(list((folder / work / "reports").glob("01-*")))
+        return int(re.search(r"shards \S+ of (\d+) are", step.stderr).group(1)), samples
+
+    # 2% of 4000 seconds, less what the samples saw and what starting this program takes.
+    for kept, samples in ((0, 1), (1, 2), (5, 6)):
+        shards, tried = reckoned(f"kept-{kept}", kept)
+        expect(20 <= shards <= 81, f"with {kept} samples done before there are {shards} shards")
+        expect(tried == samples, f"with {kept} samples done before it took {tried}")
+    expect(reckoned("kept-all", 100) == (1, 10), "a basket that is done is divided")
+
+
 def main():
-    if len(sys.argv) != 4 or sys.argv[3] not in ("parallel", "kubernetes"):
+    if len(sys.argv) != 4 or sys.argv[3] not in ("parallel", "kubernetes", "array"):
         sys.exit(__doc__)
     root, batch = Path(sys.argv[1]), Path(sys.argv[2]).resolve()
     environment = dict(os.environ, PATH=f"{batch.parent}:{os.environ['PATH']}")
