@@ -46,10 +46,36 @@ bool isPreview(const Exiv2::Exifdatum& datum) {
            name == "Thumbnail" || name == "ThumbnailImage";
 }
 
+/// Those that hold other blocks of metadata, which have ways of their own: a copy in EXIF would
+/// tell what was changed there.
+constexpr std::array<uint16_t, 4> tagsOfOtherBlocks{700, 33723, 34377, 34675};
+/// The directory of a place, wherever it hangs.
+constexpr uint16_t tagOfPlaces = 0x8825;
+/// Where on Earth the pixels of a map lie.
+constexpr std::array<uint16_t, 5> tagsOfGeoreference{33550, 33920, 33922, 34264, 50844};
+/// In what the coordinates of a map are, with names; and words that go with them.
+constexpr std::array<uint16_t, 4> tagsOfMaps{34735, 34736, 34737, 42112};
+/// May hold the part of the camera's maker once more.
+constexpr uint16_t tagOfPrivateData = 50740;
+
+template <size_t count>
+bool isAmong(const Exiv2::Exifdatum& datum, const std::array<uint16_t, count>& tags) {
+    return std::find(tags.begin(), tags.end(), datum.tag()) != tags.end();
+}
+
+bool isOtherBlock(const Exiv2::Exifdatum& datum) {
+    return !isOfMaker(datum) && isAmong(datum, tagsOfOtherBlocks);
+}
+
+bool isGeoreference(const Exiv2::Exifdatum& datum) {
+    return !isOfMaker(datum) && isAmong(datum, tagsOfGeoreference);
+}
+
 bool tellsLocation(const Exiv2::Exifdatum& datum) {
     // What a maker's part says of places, nobody can tell: cities in clear text have been seen.
-    return datum.groupName() == "GPSInfo" || datum.key() == "Exif.Image.GPSTag" ||
-           datum.key() == "Exif.Photo.MakerNote" || isOfMaker(datum);
+    return datum.groupName() == "GPSInfo" || datum.key() == "Exif.Photo.MakerNote" ||
+           isOfMaker(datum) || datum.tag() == tagOfPlaces || datum.tag() == tagOfPrivateData ||
+           isGeoreference(datum) || isAmong(datum, tagsOfMaps);
 }
 
 /// The numbers of a TIFF structure.
@@ -112,13 +138,11 @@ ByteVector encoded(const ExifData& data, Exiv2::ByteOrder order) {
 }  // namespace
 
 bool tellsOfStorage(const Exiv2::Exifdatum& datum) {
-    static constexpr std::array<uint16_t, 49> tags{
-        254, 255, 256, 257, 258, 259, 262, 263, 264, 265, 266, 273, 277, 278, 279, 280, 281, 284,
-        288, 289, 290, 291, 292, 293, 317, 320, 321, 322, 323, 324, 325, 330, 332, 333, 334, 336,
-        338, 339, 340, 341, 347, 529, 530, 531, 532,
-        // Those that hold other blocks of metadata, which have ways of their own.
-        700, 33723, 34377, 34675};
-    return datum.groupName() == "Image" && std::count(tags.begin(), tags.end(), datum.tag()) != 0;
+    static constexpr std::array<uint16_t, 45> tags{
+        254, 255, 256, 257, 258, 259, 262, 263, 264, 265, 266, 273, 277, 278, 279,
+        280, 281, 284, 288, 289, 290, 291, 292, 293, 317, 320, 321, 322, 323, 324,
+        325, 330, 332, 333, 334, 336, 338, 339, 340, 341, 347, 529, 530, 531, 532};
+    return datum.groupName() == "Image" && (isAmong(datum, tags) || isOtherBlock(datum));
 }
 
 uint8_t orientationIn(const ByteVector& exif) {
@@ -157,7 +181,8 @@ void adjustExif(ByteVector& exif, const MetadataChanges& changes, MetadataLibrar
         const bool isElsewhere =
             (changes.isTurned || !hasSize) &&
             (key == "Exif.Photo.SubjectArea" || key == "Exif.Photo.SubjectLocation");
-        return isElsewhere || isPreview(datum) || (changes.withoutLocation && tellsLocation(datum));
+        return isElsewhere || isPreview(datum) || isOtherBlock(datum) ||
+               (changes.withoutLocation && tellsLocation(datum));
     });
 
     if (isDamaged) {
