@@ -85,5 +85,30 @@ TEST_F(MetadataPlaces, BlocksWithinExifGoEvenIfPlacesAreKept) {
     }
 }
 
+TEST_F(MetadataPlaces, XmpOfAllCommonKindsNamesNone) {
+    std::string packet = xmpPacket(
+        "<geo:lat>48.8511</geo:lat><geo:long>2.3511</geo:long><geo:alt>8511</geo:alt>"
+        "<xmpDM:shotLocation>Shotville</xmpDM:shotLocation>"
+        "<prism:location>Printville</prism:location>"
+        "<dc:coverage><rdf:Bag><rdf:li>Coverville</rdf:li></rdf:Bag></dc:coverage>"
+        "<odd:Trip rdf:parseType=\"Resource\"><odd:City>Fieldville</odd:City>"
+        "<odd:Guide>a friend</odd:Guide></odd:Trip>"
+        "<dwc:stateProvince>Speciesville</dwc:stateProvince>"
+        "<dc:format>image/jpeg</dc:format><exif:SubjectLocation>7</exif:SubjectLocation>");
+    packet.insert(packet.find("xmlns:dc="),
+                  "xmlns:geo=\"http://www.w3.org/2003/01/geo/wgs84_pos#\" "
+                  "xmlns:xmpDM=\"http://ns.adobe.com/xmp/1.0/DynamicMedia/\" "
+                  "xmlns:dwc=\"http://rs.tdwg.org/dwc/terms/\" "
+                  "xmlns:prism=\"http://prismstandard.org/namespaces/basic/2.0/\" ");
+    MetadataBlocks blocks;
+    blocks.xmp = bytesOf(packet);
+    stripped(blocks);
+    EXPECT_EQ(leftOut, "");
+    for (const char* word : {"ville", "8511", "3511"})
+        EXPECT_THAT(file, Not(HasSubstr(word)));
+    for (const char* word : {"a friend", "image/jpeg", "SubjectLocation"})
+        EXPECT_THAT(file, HasSubstr(word));
+}
+
 }  // namespace
 }  // namespace tessarine::tests
