@@ -52,7 +52,7 @@ class LocalFiles : public PictureFiles {
                 beside.emplace_back();
                 attempt([&] { beside.back() = bytesOf(companion); });
             }
-            const PictureSource source{file, {beside.begin(), beside.end()}};
+            const PictureSource source{file, {beside.begin(), beside.end()}, withMetadata};
             ReadOutcome outcome = decodePicture(source, extension);
             if (outcome.bitmap) outcome.bitmap = Bitmap(std::move(*outcome.bitmap).takePixels());
             if (outcome.bitmap && withMetadata) outcome.metadata = metadataIn(file, extension);
