@@ -45,7 +45,7 @@ MetadataBlocks blocksIn(Bytes file, Container container, LeftOut& leftOut) {
         case Container::jpeg:
             return blocksInJpeg(file, leftOut);
         case Container::png: {
-            MetadataBlocks blocks = blocksByLibrary(file, Exiv2::ImageType::png);
+            MetadataBlocks blocks = blocksInPng(file, leftOut);
             if (!blocks.icc.empty() && appliesGamma(file)) {
                 blocks.icc.clear();
                 leftOut.add("the colour profile, beside which the file has a gamma of its own");

@@ -8,6 +8,9 @@ namespace tessarine {
 /// others.
 bool appliesGamma(Bytes png);
 
+/// The blocks of a file, each whole or told of as left out; they end where the file is damaged.
+MetadataBlocks blocksInPng(Bytes file, LeftOut& leftOut);
+
 /// A whole file with the blocks in it. \throws StatementFailed where it is no PNG file
 ByteVector pngWith(Bytes file, const MetadataBlocks& blocks);
 

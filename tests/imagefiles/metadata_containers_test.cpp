@@ -95,5 +95,66 @@ TEST_F(MetadataContainers, PixelsOfAllTiffFilesComeAsTheyAreStoredWithTheWordOnH
 
 // ---- PNG ----
 
+TEST_F(MetadataContainers, AnOddChunkOfAPngFileCostsNothingElse) {
+    const ByteString lengthy(300000, 'x');
+    const ByteString others[] = {
+        chunk("zTXt", joined(bytesOf({"Comment\0\0", 9}), deflated(lengthy))),
+        chunk("iTXt", joined(bytesOf({"parameters\0\1\0\0\0", 15}), deflated(lengthy))),
+        chunk("zTXt", bytesOf({"K\0\0", 3})),
+        chunk("zTXt", bytesOf({"Comment\0\0no such thing", 22})),
+        chunk("tEXt", bytesOf("a text without a name")),
+        chunk("tEXt", {}),
+    };
+    for (const ByteString& other : others) {
+        const FoundMetadata found = foundInPng(other);
+        EXPECT_EQ(found.orientation, 6);
+        EXPECT_EQ(found.leftOut, "");
+        EXPECT_EQ(blocksOf(found).exif, uprightExif(6));
+    }
+}
+
+TEST_F(MetadataContainers, ADamagedBlockOfAPngFileIsLeftOutAlone) {
+    const std::pair<ByteString, const char*> others[] = {
+        {chunk("zTXt", bytesOf({"Raw profile type iptc\0\0no such thing", 36})), "IPTC"},
+        {chunk("tEXt", bytesOf({"Raw profile type xmp\0\nxmp\n 9\n3c3", 31})), "XMP"},
+        {chunk("iTXt", bytesOf({"XML:com.adobe.xmp\0\1\0\0\0short", 27})), "XMP"},
+        {chunk("iCCP", bytesOf({"icc\0\0no such thing", 18})), "the colour profile"}};
+    for (const auto& [other, name] : others) {
+        const FoundMetadata found = foundInPng(other);
+        EXPECT_EQ(found.orientation, 6);
+        EXPECT_EQ(found.leftOut, std::string(name) + ", which is damaged");
+    }
+}
+
+TEST_F(MetadataContainers, PackedXmpAndBlocksInDigitsAreReadFromPngFiles) {
+    const ByteString packet =
+        bytesOf(xmpPacket("<dc:format>image/png</dc:format>") + std::string(200000, ' '));
+    EXPECT_EQ(blocksOf(foundInPng(chunk("iTXt", joined(bytesOf({"XML:com.adobe.xmp\0\1\0\0\0", 22}),
+                                                       deflated(packet)))))
+                  .xmp,
+              packet);
+    const ByteString iptc = iptcSet(5, "A title");
+    std::string digits;
+    for (const uint8_t byte : iptc) {
+        digits += "0123456789ABCDEF"[byte >> 4];
+        digits += "0123456789abcdef"[byte & 15];
+        if (digits.size() % 7 == 0) digits += '\n';
+    }
+    const ByteString text =
+        bytesOf("\niptc\n      " + std::to_string(iptc.size()) + "\n" + digits + "\n");
+    EXPECT_EQ(
+        blocksOf(foundInPng(chunk("tEXt", joined(bytesOf({"Raw profile type iptc\0", 22}), text))))
+            .iptc,
+        iptc);
+}
+
+TEST_F(MetadataContainers, WhatUnpacksToMoreThanIsKeptIsLeftOutWithAWord) {
+    const ByteString huge(mostMetadataBytes * 5, ' ');
+    const FoundMetadata found = foundInPng(
+        chunk("iTXt", joined(bytesOf({"XML:com.adobe.xmp\0\1\0\0\0", 22}), deflated(huge))));
+    EXPECT_EQ(found.orientation, 6);
+    EXPECT_EQ(found.leftOut, "XMP, which is more than is kept of a picture");
+}
+
 }  // namespace
 }  // namespace tessarine::tests
