@@ -93,6 +93,22 @@ TEST_F(MetadataContainers, PixelsOfAllTiffFilesComeAsTheyAreStoredWithTheWordOnH
 
 // ---- JPEG ----
 
+TEST_F(MetadataContainers, StrayBytesBetweenSegmentsOfAJpegFileArePassedOver) {
+    const ByteString with =
+        jpegWithSegments(bytesOf(plainFile("jpg")), {{0xE1, exifSegment(uprightExif(6))}});
+    for (const ByteString& stray : {ByteString{0}, ByteString{1, 2, 3}, ByteString{0xFF, 0}}) {
+        ByteString made(with.begin(), with.begin() + 2);
+        made = joined(made, stray);
+        made.insert(made.end(), with.begin() + 2, with.end());
+        const std::string path = scratch / "stray.jpg";
+        writeFile(path, {made.begin(), made.end()});
+        const ReadOutcome read = localFiles().readWithMetadata(path, "jpg");
+        EXPECT_TRUE(read.bitmap) << read.message;
+        EXPECT_EQ(read.metadata.orientation, 6);
+        EXPECT_EQ(blocksOf(read.metadata).exif, uprightExif(6));
+    }
+}
+
 // ---- PNG ----
 
 TEST_F(MetadataContainers, AnOddChunkOfAPngFileCostsNothingElse) {
