@@ -137,12 +137,16 @@ ByteVector encoded(const ExifData& data, Exiv2::ByteOrder order) {
 
 }  // namespace
 
-bool tellsOfStorage(const Exiv2::Exifdatum& datum) {
+bool isTagOfStorage(uint16_t tag) {
     static constexpr std::array<uint16_t, 45> tags{
         254, 255, 256, 257, 258, 259, 262, 263, 264, 265, 266, 273, 277, 278, 279,
         280, 281, 284, 288, 289, 290, 291, 292, 293, 317, 320, 321, 322, 323, 324,
         325, 330, 332, 333, 334, 336, 338, 339, 340, 341, 347, 529, 530, 531, 532};
-    return datum.groupName() == "Image" && (isAmong(datum, tags) || isOtherBlock(datum));
+    return std::find(tags.begin(), tags.end(), tag) != tags.end();
+}
+
+bool tellsOfStorage(const Exiv2::Exifdatum& datum) {
+    return datum.groupName() == "Image" && (isTagOfStorage(datum.tag()) || isOtherBlock(datum));
 }
 
 uint8_t orientationIn(const ByteVector& exif) {

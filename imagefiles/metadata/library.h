@@ -49,13 +49,14 @@ Exiv2::XmpData xmpIn(const ByteVector& xmp);
 /// \throws as the library, where the sets are damaged
 Exiv2::IptcData iptcIn(const ByteVector& iptc);
 
+/// Whether a tag of a TIFF file's directories tells how it stores pixels.
+bool isTagOfStorage(uint16_t tag);
 /// Whether a tag of the first directory tells how its file stores pixels, or holds another block.
 bool tellsOfStorage(const Exiv2::Exifdatum& datum);
 /// EXIF in pieces as one block; what tells how a TIFF file stores its pixels is left out.
 ByteVector exifBlock(Exiv2::ExifData data, Exiv2::ByteOrder order);
 
-/// The blocks of a file whose kind is an Exiv2::ImageType; none where it is of another kind.
-MetadataBlocks blocksByLibrary(Bytes file, int kind);
+MetadataBlocks blocksInTiff(Bytes file, LeftOut& leftOut);
 /// A whole TIFF file with the blocks in it.
 ByteVector tiffWith(Bytes file, const MetadataBlocks& blocks);
 

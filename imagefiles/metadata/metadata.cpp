@@ -53,7 +53,7 @@ MetadataBlocks blocksIn(Bytes file, Container container, LeftOut& leftOut) {
             return blocks;
         }
         case Container::tiff:
-            return blocksByLibrary(file, Exiv2::ImageType::tiff);
+            return blocksInTiff(file, leftOut);
         case Container::psd:
             return blocksInPsd(file);
         case Container::none:

@@ -6,6 +6,7 @@
 
 #include "imagefiles/decoding.h"
 #include "imagefiles/metadata/library.h"
+#include "pixels/failures.h"
 
 // Files whose metadata the library finds, or puts into its place, by itself.
 
@@ -102,12 +103,51 @@ ByteVector withResolution(Bytes file, const Exiv2::ExifData& exif) {
     return bytes;
 }
 
+// ---- TIFF files with places of 64 bits ----
+
+/// Whether a file is such a one, which the library does not read, and its first directory holds
+/// more than the storing of pixels takes.
+bool isBigWithWords(Bytes file) {
+    constexpr uint16_t orientation = 274;
+    bool hasWords = false;
+    attempt([&] {
+        const bool isBigEndian = startsWith(file, "MM");
+        if (!isBigEndian && !startsWith(file, "II")) return;
+        ByteReader reader(file);
+        const auto number = [&](size_t bytes) {
+            uint64_t value = 0;
+            const Bytes raw = reader.take(bytes);
+            for (size_t i = 0; i < bytes; ++i)
+                value = value << 8 | raw[isBigEndian ? i : bytes - 1 - i];
+            return value;
+        };
+        reader.seek(2);
+        if (number(2) != 43) return;
+        reader.seek(8);
+        reader.seek(number(8));
+        for (uint64_t entries = number(8); entries > 0 && !hasWords; --entries) {
+            const auto tag = static_cast<uint16_t>(number(2));
+            reader.skip(10);  // kind and count
+            const uint64_t value = number(8);
+            const bool isUpright =
+                tag == orientation && (isBigEndian ? value >> 48 : value & 0xFFFF) <= 1;
+            hasWords = !isUpright && !isTagOfStorage(tag) && tag != resolutionX &&
+                       tag != resolutionY && tag != resolutionUnit;
+        }
+    });
+    return hasWords;
+}
+
 }  // namespace
 
-MetadataBlocks blocksByLibrary(Bytes file, int kind) {
+MetadataBlocks blocksInTiff(Bytes file, LeftOut& leftOut) {
     MetadataBlocks blocks;
-    if (Exiv2::ImageFactory::getType(file.data(), static_cast<long>(file.size())) != kind)
+    if (Exiv2::ImageFactory::getType(file.data(), static_cast<long>(file.size())) !=
+        Exiv2::ImageType::tiff) {
+        if (isBigWithWords(file))
+            leftOut.add("all of it, since it is not read from TIFF files with places of 64 bits");
         return blocks;
+    }
     const std::unique_ptr<Exiv2::Image> image = opened(file);
     blocks.exif = exifBlock(image->exifData(), image->byteOrder());
     if (!image->iptcData().empty())

@@ -91,6 +91,28 @@ TEST_F(MetadataContainers, PixelsOfAllTiffFilesComeAsTheyAreStoredWithTheWordOnH
     }
 }
 
+TEST_F(MetadataContainers, OfATiffFileWithPlacesOf64BitsAllIsLeftOutWithAWord) {
+    for (const bool hasWords : {false, true}) {
+        const std::string path = scratch / "large.tif";
+        TIFF* const tiff = TIFFOpen(path.c_str(), "w8");
+        TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 1);
+        TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 1);
+        TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
+        TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, 72.0);
+        TIFFSetField(tiff, TIFFTAG_ORIENTATION, hasWords ? 6 : 1);
+        uint8_t pixel = 7;
+        ASSERT_EQ(TIFFWriteScanline(tiff, &pixel, 0, 0), 1);
+        TIFFClose(tiff);
+        const FoundMetadata found = metadataIn(bytesOf(readFile(path)), "tif");
+        EXPECT_TRUE(found.packed.empty());
+        EXPECT_EQ(found.leftOut.empty(), !hasWords) << found.leftOut;
+        if (hasWords) {
+            EXPECT_THAT(found.leftOut, HasSubstr("64 bits"));
+        }
+    }
+}
+
 // ---- JPEG ----
 
 TEST_F(MetadataContainers, StrayBytesBetweenSegmentsOfAJpegFileArePassedOver) {
