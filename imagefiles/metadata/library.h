@@ -56,7 +56,11 @@ bool tellsOfStorage(const Exiv2::Exifdatum& datum);
 /// EXIF in pieces as one block; what tells how a TIFF file stores its pixels is left out.
 ByteVector exifBlock(Exiv2::ExifData data, Exiv2::ByteOrder order);
 
+/// XMP that is too rich comes as it stands.
 MetadataBlocks blocksInTiff(Bytes file, LeftOut& leftOut);
+/// Whether a file is a TIFF file with places of 64 bits, which the library does not read, and its
+/// first directory holds more than the storing of pixels takes.
+bool isBigTiffWithWords(Bytes file);
 /// A whole TIFF file with the blocks in it.
 ByteVector tiffWith(Bytes file, const MetadataBlocks& blocks);
 

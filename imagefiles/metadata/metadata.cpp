@@ -7,6 +7,7 @@
 #include "imagefiles/metadata/library.h"
 #include "imagefiles/metadata/png_chunks.h"
 #include "imagefiles/metadata/resources.h"
+#include "imagefiles/metadata/rich_xmp.h"
 #include "imagefiles/output_file.h"
 #include "pixels/failures.h"
 
@@ -40,12 +41,14 @@ void orLeaveOut(ByteVector& block, const char* name, LeftOut& leftOut, Work work
     block.clear();
 }
 
-MetadataBlocks blocksIn(Bytes file, Container container, LeftOut& leftOut) {
+/// \param others  takes what was left out of anything but the word on how the picture lies
+MetadataBlocks blocksIn(Bytes file, Container container, MetadataWanted wanted, LeftOut& leftOut,
+                        LeftOut& others) {
     switch (container) {
         case Container::jpeg:
-            return blocksInJpeg(file, leftOut);
+            return blocksInJpeg(file, others);
         case Container::png: {
-            MetadataBlocks blocks = blocksInPng(file, leftOut);
+            MetadataBlocks blocks = blocksInPng(file, wanted, leftOut);
             if (!blocks.icc.empty() && appliesGamma(file)) {
                 blocks.icc.clear();
                 leftOut.add("the colour profile, beside which the file has a gamma of its own");
@@ -53,7 +56,10 @@ MetadataBlocks blocksIn(Bytes file, Container container, LeftOut& leftOut) {
             return blocks;
         }
         case Container::tiff:
-            return blocksInTiff(file, leftOut);
+            if (isBigTiffWithWords(file))
+                leftOut.add(
+                    "all of it, since it is not read from TIFF files with places of 64 bits");
+            return blocksInTiff(file, others);
         case Container::psd:
             return blocksInPsd(file);
         case Container::none:
@@ -65,6 +71,12 @@ MetadataBlocks blocksIn(Bytes file, Container container, LeftOut& leftOut) {
 /// Leaves out what is damaged, so that whatever is kept can be adjusted later.
 uint8_t inspect(MetadataBlocks& blocks, LeftOut& leftOut) {
     uint8_t orientation = 1;
+    while (const std::optional<RichXmp> copy = richXmpIn(blocks.exif))
+        hide(*copy, blocks.exif);
+    if (isTooRich(blocks.xmp)) {
+        leftOut.add("XMP of more than " + std::to_string(mostWordsOfXmp) + " properties");
+        blocks.xmp.clear();
+    }
     orLeaveOut(blocks.exif, "EXIF", leftOut, [&] { orientation = orientationIn(blocks.exif); });
     orLeaveOut(blocks.iptc, "IPTC", leftOut, [&] { iptcIn(blocks.iptc); });
     orLeaveOut(blocks.xmp, "XMP", leftOut, [&] { xmpIn(blocks.xmp); });
@@ -125,16 +137,20 @@ bool holdsMetadata(const std::string& extension) {
     return containerOf(extension) != Container::none;
 }
 
-FoundMetadata metadataIn(Bytes file, const std::string& extension, size_t mostBytes) {
+FoundMetadata metadataIn(Bytes file, const std::string& extension, size_t mostBytes,
+                         MetadataWanted wanted) {
     FoundMetadata found;
-    LeftOut leftOut;
+    LeftOut leftOut, unwanted;
     const Container container = containerOf(extension);
     if (container == Container::none) return found;
     try {
         MetadataLibrary library;
-        MetadataBlocks blocks = blocksIn(file, container, leftOut);
+        const bool wantsAll = wanted == MetadataWanted::all;
+        MetadataBlocks blocks =
+            blocksIn(file, container, wanted, leftOut, wantsAll ? leftOut : unwanted);
+        if (!wantsAll) blocks = {std::move(blocks.exif), {}, {}, {}};
         const uint8_t orientation = inspect(blocks, leftOut);
-        found.packed = packed(blocks, mostBytes, leftOut);
+        if (wantsAll) found.packed = packed(blocks, mostBytes, leftOut);
         found.orientation = orientation;
     } catch (const std::bad_alloc&) {
         leftOut.add("all of it, for which memory does not suffice");

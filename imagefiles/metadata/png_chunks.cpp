@@ -7,7 +7,6 @@
 #include <zlib.h>
 
 #include "imagefiles/decoding.h"
-#include "imagefiles/metadata.h"
 #include "imagefiles/metadata/resources.h"
 #include "pixels/failures.h"
 
@@ -149,7 +148,8 @@ Bytes without(std::string_view mark, Bytes bytes) {
 /// Takes the blocks out of chunks. The first of a kind counts.
 class Chunks {
   public:
-    explicit Chunks(LeftOut& leftOut) : leftOut_(leftOut) {}
+    Chunks(MetadataWanted wanted, LeftOut& leftOut)
+        : wantsAll_(wanted == MetadataWanted::all), leftOut_(leftOut) {}
 
     void take(Bytes kind, Bytes contents) {
         if (startsWith(kind, "eXIf")) {
@@ -203,7 +203,8 @@ class Chunks {
     }
     template <class Make>
     void into(ByteVector& block, const char* name, Make make) {
-        if (!block.empty()) return;
+        const bool isWanted = wantsAll_ || name == std::string_view("EXIF");
+        if (!isWanted || !block.empty()) return;
         try {
             block = make();
         } catch (const TooLarge&) {
@@ -213,13 +214,14 @@ class Chunks {
         }
     }
 
+    bool wantsAll_;
     LeftOut& leftOut_;
 };
 
 }  // namespace
 
-MetadataBlocks blocksInPng(Bytes file, LeftOut& leftOut) {
-    Chunks chunks(leftOut);
+MetadataBlocks blocksInPng(Bytes file, MetadataWanted wanted, LeftOut& leftOut) {
+    Chunks chunks(wanted, leftOut);
     attempt([&] {
         if (!startsWith(file, signature)) return;
         ByteReader reader(file);

@@ -6,6 +6,7 @@
 
 #include "imagefiles/decoding.h"
 #include "imagefiles/metadata/library.h"
+#include "imagefiles/metadata/rich_xmp.h"
 #include "pixels/failures.h"
 
 // Files whose metadata the library finds, or puts into its place, by itself.
@@ -103,11 +104,9 @@ ByteVector withResolution(Bytes file, const Exiv2::ExifData& exif) {
     return bytes;
 }
 
-// ---- TIFF files with places of 64 bits ----
+}  // namespace
 
-/// Whether a file is such a one, which the library does not read, and its first directory holds
-/// more than the storing of pixels takes.
-bool isBigWithWords(Bytes file) {
+bool isBigTiffWithWords(Bytes file) {
     constexpr uint16_t orientation = 274;
     bool hasWords = false;
     attempt([&] {
@@ -138,14 +137,16 @@ bool isBigWithWords(Bytes file) {
     return hasWords;
 }
 
-}  // namespace
-
 MetadataBlocks blocksInTiff(Bytes file, LeftOut& leftOut) {
     MetadataBlocks blocks;
     if (Exiv2::ImageFactory::getType(file.data(), static_cast<long>(file.size())) !=
-        Exiv2::ImageType::tiff) {
-        if (isBigWithWords(file))
-            leftOut.add("all of it, since it is not read from TIFF files with places of 64 bits");
+        Exiv2::ImageType::tiff)
+        return blocks;
+    if (const std::optional<RichXmp> rich = richXmpIn(file)) {
+        ByteVector copy(file.begin(), file.end());
+        hide(*rich, copy);
+        blocks = blocksInTiff(copy, leftOut);
+        blocks.xmp.assign(rich->packet.begin(), rich->packet.end());
         return blocks;
     }
     const std::unique_ptr<Exiv2::Image> image = opened(file);

@@ -384,7 +384,8 @@ class Session {
         if (outcome.error == FileError::none && request.metadata.id != 0)
             outcome.metadata = metadataIn(
                 source.file, request.extension,
-                static_cast<size_t>(std::min<uint64_t>(request.metadata.bytes, mostMetadataBytes)));
+                static_cast<size_t>(std::min<uint64_t>(request.metadata.bytes, mostMetadataBytes)),
+                request.orientationOnly ? MetadataWanted::orientation : MetadataWanted::all);
         return false;
     }
 

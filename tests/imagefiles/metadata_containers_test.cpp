@@ -194,5 +194,55 @@ TEST_F(MetadataContainers, WhatUnpacksToMoreThanIsKeptIsLeftOutWithAWord) {
     EXPECT_EQ(found.leftOut, "XMP, which is more than is kept of a picture");
 }
 
+// ---- What is wanted ----
+
+TEST_F(MetadataContainers, ForTheOrientationAloneNothingElseIsTakenApart) {
+    const ByteString damaged = chunk("iTXt", bytesOf({"XML:com.adobe.xmp\0\1\0\0\0short", 27}));
+    constexpr ptrdiff_t endOfHeader = 33;
+    const ByteString plain = bytesOf(plainFile("png"));
+    ByteString png(plain.begin(), plain.begin() + endOfHeader);
+    png = joined(joined(png, damaged), chunk("eXIf", uprightExif(6)));
+    png.insert(png.end(), plain.begin() + endOfHeader, plain.end());
+    const ByteString jpeg =
+        jpegWithSegments(bytesOf(plainFile("jpg")),
+                         {{0xE1, xmpSegment("<no packet>")}, {0xE1, exifSegment(uprightExif(6))}});
+    for (const auto& [file, extension] : {std::pair(png, "png"), std::pair(jpeg, "jpg")}) {
+        const FoundMetadata found =
+            metadataIn(file, extension, mostMetadataBytes, MetadataWanted::orientation);
+        EXPECT_EQ(found.orientation, 6);
+        EXPECT_EQ(found.leftOut, "");
+        EXPECT_TRUE(found.packed.empty());
+        EXPECT_THAT(metadataIn(file, extension).leftOut, HasSubstr("XMP"));
+    }
+}
+
+TEST_F(MetadataContainers, XmpOfVeryManyWordsIsLeftOutWithAWord) {
+    std::string elements, attributes, items;
+    for (int i = 0; i < 8100; ++i) {
+        elements += "<odd:p" + std::to_string(i) + "/>";
+        attributes += " odd:p" + std::to_string(i) + "='1'";
+        items += "<rdf:li>xmp.did:" + std::to_string(i) + "</rdf:li>";
+    }
+    std::string withAttributes = xmpPacket("");
+    withAttributes.insert(withAttributes.find(" xmlns:dc="), attributes);
+    const std::string ofItems = xmpPacket("<photoshop:DocumentAncestors><rdf:Bag>" + items +
+                                          "</rdf:Bag></photoshop:DocumentAncestors>");
+    for (const std::string& packet : {xmpPacket(elements), withAttributes, ofItems}) {
+        const bool isKept = packet == ofItems;
+        const char* word = isKept ? "" : "XMP of more than 8000 properties";
+        const FoundMetadata png = foundInPng(
+            chunk("iTXt", joined(bytesOf({"XML:com.adobe.xmp\0\0\0\0\0", 22}), bytesOf(packet))));
+        EXPECT_EQ(png.orientation, 6);
+        EXPECT_EQ(png.leftOut, word);
+        EXPECT_EQ(blocksOf(png).xmp.empty(), !isKept);
+        ExifToMake exif;
+        exif.image = {{orientationTag, asShort(6)}, {700, asBytes(bytesOf(packet))}};
+        const FoundMetadata tiff = metadataIn(exif.bytes(), "tif");
+        EXPECT_EQ(tiff.orientation, 6);
+        EXPECT_EQ(tiff.leftOut, word);
+        EXPECT_EQ(blocksOf(tiff).xmp.empty(), !isKept);
+    }
+}
+
 }  // namespace
 }  // namespace tessarine::tests
