@@ -81,6 +81,7 @@ uint8_t inspect(MetadataBlocks& blocks, LeftOut& leftOut) {
     orLeaveOut(blocks.iptc, "IPTC", leftOut, [&] { iptcIn(blocks.iptc); });
     orLeaveOut(blocks.xmp, "XMP", leftOut, [&] { xmpIn(blocks.xmp); });
     if (blocks.icc.empty()) return orientation;
+    cutToSize(blocks.icc);
     const std::string why = whyNoProfile(blocks.icc);
     if (why.empty()) return orientation;
     leftOut.add("the colour profile: " + why);
