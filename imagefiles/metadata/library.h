@@ -33,13 +33,18 @@ struct MetadataChanges {
     int32_t height = 0;
     bool isTurned = false;
     bool withoutLocation = false;
+    /// The picture that was read told of another size, in whatever block.
+    bool hasOtherSize = false;
 };
 
+/// Whether EXIF tells of another size than the picture has that is written. \throws as the library
+bool tellsOtherSize(const ByteVector& exif, const MetadataChanges& changes);
 /// Has a block tell of the picture that is written, and not of the one that was read.
 /// \throws as the library, where it is too damaged for that
 void adjustExif(ByteVector& exif, const MetadataChanges& changes, MetadataLibrary& library,
                 LeftOut& leftOut);
-void adjustXmp(ByteVector& xmp, const MetadataChanges& changes);
+/// Notes in the changes whether the packet tells of another size.
+void adjustXmp(ByteVector& xmp, MetadataChanges& changes);
 void adjustIptc(ByteVector& iptc, const MetadataChanges& changes);
 
 /// 1 to 8. \throws as the library, where the block is damaged as a whole
@@ -54,7 +59,7 @@ bool isTagOfStorage(uint16_t tag);
 /// Whether a tag of the first directory tells how its file stores pixels, or holds another block.
 bool tellsOfStorage(const Exiv2::Exifdatum& datum);
 /// EXIF in pieces as one block; what tells how a TIFF file stores its pixels is left out.
-ByteVector exifBlock(Exiv2::ExifData data, Exiv2::ByteOrder order);
+ByteVector exifBlock(Exiv2::ExifData data, Exiv2::ByteOrder order, LeftOut& leftOut);
 
 /// XMP that is too rich comes as it stands.
 MetadataBlocks blocksInTiff(Bytes file, LeftOut& leftOut);

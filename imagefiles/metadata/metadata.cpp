@@ -116,15 +116,19 @@ ByteVector contentsOf(OutputFile& file) {
 }
 
 /// \throws whatever the library throws
-void add(const MetadataToAdd& metadata, Container container, const MetadataChanges& changes,
+void add(const MetadataToAdd& metadata, Container container, MetadataChanges changes,
          OutputFile& file, LeftOut& leftOut) {
     std::optional<MetadataBlocks> blocks = unpacked(metadata.packed);
     if (!blocks) return leftOut.add("all of it, which got lost on its way");
     MetadataLibrary library;
+    // All sizes that are told come first: places in pixels may stand in one block, and the size of
+    // the picture that was read in another.
+    orLeaveOut(blocks->exif, "EXIF", leftOut,
+               [&] { changes.hasOtherSize = tellsOtherSize(blocks->exif, changes); });
+    orLeaveOut(blocks->xmp, "XMP", leftOut, [&] { adjustXmp(blocks->xmp, changes); });
     orLeaveOut(blocks->exif, "EXIF", leftOut,
                [&] { adjustExif(blocks->exif, changes, library, leftOut); });
     orLeaveOut(blocks->iptc, "IPTC", leftOut, [&] { adjustIptc(blocks->iptc, changes); });
-    orLeaveOut(blocks->xmp, "XMP", leftOut, [&] { adjustXmp(blocks->xmp, changes); });
     if (blocks->areEmpty()) return;
     const ByteVector whole = withBlocks(contentsOf(file), container, *blocks, leftOut);
     file.seek(0);

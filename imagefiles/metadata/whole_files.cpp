@@ -150,7 +150,7 @@ MetadataBlocks blocksInTiff(Bytes file, LeftOut& leftOut) {
         return blocks;
     }
     const std::unique_ptr<Exiv2::Image> image = opened(file);
-    blocks.exif = exifBlock(image->exifData(), image->byteOrder());
+    blocks.exif = exifBlock(image->exifData(), image->byteOrder(), leftOut);
     if (!image->iptcData().empty())
         blocks.iptc = bytesOf(Exiv2::IptcParser::encode(image->iptcData()));
     const std::string& packet = image->xmpPacket();

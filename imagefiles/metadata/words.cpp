@@ -115,25 +115,25 @@ Exiv2::IptcData iptcIn(const ByteVector& iptc) {
     return data;
 }
 
-void adjustXmp(ByteVector& xmp, const MetadataChanges& changes) {
+void adjustXmp(ByteVector& xmp, MetadataChanges& changes) {
     // Written by hand a packet has kilobytes of blanks; a long one may need to do without.
     constexpr size_t large = 60000;
     Exiv2::XmpData data = xmpIn(xmp);
     bool isChanged = xmp.size() > large;
-    const auto set = [&](const char* key, int32_t number) {
-        isChanged = setText(data, key, number) || isChanged;
-    };
     const size_t before = static_cast<size_t>(data.count());
-    const auto width = data.findKey(Exiv2::XmpKey("Xmp.exif.PixelXDimension"));
-    const bool hasSize = width == data.end() || width->toString() == std::to_string(changes.width);
+    const auto setSize = [&](const char* key, int32_t number) {
+        const bool isOther = setText(data, key, number);
+        isChanged = isChanged || isOther;
+        changes.hasOtherSize = changes.hasOtherSize || isOther;
+    };
     for (const char* key : {"Xmp.exif.PixelXDimension", "Xmp.tiff.ImageWidth"})
-        set(key, changes.width);
+        setSize(key, changes.width);
     for (const char* key : {"Xmp.exif.PixelYDimension", "Xmp.tiff.ImageLength"})
-        set(key, changes.height);
-    if (changes.isTurned) set("Xmp.tiff.Orientation", 1);
+        setSize(key, changes.height);
+    if (changes.isTurned) isChanged = setText(data, "Xmp.tiff.Orientation", 1) || isChanged;
     for (auto at = data.begin(); at != data.end();) {
         const bool isUnwanted = tellsOfCompany(*at) ||
-                                ((changes.isTurned || !hasSize) && tellsOfParts(*at)) ||
+                                ((changes.isTurned || changes.hasOtherSize) && tellsOfParts(*at)) ||
                                 (changes.withoutLocation && tellsLocation(*at));
         at = isUnwanted ? data.erase(at) : at + 1;
     }
