@@ -13,7 +13,8 @@ ReadOutcome KeepingFiles::read(const std::string& path, const std::string& exten
     leftOut_.clear();
     struct stat status {};
     if (wishes_.keep && ::stat(path.c_str(), &status) == 0) fileTime_ = status.st_mtim;
-    ReadOutcome outcome = files_.readWithMetadata(path, extension);
+    ReadOutcome outcome = files_.readWithMetadata(
+        path, extension, wishes_.keep ? MetadataWanted::all : MetadataWanted::orientation);
     if (!outcome.bitmap) return outcome;
     metadata_.withoutLocation = wishes_.stripLocation;
     leftOut_ = std::exchange(outcome.metadata.leftOut, {});

@@ -96,6 +96,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint8_t how = input.u8();
     const bool writes = (how & 1) != 0;
     const bool wantsMetadata = (how & 2) != 0;
+    const MetadataWanted wanted =
+        (how & 4) != 0 ? MetadataWanted::orientation : MetadataWanted::all;
     const std::string extension = input.flag() ? "png" : "wmf";
     constexpr uint64_t memory = uint64_t{1} << 24;
 
@@ -105,12 +107,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     options.onNotice = [](const std::string& text) { expect(!text.empty()); };
     options.number = [number = 0U]() mutable { return ++number; };
     CodecFiles files(options);
-    const ReadOutcome read = wantsMetadata ? files.readWithMetadata(picture.path, extension)
+    const ReadOutcome read = wantsMetadata ? files.readWithMetadata(picture.path, extension, wanted)
                                            : files.read(picture.path, extension);
     const FoundMetadata& metadata = read.metadata;
     expect(metadata.orientation >= 1 && metadata.orientation <= 8);
     expect(metadata.packed.size() <= mostMetadataBytes && metadata.leftOut.size() < 1000);
     expect(wantsMetadata || (metadata.orientation == 1 && metadata.packed.empty()));
+    expect(wanted == MetadataWanted::all || metadata.packed.empty());
     if (read.error == FileError::none) {
         expect(read.bitmap && read.bitmap->isValid() && read.depth >= 0);
         expect(read.bitmap->pixels().byteCount() <= memory);

@@ -130,6 +130,7 @@ void sendOne(Input& input, int socket, Sent& sent) {
         case 4: {
             ReadRequest request{input.u8(), 0, uint64_t{1} << 30, 0, "jpg"};
             request.metadata = anyBlockRef(input);
+            request.orientationOnly = request.number >= 128;
             own.push_back(photograph());
             descriptors = {own.back().get(), anyBlock(input)};
             sent.numbers.insert(request.number);

@@ -1,4 +1,5 @@
 #include <exception>
+#include <optional>
 #include <unistd.h>
 
 #include "imagefiles/decode.h"
@@ -24,7 +25,7 @@ std::vector<uint8_t> bytesOf(const std::string& path) {
 class LocalFiles : public PictureFiles {
   public:
     ReadOutcome read(const std::string& path, const std::string& extension) override {
-        return read(path, extension, false);
+        return read(path, extension, std::nullopt);
     }
 
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
@@ -32,8 +33,9 @@ class LocalFiles : public PictureFiles {
         return encodePicture(picture, extension, formatIndex, file);
     }
 
-    ReadOutcome readWithMetadata(const std::string& path, const std::string& extension) override {
-        return read(path, extension, true);
+    ReadOutcome readWithMetadata(const std::string& path, const std::string& extension,
+                                 MetadataWanted wanted) override {
+        return read(path, extension, wanted);
     }
 
     WriteOutcome writeWithMetadata(const Bitmap& picture, const std::string& extension,
@@ -44,7 +46,7 @@ class LocalFiles : public PictureFiles {
 
   private:
     static ReadOutcome read(const std::string& path, const std::string& extension,
-                            bool withMetadata) {
+                            std::optional<MetadataWanted> wanted) {
         try {
             const std::vector<uint8_t> file = bytesOf(path);
             std::vector<std::vector<uint8_t>> beside;
@@ -52,10 +54,11 @@ class LocalFiles : public PictureFiles {
                 beside.emplace_back();
                 attempt([&] { beside.back() = bytesOf(companion); });
             }
-            const PictureSource source{file, {beside.begin(), beside.end()}};
+            const PictureSource source{file, {beside.begin(), beside.end()}, wanted.has_value()};
             ReadOutcome outcome = decodePicture(source, extension);
             if (outcome.bitmap) outcome.bitmap = Bitmap(std::move(*outcome.bitmap).takePixels());
-            if (outcome.bitmap && withMetadata) outcome.metadata = metadataIn(file, extension);
+            if (outcome.bitmap && wanted)
+                outcome.metadata = metadataIn(file, extension, mostMetadataBytes, *wanted);
             return outcome;
         } catch (const FileRefused& failure) {
             ReadOutcome outcome;

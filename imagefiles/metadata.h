@@ -14,6 +14,13 @@ class OutputFile;
 /// The most bytes of metadata that are kept of a picture, packed; what is beyond is left out.
 constexpr size_t mostMetadataBytes = size_t{16} << 20;
 
+/// What of a file's metadata is of interest.
+enum class MetadataWanted {
+    all,
+    orientation,  ///< how the picture lies alone: nothing is packed, and what else is damaged not
+                  ///< told
+};
+
 /// What a picture file says beyond its pixels.
 struct FoundMetadata {
     /// How the picture lies, 1 to 8 as EXIF counts; 1 is upright, and stands for no word of it too.
@@ -35,7 +42,8 @@ struct MetadataToAdd {
 /// damaged is left out.
 /// \param mostBytes  of `packed`
 FoundMetadata metadataIn(Bytes file, const std::string& extension,
-                         size_t mostBytes = mostMetadataBytes);
+                         size_t mostBytes = mostMetadataBytes,
+                         MetadataWanted wanted = MetadataWanted::all);
 
 /// Adds metadata to a picture file that was just encoded, in so far as the format holds any: what
 /// tells of the old size tells the new one, thumbnails go. Nothing is thrown; file.failure() tells

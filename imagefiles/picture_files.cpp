@@ -36,8 +36,9 @@ class Forwarding : public PictureFiles {
                        OutputFile& file) override {
         return files_.write(picture, extension, formatIndex, file);
     }
-    ReadOutcome readWithMetadata(const std::string& path, const std::string& extension) override {
-        return files_.readWithMetadata(path, extension);
+    ReadOutcome readWithMetadata(const std::string& path, const std::string& extension,
+                                 MetadataWanted wanted) override {
+        return files_.readWithMetadata(path, extension, wanted);
     }
     WriteOutcome writeWithMetadata(const Bitmap& picture, const std::string& extension,
                                    int16_t formatIndex, const MetadataToAdd& metadata,

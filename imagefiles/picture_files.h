@@ -102,7 +102,9 @@ class PictureFiles {
 
     /// The same as read(), with what the file says beyond its pixels. Damage to that alone is no
     /// error. Who knows of none finds none.
-    virtual ReadOutcome readWithMetadata(const std::string& path, const std::string& extension) {
+    virtual ReadOutcome readWithMetadata(const std::string& path, const std::string& extension,
+                                         MetadataWanted wanted = MetadataWanted::all) {
+        static_cast<void>(wanted);
         return read(path, extension);
     }
     /// The same as write(), with what is to be said beyond the pixels, in so far as the format

@@ -16,6 +16,9 @@ struct PictureSource {
     Bytes file;
     /// In the order of companionPaths(); empty where there is no such file.
     std::vector<Bytes> companions;
+    /// Pixels are wanted as they are stored, though the file may say how the picture lies: somebody
+    /// else turns it. Otherwise the libraries do as they always did, which turns some pictures.
+    bool isTurnedLater = false;
 };
 
 /// The letters A to Z in lower case, as extensions are compared.

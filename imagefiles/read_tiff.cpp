@@ -55,6 +55,7 @@ struct Layout {
     uint16_t planes = PLANARCONFIG_CONTIG;
     uint16_t format = SAMPLEFORMAT_UINT;
     uint16_t compression = COMPRESSION_NONE;
+    uint16_t orientation = ORIENTATION_TOPLEFT;
 };
 
 Layout readLayout(TIFF* tiff) {
@@ -67,6 +68,7 @@ Layout readLayout(TIFF* tiff) {
     TIFFGetFieldDefaulted(tiff, TIFFTAG_PLANARCONFIG, &layout.planes);
     TIFFGetFieldDefaulted(tiff, TIFFTAG_SAMPLEFORMAT, &layout.format);
     TIFFGetFieldDefaulted(tiff, TIFFTAG_COMPRESSION, &layout.compression);
+    TIFFGetFieldDefaulted(tiff, TIFFTAG_ORIENTATION, &layout.orientation);
     return layout;
 }
 
@@ -138,6 +140,14 @@ Bitmap readInks(TIFF* tiff, const Layout& layout, size_t fileSize) {
     return bitmap;
 }
 
+/// Pictures of such colours the file library turns by itself, and some of them but half.
+bool isTurnedByLibrary(const Layout& layout) {
+    const bool hasSuchColours =
+        layout.photometric == PHOTOMETRIC_YCBCR || layout.photometric == PHOTOMETRIC_CIELAB ||
+        layout.photometric == PHOTOMETRIC_ICCLAB || layout.photometric == PHOTOMETRIC_ITULAB;
+    return hasSuchColours && layout.orientation != ORIENTATION_TOPLEFT;
+}
+
 }  // namespace
 
 /// The file library does not know samples of 2 bits nor plain YCbCr, reads freed memory for the
@@ -178,7 +188,8 @@ std::optional<Decoded> takeOverTiff(const PictureSource& source) {
                               layout.compression != COMPRESSION_JPEG &&
                               layout.compression != COMPRESSION_OJPEG;
     const bool isPaletteWithAlpha = layout.photometric == PHOTOMETRIC_PALETTE && layout.samples > 1;
-    if (isPlainYcbcr || isPaletteWithAlpha || layout.bits == 2)
+    const bool isLeftToOthers = source.isTurnedLater && isTurnedByLibrary(layout);
+    if (isPlainYcbcr || isPaletteWithAlpha || isLeftToOthers || layout.bits == 2)
         return Decoded{readColours(tiff.get(), layout, file.size()), depth};
     return std::nullopt;
 }

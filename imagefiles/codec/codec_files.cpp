@@ -69,14 +69,15 @@ class CodecFiles::OnePicture : public PictureFiles {
     explicit OnePicture(CodecFiles& files) : files_(files), place_(files.admission_) {}
 
     ReadOutcome read(const std::string& path, const std::string& extension) override {
-        return read(path, extension, false);
+        return read(path, extension, std::nullopt);
     }
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
                        OutputFile& file) override {
         return files_.write(picture, extension, formatIndex, file, {});
     }
-    ReadOutcome readWithMetadata(const std::string& path, const std::string& extension) override {
-        return read(path, extension, true);
+    ReadOutcome readWithMetadata(const std::string& path, const std::string& extension,
+                                 MetadataWanted wanted) override {
+        return read(path, extension, wanted);
     }
     WriteOutcome writeWithMetadata(const Bitmap& picture, const std::string& extension,
                                    int16_t formatIndex, const MetadataToAdd& metadata,
@@ -85,11 +86,12 @@ class CodecFiles::OnePicture : public PictureFiles {
     }
 
   private:
-    ReadOutcome read(const std::string& path, const std::string& extension, bool wantsMetadata) {
+    ReadOutcome read(const std::string& path, const std::string& extension,
+                     std::optional<MetadataWanted> metadata) {
         const auto admit = [&](uint64_t pixels) {
             return place_.admit(Admission::bytesFor(pixels));
         };
-        return files_.read({path, extension}, admit, {}, nullptr, wantsMetadata);
+        return files_.read({path, extension}, admit, {}, nullptr, metadata);
     }
 
     CodecFiles& files_;
@@ -237,20 +239,22 @@ ReadOutcome CodecFiles::read(const std::string& path, const std::string& extensi
     return read({path, extension}, admit, {options_.onWaiting, {}});
 }
 
-ReadOutcome CodecFiles::readWithMetadata(const std::string& path, const std::string& extension) {
-    return read({path, extension}, {}, {options_.onWaiting, {}}, nullptr, true);
+ReadOutcome CodecFiles::readWithMetadata(const std::string& path, const std::string& extension,
+                                         MetadataWanted wanted) {
+    return read({path, extension}, {}, {options_.onWaiting, {}}, nullptr, wanted);
 }
 
 ReadOutcome CodecFiles::read(const ExpectedFile& file,
                              const std::function<bool(uint64_t pixels)>& admit,
-                             const Waiting& waiting, FileMarks* marks, bool wantsMetadata) {
+                             const Waiting& waiting, FileMarks* marks,
+                             std::optional<MetadataWanted> metadata) {
     const auto& [path, extension] = file;
     ReadOutcome outcome;
     try {
         OpenedPicture opened = openPicture(path, extension);
         if (marks != nullptr) *marks = marksOf(opened, companionPaths(path, extension).size());
         ReadingRequest request(pool_, options_.wishes, std::move(opened.files), opened.companions,
-                               extension, admit, wantsMetadata);
+                               extension, admit, metadata);
         Failure failure = ask(kindFor(extension), request, waiting);
         if (failure.error == FileError::none) return request.takeOutcome();
         outcome.error = failure.error;

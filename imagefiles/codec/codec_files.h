@@ -76,7 +76,8 @@ class CodecFiles : public PictureFiles {
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,
                        OutputFile& file) override;
     /// Reads at once, whatever was read ahead.
-    ReadOutcome readWithMetadata(const std::string& path, const std::string& extension) override;
+    ReadOutcome readWithMetadata(const std::string& path, const std::string& extension,
+                                 MetadataWanted wanted) override;
     WriteOutcome writeWithMetadata(const Bitmap& picture, const std::string& extension,
                                    int16_t formatIndex, const MetadataToAdd& metadata,
                                    OutputFile& file) override;
@@ -111,7 +112,7 @@ class CodecFiles : public PictureFiles {
     /// \param marks  filled where it is wanted
     ReadOutcome read(const ExpectedFile& file, const std::function<bool(uint64_t pixels)>& admit,
                      const Waiting& waiting, FileMarks* marks = nullptr,
-                     bool wantsMetadata = false);
+                     std::optional<MetadataWanted> metadata = {});
     ReadOutcome readAhead(const ExpectedFile& file, Admission::Place& place,
                           const std::function<bool()>& isOff, FileMarks& marks);
     WriteOutcome write(const Bitmap& picture, const std::string& extension, int16_t formatIndex,

@@ -27,6 +27,9 @@ class Writer {
     }
     Writer& real(double value) { return number(std::bit_cast<uint64_t>(value)); }
     Writer& flag(bool value) { return number(static_cast<uint8_t>(value)); }
+    Writer& flags(bool first, bool second) {
+        return number(static_cast<uint8_t>((first ? 1 : 0) | (second ? 2 : 0)));
+    }
     Writer& block(const BlockRef& block) { return number(block.id).number(block.bytes); }
     /// A text is always a packet's last field and ends with it.
     Packet text(const std::string& text) {
@@ -65,11 +68,12 @@ class Reader {
         if (raw > static_cast<uint8_t>(FileError::cannotWrite)) refuse("there is no such error");
         value = static_cast<FileError>(raw);
     }
-    void truth(bool& value) {
+    void flags(bool& first, bool& second) {
         uint8_t raw = 0;
         number(raw);
-        if (raw > 1) refuse("this is neither yes nor no");
-        value = raw == 1;
+        if (raw > 3) refuse("there is no such flag");
+        first = (raw & 1) != 0;
+        second = (raw & 2) != 0;
     }
     void block(BlockRef& value) {
         number(value.id);
@@ -117,7 +121,7 @@ Packet packetOf(const ToHelper& message) {
             .number(m->memoryBytes)
             .number(m->companions)
             .block(m->metadata)
-            .number(static_cast<uint8_t>(m->sizeOnly))
+            .flags(m->sizeOnly, m->orientationOnly)
             .text(m->extension);
     if (const auto* m = std::get_if<WriteRequest>(&message))
         return Writer(Kind::write)
@@ -169,7 +173,7 @@ std::optional<ToHelper> messageToHelper(Bytes packet) {
             reader.number(m.memoryBytes);
             reader.number(m.companions);
             reader.block(m.metadata);
-            reader.truth(m.sizeOnly);
+            reader.flags(m.sizeOnly, m.orientationOnly);
             reader.text(m.extension);
             return m;
         }

@@ -41,6 +41,8 @@ struct ReadRequest {
     BlockRef metadata{};  ///< where the picture's metadata goes; id 0 where it is not wanted
     /// Only the size is asked for: no block is, and ReadDone tells width and height alone.
     bool sizeOnly = false;
+    /// Of the metadata only the orientation is asked for: nothing goes into its block.
+    bool orientationOnly = false;
 };
 
 /// Write the picture in a block. Descriptors: the output, the block, then the block with metadata,
@@ -107,7 +109,7 @@ struct WriteDone {
     std::string message;
 };
 
-constexpr uint32_t protocolVersion = 2;
+constexpr uint32_t protocolVersion = 3;
 
 using ToHelper = std::variant<ReadRequest, WriteRequest, BlockGrant>;
 using ToProgram = std::variant<Ready, NeedBlock, ReadDone, WriteDone>;

@@ -96,17 +96,18 @@ std::chrono::duration<double> patienceFor(uint64_t pixels, const LimitWishes& wi
 
 ReadingRequest::ReadingRequest(BlockPool& pool, const LimitWishes& wishes,
                                std::vector<Descriptor> files, uint32_t companions,
-                               std::string extension, Admit admit, bool wantsMetadata)
+                               std::string extension, Admit admit,
+                               std::optional<MetadataWanted> metadata)
     : pool_(pool),
       wishes_(wishes),
       files_(std::move(files)),
       companions_(companions),
       extension_(std::move(extension)),
       admit_(std::move(admit)),
-      wantsMetadata_(wantsMetadata),
+      wanted_(metadata),
       pixels_(pixelsThatMayBeIn(files_.front().get())) {
     // Untouched pages of it take no memory.
-    if (wantsMetadata) attempt([&] { metadata_ = pool_.take(mostMetadataBytes); });
+    if (wanted_) attempt([&] { metadata_ = pool_.take(mostMetadataBytes); });
 }
 
 ToHelper ReadingRequest::begin(uint32_t number) {
@@ -116,7 +117,9 @@ ToHelper ReadingRequest::begin(uint32_t number) {
                        memoryCeiling(wishes_),
                        companions_,
                        extension_,
-                       metadata_ ? metadata_->ref() : BlockRef{}};
+                       metadata_ ? metadata_->ref() : BlockRef{},
+                       false,
+                       wanted_ == MetadataWanted::orientation};
 }
 
 std::vector<int> ReadingRequest::descriptors() const {
@@ -204,9 +207,10 @@ void ReadingRequest::finish(const ReadDone& answer) {
 
 FoundMetadata ReadingRequest::metadataOf(const ReadDone& answer) const {
     FoundMetadata found;
-    if (wantsMetadata_ && !metadata_)
-        found.leftOut = "all of it, for which memory does not suffice";
-    const uint64_t most = metadata_ ? std::min<uint64_t>(mostMetadataBytes, metadata_->bytes()) : 0;
+    if (wanted_ && !metadata_) found.leftOut = "all of it, for which memory does not suffice";
+    const bool mayHoldAny = metadata_ && wanted_ == MetadataWanted::all;
+    const uint64_t most =
+        mayHoldAny ? std::min<uint64_t>(mostMetadataBytes, metadata_->bytes()) : 0;
     if (answer.metadataBytes > most)
         throw HelperLied("it told of more metadata than there is room");
     if (answer.orientation < 1 || answer.orientation > 8 || (!metadata_ && answer.orientation != 1))

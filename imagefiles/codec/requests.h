@@ -65,10 +65,10 @@ class ReadingRequest : public HelperRequest {
     /// \param files      the open file, and the open companions behind it
     /// \param companions bit i for companion i
     /// \param admit      asked before a block is granted; may be empty
-    /// \param wantsMetadata  where there is no memory for it, the outcome tells so
+    /// \param metadata   what is wanted of it; where there is no memory, the outcome tells so
     ReadingRequest(BlockPool& pool, const LimitWishes& wishes, std::vector<Descriptor> files,
                    uint32_t companions, std::string extension, Admit admit = {},
-                   bool wantsMetadata = false);
+                   std::optional<MetadataWanted> metadata = {});
 
     ToHelper begin(uint32_t number) override;
     std::vector<int> descriptors() const override;
@@ -88,8 +88,8 @@ class ReadingRequest : public HelperRequest {
     uint32_t companions_;
     std::string extension_;
     Admit admit_;
-    bool wantsMetadata_;
-    std::shared_ptr<Block> metadata_;  ///< nullptr where none is wanted, or memory is short
+    std::optional<MetadataWanted> wanted_;  ///< nothing where no metadata is
+    std::shared_ptr<Block> metadata_;       ///< nullptr where none is wanted, or memory is short
     uint32_t number_ = 0;
     uint64_t pixels_ = 0;  ///< of the picture, as far as is known
     int asked_ = 0;

@@ -72,6 +72,13 @@ std::optional<MetadataBlocks> unpacked(Bytes bytes) {
     return result;
 }
 
+void cutToSize(ByteVector& icc) {
+    attempt([&] {
+        const uint32_t size = ByteReader(icc).u32be();
+        if (size < icc.size()) icc.resize(size);
+    });
+}
+
 std::string whyNoProfile(Bytes icc) {
     constexpr size_t shortest = 132;  // the header, and the number of its tags
     constexpr size_t placeOfSpace = 16;

@@ -38,6 +38,8 @@ ByteVector packed(const MetadataBlocks& blocks, size_t mostBytes, LeftOut& leftO
 /// The other way round; nothing where the bytes are no such piece.
 std::optional<MetadataBlocks> unpacked(Bytes bytes);
 
+/// Cuts off what stands behind the end of a colour profile: some files have it filled up.
+void cutToSize(ByteVector& icc);
 /// Why a colour profile does not fit a picture in red, green and blue; empty where it does.
 std::string whyNoProfile(Bytes icc);
 

@@ -107,11 +107,13 @@ MetadataBlocks blocksInJpeg(Bytes file, LeftOut& leftOut) {
         ByteReader reader(file);
         if (reader.u16be() != 0xFFD8) return;
         for (;;) {
-            if (reader.u8() != 0xFF) return;
+            // As in decoding, whatever stands between one segment and the next mark is passed over.
+            while (reader.u8() != 0xFF) {
+            }
             uint8_t kind = 0xFF;
             while (kind == 0xFF)
                 kind = reader.u8();
-            const bool isAlone = kind == 0x01 || (kind >= 0xD0 && kind <= 0xD7);
+            const bool isAlone = kind <= 0x01 || (kind >= 0xD0 && kind <= 0xD8);
             if (kind == 0xDA || kind == 0xD9) return;  // pixels, or the end
             if (isAlone) continue;
             const uint16_t length = reader.u16be();

@@ -7,6 +7,7 @@
 #include "imagefiles/metadata/library.h"
 #include "imagefiles/metadata/png_chunks.h"
 #include "imagefiles/metadata/resources.h"
+#include "imagefiles/metadata/rich_xmp.h"
 #include "imagefiles/output_file.h"
 #include "pixels/failures.h"
 
@@ -40,12 +41,14 @@ void orLeaveOut(ByteVector& block, const char* name, LeftOut& leftOut, Work work
     block.clear();
 }
 
-MetadataBlocks blocksIn(Bytes file, Container container, LeftOut& leftOut) {
+/// \param others  takes what was left out of anything but the word on how the picture lies
+MetadataBlocks blocksIn(Bytes file, Container container, MetadataWanted wanted, LeftOut& leftOut,
+                        LeftOut& others) {
     switch (container) {
         case Container::jpeg:
-            return blocksInJpeg(file, leftOut);
+            return blocksInJpeg(file, others);
         case Container::png: {
-            MetadataBlocks blocks = blocksByLibrary(file, Exiv2::ImageType::png);
+            MetadataBlocks blocks = blocksInPng(file, wanted, leftOut);
             if (!blocks.icc.empty() && appliesGamma(file)) {
                 blocks.icc.clear();
                 leftOut.add("the colour profile, beside which the file has a gamma of its own");
@@ -53,7 +56,10 @@ MetadataBlocks blocksIn(Bytes file, Container container, LeftOut& leftOut) {
             return blocks;
         }
         case Container::tiff:
-            return blocksByLibrary(file, Exiv2::ImageType::tiff);
+            if (isBigTiffWithWords(file))
+                leftOut.add(
+                    "all of it, since it is not read from TIFF files with places of 64 bits");
+            return blocksInTiff(file, others);
         case Container::psd:
             return blocksInPsd(file);
         case Container::none:
@@ -65,10 +71,17 @@ MetadataBlocks blocksIn(Bytes file, Container container, LeftOut& leftOut) {
 /// Leaves out what is damaged, so that whatever is kept can be adjusted later.
 uint8_t inspect(MetadataBlocks& blocks, LeftOut& leftOut) {
     uint8_t orientation = 1;
+    while (const std::optional<RichXmp> copy = richXmpIn(blocks.exif))
+        hide(*copy, blocks.exif);
+    if (isTooRich(blocks.xmp)) {
+        leftOut.add("XMP of more than " + std::to_string(mostWordsOfXmp) + " properties");
+        blocks.xmp.clear();
+    }
     orLeaveOut(blocks.exif, "EXIF", leftOut, [&] { orientation = orientationIn(blocks.exif); });
     orLeaveOut(blocks.iptc, "IPTC", leftOut, [&] { iptcIn(blocks.iptc); });
     orLeaveOut(blocks.xmp, "XMP", leftOut, [&] { xmpIn(blocks.xmp); });
     if (blocks.icc.empty()) return orientation;
+    cutToSize(blocks.icc);
     const std::string why = whyNoProfile(blocks.icc);
     if (why.empty()) return orientation;
     leftOut.add("the colour profile: " + why);
@@ -103,15 +116,19 @@ ByteVector contentsOf(OutputFile& file) {
 }
 
 /// \throws whatever the library throws
-void add(const MetadataToAdd& metadata, Container container, const MetadataChanges& changes,
+void add(const MetadataToAdd& metadata, Container container, MetadataChanges changes,
          OutputFile& file, LeftOut& leftOut) {
     std::optional<MetadataBlocks> blocks = unpacked(metadata.packed);
     if (!blocks) return leftOut.add("all of it, which got lost on its way");
     MetadataLibrary library;
+    // All sizes that are told come first: places in pixels may stand in one block, and the size of
+    // the picture that was read in another.
+    orLeaveOut(blocks->exif, "EXIF", leftOut,
+               [&] { changes.hasOtherSize = tellsOtherSize(blocks->exif, changes); });
+    orLeaveOut(blocks->xmp, "XMP", leftOut, [&] { adjustXmp(blocks->xmp, changes); });
     orLeaveOut(blocks->exif, "EXIF", leftOut,
                [&] { adjustExif(blocks->exif, changes, library, leftOut); });
     orLeaveOut(blocks->iptc, "IPTC", leftOut, [&] { adjustIptc(blocks->iptc, changes); });
-    orLeaveOut(blocks->xmp, "XMP", leftOut, [&] { adjustXmp(blocks->xmp, changes); });
     if (blocks->areEmpty()) return;
     const ByteVector whole = withBlocks(contentsOf(file), container, *blocks, leftOut);
     file.seek(0);
@@ -125,16 +142,20 @@ bool holdsMetadata(const std::string& extension) {
     return containerOf(extension) != Container::none;
 }
 
-FoundMetadata metadataIn(Bytes file, const std::string& extension, size_t mostBytes) {
+FoundMetadata metadataIn(Bytes file, const std::string& extension, size_t mostBytes,
+                         MetadataWanted wanted) {
     FoundMetadata found;
-    LeftOut leftOut;
+    LeftOut leftOut, unwanted;
     const Container container = containerOf(extension);
     if (container == Container::none) return found;
     try {
         MetadataLibrary library;
-        MetadataBlocks blocks = blocksIn(file, container, leftOut);
+        const bool wantsAll = wanted == MetadataWanted::all;
+        MetadataBlocks blocks =
+            blocksIn(file, container, wanted, leftOut, wantsAll ? leftOut : unwanted);
+        if (!wantsAll) blocks = {std::move(blocks.exif), {}, {}, {}};
         const uint8_t orientation = inspect(blocks, leftOut);
-        found.packed = packed(blocks, mostBytes, leftOut);
+        if (wantsAll) found.packed = packed(blocks, mostBytes, leftOut);
         found.orientation = orientation;
     } catch (const std::bad_alloc&) {
         leftOut.add("all of it, for which memory does not suffice");

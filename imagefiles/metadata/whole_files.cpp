@@ -6,6 +6,8 @@
 
 #include "imagefiles/decoding.h"
 #include "imagefiles/metadata/library.h"
+#include "imagefiles/metadata/rich_xmp.h"
+#include "pixels/failures.h"
 
 // Files whose metadata the library finds, or puts into its place, by itself.
 
@@ -104,12 +106,51 @@ ByteVector withResolution(Bytes file, const Exiv2::ExifData& exif) {
 
 }  // namespace
 
-MetadataBlocks blocksByLibrary(Bytes file, int kind) {
+bool isBigTiffWithWords(Bytes file) {
+    constexpr uint16_t orientation = 274;
+    bool hasWords = false;
+    attempt([&] {
+        const bool isBigEndian = startsWith(file, "MM");
+        if (!isBigEndian && !startsWith(file, "II")) return;
+        ByteReader reader(file);
+        const auto number = [&](size_t bytes) {
+            uint64_t value = 0;
+            const Bytes raw = reader.take(bytes);
+            for (size_t i = 0; i < bytes; ++i)
+                value = value << 8 | raw[isBigEndian ? i : bytes - 1 - i];
+            return value;
+        };
+        reader.seek(2);
+        if (number(2) != 43) return;
+        reader.seek(8);
+        reader.seek(number(8));
+        for (uint64_t entries = number(8); entries > 0 && !hasWords; --entries) {
+            const auto tag = static_cast<uint16_t>(number(2));
+            reader.skip(10);  // kind and count
+            const uint64_t value = number(8);
+            const bool isUpright =
+                tag == orientation && (isBigEndian ? value >> 48 : value & 0xFFFF) <= 1;
+            hasWords = !isUpright && !isTagOfStorage(tag) && tag != resolutionX &&
+                       tag != resolutionY && tag != resolutionUnit;
+        }
+    });
+    return hasWords;
+}
+
+MetadataBlocks blocksInTiff(Bytes file, LeftOut& leftOut) {
     MetadataBlocks blocks;
-    if (Exiv2::ImageFactory::getType(file.data(), static_cast<long>(file.size())) != kind)
+    if (Exiv2::ImageFactory::getType(file.data(), static_cast<long>(file.size())) !=
+        Exiv2::ImageType::tiff)
         return blocks;
+    if (const std::optional<RichXmp> rich = richXmpIn(file)) {
+        ByteVector copy(file.begin(), file.end());
+        hide(*rich, copy);
+        blocks = blocksInTiff(copy, leftOut);
+        blocks.xmp.assign(rich->packet.begin(), rich->packet.end());
+        return blocks;
+    }
     const std::unique_ptr<Exiv2::Image> image = opened(file);
-    blocks.exif = exifBlock(image->exifData(), image->byteOrder());
+    blocks.exif = exifBlock(image->exifData(), image->byteOrder(), leftOut);
     if (!image->iptcData().empty())
         blocks.iptc = bytesOf(Exiv2::IptcParser::encode(image->iptcData()));
     const std::string& packet = image->xmpPacket();

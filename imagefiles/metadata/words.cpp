@@ -41,18 +41,51 @@ bool tellsOfParts(const Exiv2::Xmpdatum& datum) {
            property == "SubjectArea" || property == "SubjectLocation";
 }
 
-bool tellsLocation(const Exiv2::Xmpdatum& datum) {
-    static constexpr std::array names{
-        "Location"sv,      "LocationCreated"sv, "LocationShown"sv, "LocationName"sv, "City"sv,
-        "Sublocation"sv,   "SubLocation"sv,     "State"sv,         "Province"sv,     "Country"sv,
-        "ProvinceState"sv, "CountryCode"sv,     "CountryName"sv,   "WorldRegion"sv};
-    std::string path = datum.tagName();
-    std::transform(path.begin(), path.end(), path.begin(), [](char c) {
+std::string inLowerLetters(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](char c) {
         return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     });
-    return isAmong(propertyOf(datum), names) || path.find("gps") != std::string::npos ||
-           path.find("latitude") != std::string::npos ||
-           path.find("longitude") != std::string::npos;
+    return text;
+}
+
+/// Whether a property or a field, without its namespace and in lower case, is a place.
+bool isPlace(std::string_view name) {
+    static constexpr std::array names{"location"sv,      "locationcreated"sv,
+                                      "locationshown"sv, "locationname"sv,
+                                      "shotlocation"sv,  "sublocation"sv,
+                                      "city"sv,          "municipality"sv,
+                                      "county"sv,        "state"sv,
+                                      "province"sv,      "provincestate"sv,
+                                      "stateprovince"sv, "country"sv,
+                                      "countrycode"sv,   "countryname"sv,
+                                      "worldregion"sv,   "continent"sv,
+                                      "island"sv,        "locality"sv,
+                                      "lat"sv,           "long"sv,
+                                      "lng"sv,           "lon"sv,
+                                      "alt"sv,           "coordinates"sv,
+                                      "coverage"sv,      "spatial"sv,
+                                      "geotag"sv,        "geohash"sv,
+                                      "geolocation"sv,   "footprintwkt"sv};
+    static constexpr std::array parts{"gps"sv,      "latitude"sv,         "longitude"sv,
+                                      "altitude"sv, "verbatimlocality"sv, "verbatimcoordinates"sv};
+    return isAmong(name, names) || std::any_of(parts.begin(), parts.end(), [&](auto part) {
+               return name.find(part) != std::string_view::npos;
+           });
+}
+
+/// Whether a property, or a field on the way to this one, is a place.
+bool tellsLocation(const Exiv2::Xmpdatum& datum) {
+    const std::string path = inLowerLetters(datum.tagName());
+    for (size_t start = 0; start <= path.size();) {
+        const size_t end = std::min(path.find('/', start), path.size());
+        std::string_view name = std::string_view(path).substr(start, end - start);
+        name = name.substr(0, name.find('['));
+        if (const size_t colon = name.rfind(':'); colon != std::string_view::npos)
+            name.remove_prefix(colon + 1);
+        if (isPlace(name)) return true;
+        start = end + 1;
+    }
+    return false;
 }
 
 bool setText(Exiv2::XmpData& data, const char* key, int32_t number) {
@@ -82,25 +115,25 @@ Exiv2::IptcData iptcIn(const ByteVector& iptc) {
     return data;
 }
 
-void adjustXmp(ByteVector& xmp, const MetadataChanges& changes) {
+void adjustXmp(ByteVector& xmp, MetadataChanges& changes) {
     // Written by hand a packet has kilobytes of blanks; a long one may need to do without.
     constexpr size_t large = 60000;
     Exiv2::XmpData data = xmpIn(xmp);
     bool isChanged = xmp.size() > large;
-    const auto set = [&](const char* key, int32_t number) {
-        isChanged = setText(data, key, number) || isChanged;
-    };
     const size_t before = static_cast<size_t>(data.count());
-    const auto width = data.findKey(Exiv2::XmpKey("Xmp.exif.PixelXDimension"));
-    const bool hasSize = width == data.end() || width->toString() == std::to_string(changes.width);
+    const auto setSize = [&](const char* key, int32_t number) {
+        const bool isOther = setText(data, key, number);
+        isChanged = isChanged || isOther;
+        changes.hasOtherSize = changes.hasOtherSize || isOther;
+    };
     for (const char* key : {"Xmp.exif.PixelXDimension", "Xmp.tiff.ImageWidth"})
-        set(key, changes.width);
+        setSize(key, changes.width);
     for (const char* key : {"Xmp.exif.PixelYDimension", "Xmp.tiff.ImageLength"})
-        set(key, changes.height);
-    if (changes.isTurned) set("Xmp.tiff.Orientation", 1);
+        setSize(key, changes.height);
+    if (changes.isTurned) isChanged = setText(data, "Xmp.tiff.Orientation", 1) || isChanged;
     for (auto at = data.begin(); at != data.end();) {
         const bool isUnwanted = tellsOfCompany(*at) ||
-                                ((changes.isTurned || !hasSize) && tellsOfParts(*at)) ||
+                                ((changes.isTurned || changes.hasOtherSize) && tellsOfParts(*at)) ||
                                 (changes.withoutLocation && tellsLocation(*at));
         at = isUnwanted ? data.erase(at) : at + 1;
     }

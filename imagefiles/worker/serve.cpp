@@ -63,6 +63,7 @@ Contents readContents(const ReadRequest& request, std::vector<Descriptor> files)
     }
     PictureSource& source = contents.source;
     source.file = contents.bytes[0];
+    source.isTurnedLater = request.metadata.id != 0;
     source.companions.resize(companionPaths("", request.extension).size());
     for (size_t i = 0, next = 1; i < source.companions.size() && i < 32; ++i)
         if ((request.companions >> i & 1) != 0) source.companions[i] = contents.bytes[next++];
@@ -383,7 +384,8 @@ class Session {
         if (outcome.error == FileError::none && request.metadata.id != 0)
             outcome.metadata = metadataIn(
                 source.file, request.extension,
-                static_cast<size_t>(std::min<uint64_t>(request.metadata.bytes, mostMetadataBytes)));
+                static_cast<size_t>(std::min<uint64_t>(request.metadata.bytes, mostMetadataBytes)),
+                request.orientationOnly ? MetadataWanted::orientation : MetadataWanted::all);
         return false;
     }
 

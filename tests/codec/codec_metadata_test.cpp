@@ -61,7 +61,7 @@ TEST_F(CodecFilesTest, MetadataComesAsTheHelperPutItDown) {
         serveWithMetadata(helper, request, "what it says", doneWith(8, 12, "a part\nof it"));
     })});
     CodecFiles files(with(helpers));
-    const ReadOutcome outcome = files.readWithMetadata(picture, "png");
+    const ReadOutcome outcome = files.readWithMetadata(picture, "png", MetadataWanted::all);
     expectGood(outcome);
     EXPECT_EQ(outcome.metadata.orientation, 8);
     EXPECT_EQ(outcome.metadata.packed, bytesOf("what it says"));
@@ -91,6 +91,25 @@ TEST_F(CodecFilesTest, MetadataThatNobodyWantedIsALie) {
             done.metadataBytes > 0 ? "more metadata" : "how the picture lies");
 }
 
+TEST_F(CodecFilesTest, ForTheOrientationAloneNothingElseIsAskedForNorTaken) {
+    for (const uint32_t bytes : {0U, 1U}) {
+        ScriptedHelpers helpers(
+            {answering([bytes](HelperEndpoint& helper, const ReadRequest& request) {
+                 EXPECT_TRUE(request.orientationOnly);
+                 EXPECT_NE(request.metadata.id, 0U);
+                 serveWithMetadata(helper, request, {}, doneWith(8, bytes));
+             }),
+             serveAll});
+        CodecFiles files(with(helpers));
+        const ReadOutcome outcome =
+            files.readWithMetadata(picture, "png", MetadataWanted::orientation);
+        EXPECT_EQ(errorClass(outcome.error), bytes == 0 ? "" : "codec-died") << outcome.message;
+        if (bytes == 0) {
+            EXPECT_EQ(outcome.metadata.orientation, 8);
+        }
+    }
+}
+
 TEST_F(CodecFilesTest, MoreMetadataThanThereIsRoomAndOddOrientationsAreLies) {
     for (const ReadDone& done : {doneWith(1, mostMetadataBytes + 1), doneWith(1, ~uint32_t{0}),
                                  doneWith(0, 0), doneWith(9, 0), doneWith(255, 0)}) {
@@ -100,7 +119,7 @@ TEST_F(CodecFilesTest, MoreMetadataThanThereIsRoomAndOddOrientationsAreLies) {
              }),
              serveAll});
         CodecFiles files(with(helpers));
-        const ReadOutcome outcome = files.readWithMetadata(picture, "png");
+        const ReadOutcome outcome = files.readWithMetadata(picture, "png", MetadataWanted::all);
         EXPECT_EQ(errorClass(outcome.error), "codec-died");
         EXPECT_THAT(outcome.message, HasSubstr("broke its rules"));
         expectGood(files.read(picture, "png"));
@@ -114,7 +133,7 @@ TEST_F(CodecFilesTest, WithoutMemoryForMetadataThePictureIsReadAndAWordIsSaid) {
         helper.serve(request, side, side, teal);
     })});
     CodecFiles files(with(helpers));
-    const ReadOutcome outcome = files.readWithMetadata(picture, "png");
+    const ReadOutcome outcome = files.readWithMetadata(picture, "png", MetadataWanted::all);
     expectGood(outcome);
     EXPECT_THAT(outcome.metadata.leftOut, HasSubstr("memory does not suffice"));
 }

@@ -28,6 +28,7 @@ const std::vector<ToHelper>& requests() {
         BlockGrant{10, {11, 4096}},
         BlockGrant{10, {}},
         ReadRequest{8, 1, uint64_t{1} << 30, 1, "cut", {}, true},
+        ReadRequest{9, 1, uint64_t{1} << 30, 0, "jpg", {3, 4096}, false, true},
     };
     return all;
 }
@@ -65,10 +66,13 @@ TEST(Messages, EveryRequestArrivesAsItWasSent) {
     EXPECT_EQ(reading.companions, 5u);
     EXPECT_EQ(reading.extension, "PsD");
     EXPECT_EQ(reading.metadata, (BlockRef{12, 13}));
-    EXPECT_FALSE(reading.sizeOnly);
+    EXPECT_FALSE(reading.sizeOnly || reading.orientationOnly);
     const auto looking = std::get<ReadRequest>(*read(requests()[5]));
     EXPECT_EQ(looking.extension, "cut");
-    EXPECT_TRUE(looking.sizeOnly);
+    EXPECT_TRUE(looking.sizeOnly && !looking.orientationOnly);
+    const auto turning = std::get<ReadRequest>(*read(requests()[6]));
+    EXPECT_EQ(turning.extension, "jpg");
+    EXPECT_TRUE(turning.orientationOnly && !turning.sizeOnly);
     const auto writing = std::get<WriteRequest>(*read(requests()[2]));
     EXPECT_EQ(writing.number, 8u);
     EXPECT_EQ(writing.seconds, 0.25);

@@ -187,6 +187,20 @@ TEST_F(RunnerMetadata, TurningAloneKeepsNothing) {
     EXPECT_TRUE(foundIn("Sample1.jpg").packed.empty());
 }
 
+TEST_F(RunnerMetadata, OfWhatTurningDoesNotNeedNothingIsTold) {
+    ExifToMake exif;
+    exif.image = {{0x0112, asShort(6)}};
+    const std::string photo = jpeg("a.jpg", {{0xE1, exifSegment(exif.bytes())},
+                                             {0xE1, xmpSegment("<no packet>")},
+                                             {0xE2, profileSegment(profile("CMYK"), 1, 1)}});
+    const auto turned = reported({"--format", "bmp", "--auto-orient", photo});
+    EXPECT_EQ(turned[0]["message"], "");
+    EXPECT_EQ(turned[0]["width"], 30);
+    const auto kept =
+        reported({"--format", "bmp", "--overwrite", "--auto-orient", "--keep-metadata", photo});
+    EXPECT_THAT(kept[0]["message"].get<std::string>(), HasSubstr("XMP, which is damaged"));
+}
+
 TEST_F(RunnerMetadata, WithoutLocationNoPlaceIsLeft) {
     const std::string photo = photograph("a.jpg");
     ASSERT_EQ(

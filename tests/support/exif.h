@@ -252,10 +252,8 @@ inline ByteString profile(std::string_view space, size_t size = 200) {
     return made;
 }
 inline ByteString profileSegment(const ByteString& part, uint8_t number, uint8_t of) {
-    ByteString made = bytesOf(std::string_view("ICC_PROFILE\0", 12));
-    made.push_back(number);
-    made.push_back(of);
-    return joined(made, part);
+    const ByteString numbers{number, of};
+    return joined(joined(bytesOf(std::string_view("ICC_PROFILE\0", 12)), numbers), part);
 }
 
 }  // namespace tessarine::tests
