@@ -78,7 +78,7 @@ const std::map<std::string, std::string> classes{
 
 TEST_F(RunnerWithHelpers, OfAHundredPicturesThirtyMisbehaveAndSeventyAreSaved) {
     placeHelper(TESSARINE_CODEC_MISBEHAVING);
-    std::vector<std::string> all{"--timeout", "1",        "--memory",
+    std::vector<std::string> all{"--timeout", "2",        "--memory",
                                  "256",       "--report", scratch / "report"};
     std::vector<std::string> goodOnes;
     std::map<int, std::string> expected;
