@@ -27,22 +27,43 @@ void forParts(size_t count, const Visit& visit) {
     });
 }
 
-/// Whether any fourth byte is not 0. Every picture that is read or saved comes by here, so eight
-/// pixels are looked at in one step.
+// Every picture that is read or saved comes by here, so eight pixels are looked at in one step.
+constexpr size_t stepPixels = 8;
+using Step = std::array<uint64_t, stepPixels / 2>;  ///< pairs of pixels
+
+/// The fourth bytes of a pair of pixels.
+constexpr auto fourthsOfPair = [] {
+    constexpr Pixel fourth{0, 0, 0, 0xFF};
+    return std::bit_cast<uint64_t>(std::array{fourth, fourth});
+}();
+
+/// Whether any fourth byte is not 0.
 bool anyFourth(const Pixel* pixels, size_t count) {
     uint64_t found = 0;
     size_t i = 0;
-    for (; i + 8 <= count; i += 8) {
-        std::array<uint64_t, 4> pairs;
+    for (; i + stepPixels <= count; i += stepPixels) {
+        Step pairs;
         std::memcpy(pairs.data(), pixels + i, sizeof pairs);
         found |= (pairs[0] | pairs[1]) | (pairs[2] | pairs[3]);
     }
-    constexpr Pixel fourths{0, 0, 0, 0xFF};
-    constexpr uint64_t mask = std::bit_cast<uint64_t>(std::array{fourths, fourths});
-    bool any = (found & mask) != 0;
+    bool any = (found & fourthsOfPair) != 0;
     for (; i < count; ++i)
         any = any || pixels[i].fourth != 0;
     return any;
+}
+
+/// Sets every fourth byte to 0.
+void clearFourths(Pixel* pixels, size_t count) {
+    size_t i = 0;
+    for (; i + stepPixels <= count; i += stepPixels) {
+        Step pairs;
+        std::memcpy(pairs.data(), pixels + i, sizeof pairs);
+        for (uint64_t& pair : pairs)
+            pair &= ~fourthsOfPair;
+        std::memcpy(static_cast<void*>(pixels + i), pairs.data(), sizeof pairs);
+    }
+    for (; i < count; ++i)
+        pixels[i].fourth = 0;
 }
 
 /// Whether margin and fourth bytes are all 0, as a bitmap keeps them.
@@ -69,12 +90,11 @@ bool hasBitmapForm(const PixelBuffer& pixels) {
     return true;
 }
 
-void clearFourths(Pixel* pixels, size_t count) {
+/// Sets the fourth bytes to 0, writing only where one is not.
+void tidyFourths(Pixel* pixels, size_t count) {
     for (size_t from = 0; from < count; from += fewPixels) {
         const size_t some = std::min(fewPixels, count - from);
-        if (!anyFourth(pixels + from, some)) continue;
-        for (size_t i = from; i < from + some; ++i)
-            pixels[i].fourth = 0;
+        if (anyFourth(pixels + from, some)) clearFourths(pixels + from, some);
     }
 }
 
@@ -105,7 +125,7 @@ Bitmap::Bitmap(PixelBuffer pixels) {
     if (pixels.isDimensioned() && !pixels.isShared()) {
         Pixel* const all = pixels.writableBlock();
         forParts(pixels.pixelCount(),
-                 [all](size_t from, size_t count) { clearFourths(all + from, count); });
+                 [all](size_t from, size_t count) { tidyFourths(all + from, count); });
         pixels.clearMargin();
         pixels_ = std::move(pixels);
         return;
