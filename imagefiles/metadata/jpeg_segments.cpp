@@ -4,22 +4,13 @@
 #include <map>
 
 #include "imagefiles/decoding.h"
+#include "imagefiles/metadata/marks.h"
 #include "imagefiles/metadata/resources.h"
 #include "pixels/failures.h"
 
 namespace tessarine {
 
 namespace {
-
-using namespace std::string_view_literals;
-
-constexpr auto exifMark = "Exif\0\0"sv;
-constexpr auto xmpMark = "http://ns.adobe.com/xap/1.0/\0"sv;
-/// Some writers put a blank before the end.
-constexpr auto oddXmpMark = "http://ns.adobe.com/xap/1.0/ \0"sv;
-constexpr auto moreXmpMark = "http://ns.adobe.com/xmp/extension/\0"sv;
-constexpr auto resourcesMark = "Photoshop 3.0\0"sv;
-constexpr auto profileMark = "ICC_PROFILE\0"sv;
 
 constexpr size_t mostContents = 65533;
 
@@ -30,14 +21,14 @@ class Segments {
 
     void take(uint8_t kind, Bytes contents) {
         if (kind == 0xE1) {
-            takeFirst(blocks_.exif, contents, exifMark);
-            takeFirst(blocks_.xmp, contents, xmpMark);
-            takeFirst(blocks_.xmp, contents, oddXmpMark);
-            hasMoreXmp_ = hasMoreXmp_ || startsWith(contents, moreXmpMark);
-        } else if (kind == 0xE2 && startsWith(contents, profileMark)) {
-            takeProfile(contents.subspan(profileMark.size()));
-        } else if (kind == 0xED && startsWith(contents, resourcesMark)) {
-            append(resources_, contents.subspan(resourcesMark.size()));
+            takeFirst(blocks_.exif, contents, marks::exif);
+            takeFirst(blocks_.xmp, contents, marks::xmp);
+            takeFirst(blocks_.xmp, contents, marks::oddXmp);
+            hasMoreXmp_ = hasMoreXmp_ || startsWith(contents, marks::moreXmp);
+        } else if (kind == 0xE2 && startsWith(contents, marks::profile)) {
+            takeProfile(contents.subspan(marks::profile.size()));
+        } else if (kind == 0xED && startsWith(contents, marks::resources)) {
+            append(resources_, contents.subspan(marks::resources.size()));
         }
     }
 
@@ -87,11 +78,11 @@ void appendSegment(ByteVector& bytes, uint8_t kind, std::string_view mark, Bytes
 }
 
 void appendProfile(ByteVector& bytes, Bytes icc, LeftOut& leftOut) {
-    const size_t most = mostContents - profileMark.size() - 2;
+    const size_t most = mostContents - marks::profile.size() - 2;
     const size_t parts = (icc.size() + most - 1) / most;
     if (parts > 255) return leftOut.add("the colour profile, which is too large for a JPEG file");
     for (size_t i = 0; i < parts; ++i) {
-        std::string mark(profileMark);
+        std::string mark(marks::profile);
         mark += static_cast<char>(i + 1);
         mark += static_cast<char>(parts);
         appendSegment(bytes, 0xE2, mark,
@@ -129,17 +120,17 @@ ByteVector jpegWith(Bytes file, const MetadataBlocks& blocks, LeftOut& leftOut) 
     if (blocks.exif.size() > mostExifBytes)
         leftOut.add("EXIF, which is too large for a JPEG file");
     else if (!blocks.exif.empty())
-        appendSegment(ours, 0xE1, exifMark, blocks.exif);
-    if (blocks.xmp.size() > mostContents - xmpMark.size())
+        appendSegment(ours, 0xE1, marks::exif, blocks.exif);
+    if (blocks.xmp.size() > mostContents - marks::xmp.size())
         leftOut.add("XMP, which is too large for a JPEG file");
     else if (!blocks.xmp.empty())
-        appendSegment(ours, 0xE1, xmpMark, blocks.xmp);
+        appendSegment(ours, 0xE1, marks::xmp, blocks.xmp);
     if (!blocks.iptc.empty()) {
         const ByteVector resource = iptcResource(blocks.iptc);
-        if (resource.size() > mostContents - resourcesMark.size())
+        if (resource.size() > mostContents - marks::resources.size())
             leftOut.add("IPTC, which is too large for a JPEG file");
         else
-            appendSegment(ours, 0xED, resourcesMark, resource);
+            appendSegment(ours, 0xED, marks::resources, resource);
     }
     appendProfile(ours, blocks.icc, leftOut);
 

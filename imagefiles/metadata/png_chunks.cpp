@@ -7,6 +7,7 @@
 #include <zlib.h>
 
 #include "imagefiles/decoding.h"
+#include "imagefiles/metadata/marks.h"
 #include "imagefiles/metadata/resources.h"
 #include "pixels/failures.h"
 
@@ -17,9 +18,6 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr auto signature = "\x89PNG\r\n\x1a\n"sv;
-constexpr auto exifMark = "Exif\0\0"sv;
-constexpr auto xmpMark = "http://ns.adobe.com/xap/1.0/\0"sv;
-constexpr auto resourcesMark = "Photoshop 3.0\0"sv;
 constexpr size_t endOfHeader = 8 + 12 + 13;
 
 void appendChunk(ByteVector& bytes, std::string_view kind, Bytes contents) {
@@ -153,7 +151,7 @@ class Chunks {
 
     void take(Bytes kind, Bytes contents) {
         if (startsWith(kind, "eXIf")) {
-            into(blocks.exif, "EXIF", [&] { return asVector(without(exifMark, contents)); });
+            into(blocks.exif, "EXIF", [&] { return asVector(without(marks::exif, contents)); });
         } else if (startsWith(kind, "iCCP")) {
             into(blocks.icc, "the colour profile", [&] {
                 ByteReader reader(contents);
@@ -181,7 +179,7 @@ class Chunks {
         if (name == "XML:com.adobe.xmp")
             into(blocks.xmp, "XMP", text);
         else if (name == "Raw profile type xmp")
-            into(blocks.xmp, "XMP", [&] { return asVector(without(xmpMark, block())); });
+            into(blocks.xmp, "XMP", [&] { return asVector(without(marks::xmp, block())); });
         else if (name == "Raw profile type iptc")
             into(blocks.iptc, "IPTC", [&] { return iptcOf(block()); });
         else if (name == "Raw profile type exif" || name == "Raw profile type APP1")
@@ -192,13 +190,13 @@ class Chunks {
     void takeApp1(Make make) {
         ByteVector block;
         into(block, "EXIF", make);
-        const bool isXmp = startsWith(block, xmpMark);
-        const std::string_view mark = isXmp ? xmpMark : exifMark;
+        const bool isXmp = startsWith(block, marks::xmp);
+        const std::string_view mark = isXmp ? marks::xmp : marks::exif;
         ByteVector& target = isXmp ? blocks.xmp : blocks.exif;
         if (target.empty()) target = asVector(without(mark, block));
     }
     static ByteVector iptcOf(const ByteVector& block) {
-        const Bytes resources = without(resourcesMark, block);
+        const Bytes resources = without(marks::resources, block);
         return startsWith(resources, "8BIM") ? blocksInResources(resources).iptc : block;
     }
     template <class Make>
