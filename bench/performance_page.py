@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Writes docs/performance.md, and what README.md quotes of it, from measured figures.
 
-usage: performance_page.py FOLDER, which holds functions.json, opencv.json and runs.json
+usage: performance_page.py FOLDER, which holds functions.json, opencv.json, runs.json and
+steps.json
 """
 
 import json
@@ -108,6 +109,20 @@ def steps_table(steps):
     return table(["step", "threads"] + tools, rows)
 
 
+def near_ours(steps):
+    """The steps in which another program takes less than three times as long as ours."""
+    near = []
+    for kind, by_threads in steps.items():
+        for threads, times in by_threads.items():
+            ours, *others = times.values()
+            times_ours = min(others) / ours
+            if times_ours < 3:
+                near.append(f"{kind.replace('_', '-')} on {threads} ({times_ours:.1f})")
+    if not near:
+        return "In every step the fastest of the others takes at least three times as long."
+    return f"The fastest of the others takes less than three times as long for: {', '.join(near)}."
+
+
 def page(functions, opencv, runs, steps):
     missed = [entry["name"] for entry in functions["functions"] if not entry["met"]]
     verdict = ("All families keep their limits." if not missed else
@@ -162,6 +177,8 @@ The operations are of one kind, not the same: our results hold to definitions th
 ## Steps beside other programs
 
 What one more step of a chain takes on a picture of {steps['width']} by {steps['height']}, in milliseconds: each program takes it through many steps of one kind and through none, and the difference counts, without reading and writing. In brackets, how many times ours. On one thread the processor's time counts, on two the wall's; medians of {steps['runs']} rounds, in which the programs take turns. Steps of libvips flow into each other, three channels a pixel; GraphicsMagick and ImageMagick compute with 16 bits a channel.
+
+{near_ours(steps['steps'])} A step of ours reads and writes the whole picture, and the least of them reach what memory allows; steps that flow into each other do not go there and back.
 
 {steps_table(steps['steps'])}"""
 
