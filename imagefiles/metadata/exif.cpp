@@ -19,14 +19,16 @@ void eraseIf(ExifData& data, Predicate isUnwanted) {
         at = isUnwanted(*at) ? data.erase(at) : std::next(at);
 }
 
-/// Keeps the kind of number that is there, so that the block can be changed in its place.
-void setNumber(ExifData& data, const char* key, uint32_t number) {
-    const auto found = data.findKey(Exiv2::ExifKey(key));
-    if (found == data.end()) return;
-    if (found->typeId() == Exiv2::unsignedShort && number <= 0xFFFF)
-        *found = static_cast<uint16_t>(number);
-    else
-        *found = number;
+/// Keeps the kind of number that is there, so that the block can be changed in its place. A damaged
+/// block may hold a word twice, and readers differ in which they believe.
+void setNumber(ExifData& data, std::string_view key, uint32_t number) {
+    for (Exiv2::Exifdatum& datum : data) {
+        if (datum.key() != key) continue;
+        if (datum.typeId() == Exiv2::unsignedShort && number <= 0xFFFF)
+            datum = static_cast<uint16_t>(number);
+        else
+            datum = number;
+    }
 }
 
 constexpr std::array widths{"Exif.Photo.PixelXDimension", "Exif.Iop.RelatedImageWidth",
@@ -39,9 +41,10 @@ bool isSize(const Exiv2::Exifdatum& datum) {
     return datum.key() == widths.back() || datum.key() == heights.back();
 }
 
-bool isOtherNumber(const ExifData& data, const char* key, int32_t number) {
-    const auto found = data.findKey(Exiv2::ExifKey(key));
-    return found != data.end() && (found->count() == 0 || found->toLong() != number);
+bool isOtherNumber(const ExifData& data, std::string_view key, int32_t number) {
+    return std::any_of(data.begin(), data.end(), [&](const Exiv2::Exifdatum& datum) {
+        return datum.key() == key && (datum.count() == 0 || datum.toLong() != number);
+    });
 }
 
 bool isOfMaker(const Exiv2::Exifdatum& datum) {

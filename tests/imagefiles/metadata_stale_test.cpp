@@ -39,6 +39,23 @@ class MetadataStale : public MetadataTest {
     }
 };
 
+TEST_F(MetadataStale, AWordThatADamagedBlockHoldsTwiceIsTrueBothTimes) {
+    MetadataBlocks blocks;
+    blocks.exif = bytesOf("II*");
+    put(blocks.exif, 0, 1);
+    put(blocks.exif, 8, 4);
+    put(blocks.exif, 3, 2);
+    putEntry(blocks.exif, 0x010F, asText("abc"));
+    putEntry(blocks.exif, orientationTag, asShort(6));
+    putEntry(blocks.exif, orientationTag, asShort(3));
+    put(blocks.exif, 0, 4);
+    for (const char* extension : {"jpg", "png", "tif", "psd"}) {
+        LeftOut none;
+        const MetadataToAdd upright{packed(blocks, mostMetadataBytes, none), true, false};
+        EXPECT_EQ(again(upright, extension).orientation, 1) << extension;
+    }
+}
+
 // ---- Sizes ----
 
 TEST_F(MetadataStale, TheSizeInTheFirstDirectoryIsTheOutputs) {
