@@ -176,7 +176,7 @@ The operations are of one kind, not the same: our results hold to definitions th
 
 ## Steps beside other programs
 
-What one more step of a chain takes on a picture of {steps['width']} by {steps['height']}, in milliseconds: each program takes it through many steps of one kind and through none, and the difference counts, without reading and writing. In brackets, how many times ours. On one thread the processor's time counts, on two the wall's; medians of {steps['runs']} rounds, in which the programs take turns. Steps of libvips flow into each other, three channels a pixel; GraphicsMagick and ImageMagick compute with 16 bits a channel.
+What one more step of a chain takes on a picture of {steps['width']} by {steps['height']}, in milliseconds: each program takes it through one step of a kind and through many more, and the difference counts, without reading, writing and what the first step prepares. In brackets, how many times ours. On one thread the processor's time counts, on two the wall's; medians of {steps['runs']} rounds, in which the programs take turns. Steps of libvips flow into each other, three channels a pixel; GraphicsMagick and ImageMagick compute with 16 bits a channel.
 
 {near_ours(steps['steps'])} A step of ours reads and writes the whole picture, and the least of them reach what memory allows; steps that flow into each other do not go there and back.
 

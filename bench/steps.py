@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Measures what one more step of a chain takes in the runner and in other programs.
 
-Each program takes the same picture through the same kind of step some times in a row, and through
-none: the difference, divided by their number, is a step's time without reading and writing. The
-programs take turns. Writes what it measured as JSON, and a line on standard error for each step.
+Each program takes the same picture through one step of a kind and through some more in a row: the
+difference, divided by their number, is a step's time without reading, writing, and whatever the
+first step has to prepare. The programs take turns. Writes what it measured as JSON, and a line on
+standard error for each step.
 """
 
 import argparse
@@ -88,9 +89,11 @@ def imagemagick(_programs, kind, count, _threads, picture, out):
     return ["mogrify", "-path", out, *repeated(IMAGEMAGICK[kind], count), picture]
 
 
-# With how many steps one of a program stands out from reading and writing.
-TOOLS = {"tessarine-batch": (tessarine, 40), "libvips": (vips, 8),
-         "GraphicsMagick": (graphicsmagick, 2), "ImageMagick": (imagemagick, 2)}
+# With how many more steps one of a program stands out from all else.
+TOOLS = {"tessarine-batch": (tessarine, 100), "libvips": (vips, 8),
+         "GraphicsMagick": (graphicsmagick, 4), "ImageMagick": (imagemagick, 2)}
+# Of what takes the others next to no time, so many times as many.
+OFTEN = {"look_up": 4}
 
 
 def measure(programs, picture, out, kind, threads, rounds):
@@ -100,12 +103,15 @@ def measure(programs, picture, out, kind, threads, rounds):
     for _ in range(rounds):
         for tool in taken:
             command, count = TOOLS[tool]
+            if command is not tessarine:
+                count *= OFTEN.get(kind, 1)
             # On one thread what the others of the machine take does not count.
             figure = "processor" if threads == 1 else "wall"
-            with_steps, without = (
+            first = len(OURS[kind])
+            more, few = (
                 run([command(programs, kind, steps, threads, picture.name, out)], picture.parent,
-                    threads)[figure] for steps in (count, 0))
-            taken[tool].append((with_steps - without) / count * 1000)
+                    threads)[figure] for steps in (first + count, first))
+            taken[tool].append((more - few) / count * 1000)
     return {tool: statistics.median(times) for tool, times in taken.items()}
 
 
